@@ -1,0 +1,156 @@
+#pragma once
+
+#include "exchange/core/types.h"
+
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace zvx
+{
+
+/**
+ * What became of a command, in order of precedence: of all reasons that hold, the first one is
+ * answered. The numbers are stored and sent; they never change, new ones go to the end of the list
+ * even where their precedence is earlier.
+ */
+enum class Status : std::uint8_t {
+    Accepted = 0,
+    Exists = 1, ///< the key was used before with the same content; Result::first has the answer
+    AccountUnknown = 2,
+    KeyDiffers = 3, ///< the key was used before with another content
+    TooManyActions = 4, ///< no room for another key before the day is settled
+    AccountFrozen = 5,
+    MarketClosed = 6,
+    CollectionUnknown = 7,
+    CollectionSuspended = 8,
+    PriceOutsideLimits = 9,
+    BadTick = 10,
+    BadQuantity = 11,
+    NotEnoughMoney = 12,
+    NotEnoughHoldings = 13,
+    TooManyOpenOrders = 14,
+    MarketFull = 15, ///< no room for another order, account or collection
+    OrderUnknown = 16,
+    OrderDone = 17, ///< filled, revoked or ended before
+    NotYourOrder = 18,
+    BadAmount = 19, ///< not positive, or more than the market can hold
+    BadRate = 20,
+    BadPrice = 21, ///< a listing's previous close or tick
+    BadDay = 22, ///< earlier than the trading day that ends
+    AlreadyThere = 23, ///< the account or collection was opened or listed before
+};
+
+constexpr Status kLastStatus = Status::AlreadyThere;
+
+/** A short English name for logs and tables of tests: "accepted", "not enough money". */
+const char *name(Status status);
+
+/** Brings a collection to the market; it trades at once when the market is open. */
+struct ListCollection {
+    CollectionId collection;
+    Fen previousClose; ///< 1 .. kPriceBound - 1, the reference of the first session
+    Quantity issued; ///< pieces that exist; grants never exceed it
+    PartsPerMillion limit = kDefaultLimit; ///< up and down, below 1,000,000
+    Fen tick{1}; ///< prices are whole multiples of it
+    Quantity lot{1}; ///< quantities are whole multiples of it
+};
+
+struct SuspendCollection {
+    CollectionId collection;
+    bool suspended = true;
+};
+
+struct OpenAccount {
+    AccountId account;
+    PartsPerMillion fee = kDefaultFee; ///< at most kHighestFee
+    std::vector<std::pair<CollectionId, PartsPerMillion>> rates; ///< collections with another fee
+};
+
+struct FreezeAccount {
+    AccountId account;
+    bool frozen = true;
+};
+
+/** Sets the fee of later orders: of one collection, or the account's own with collection 0. */
+struct SetFeeRate {
+    AccountId account;
+    CollectionId collection;
+    PartsPerMillion fee;
+};
+
+struct Deposit {
+    AccountId account;
+    Fen amount; ///< positive
+    ActionKey key;
+};
+
+/** Takes money out; checked against the available money. */
+struct Withdraw {
+    AccountId account;
+    Fen amount; ///< positive
+    ActionKey key;
+};
+
+/** Gives pieces that were not in circulation before, at `unitCost` a piece for profit figures. */
+struct GrantHolding {
+    AccountId account;
+    CollectionId collection;
+    Quantity quantity; ///< positive
+    Fen unitCost;
+    ActionKey key;
+};
+
+/**
+ * A limit order. What crosses the book trades at the prices that rest there, what is left rests.
+ * A buy freezes price * quantity and the highest fee; a sell freezes the pieces.
+ */
+struct PlaceOrder {
+    AccountId account;
+    CollectionId collection;
+    Side side = Side::Buy;
+    Fen price;
+    Quantity quantity;
+    ActionKey key;
+    /** A refusal frees the key, so that the same prepared order may be sent again under it. */
+    bool refusalFreesKey = false;
+};
+
+/** Ends open orders of the account; allowed while the market is closed. Each number is judged by
+ *  itself: the command is accepted when one of them ended, else it has the first number's reason.
+ */
+struct RevokeOrders {
+    AccountId account;
+    std::vector<OrderNumber> orders; ///< 1 .. 1000 numbers
+    ActionKey key;
+};
+
+/**
+ * Ends the session: open orders end and release what they froze, the last price becomes the
+ * previous close, the session number rises by one and action keys of earlier sessions are dropped.
+ * The phase stays as it is. The same date may be opened again.
+ */
+struct SettleDay {
+    TradingDay nextDay;
+};
+
+struct SetPhase {
+    bool open = true;
+};
+
+using Command
+    = std::variant<ListCollection, SuspendCollection, OpenAccount, FreezeAccount, SetFeeRate,
+                   Deposit, Withdraw, GrantHolding, PlaceOrder, RevokeOrders, SettleDay, SetPhase>;
+
+/** The answer to a command. */
+struct Result {
+    Status status = Status::Accepted;
+    Status first = Status::Accepted; ///< the first answer where status is Exists
+    OrderNumber order; ///< of an order that was placed, else 0
+    std::int64_t revoked = 0; ///< orders that RevokeOrders ended
+
+    /** What the client should be told: the first answer where the action was done before. */
+    constexpr Status meaning() const { return status == Status::Exists ? first : status; }
+};
+
+} // namespace zvx
