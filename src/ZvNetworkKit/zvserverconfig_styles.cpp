@@ -1,0 +1,402 @@
+#include "ZvNetworkKit/zvserverconfig_styles.h"
+
+#include <QLatin1String>
+
+namespace zvstyles
+{
+namespace
+{
+
+struct NamedValue {
+    const char *name;
+    const char *value;
+};
+
+// What both platforms share. Surfaces go from deep (behind the tables) to raised (buttons).
+const NamedValue sharedValues[] = {
+    {"deep", "#101114"},          {"surface", "#16181c"},  {"top", "#1a1d22"},
+    {"panel", "#1e2126"},         {"raised", "#2a2e36"},   {"raisedHover", "#363b45"},
+    {"raisedPressed", "#1b1e23"}, {"light", "#4a505c"},    {"lightHover", "#5a616f"},
+    {"lightPressed", "#3a3f49"},  {"line", "#3a3f49"},     {"lineHover", "#59606d"},
+    {"text", "#ffffff"},          {"soft", "#c3c8d1"},     {"muted", "#8b93a1"},
+    {"off", "#5f6672"},           {"offBack", "#1c1f24"},  {"offLine", "#2a2e36"},
+    {"warning", "#ff6a5f"},       {"buy", "#d93636"},      {"buyHover", "#ee4b48"},
+    {"buyPressed", "#b02929"},    {"sell", "#1f8a46"},     {"sellHover", "#28a556"},
+    {"sellPressed", "#176b35"},   {"none", "transparent"},
+};
+
+// 澄湖: vermilion.
+const NamedValue chenghuValues[] = {
+    {"accent", "#d84a22"},
+    {"accentHover", "#ec6139"},
+    {"accentPressed", "#b13a18"},
+    {"accentText", "#ff8a62"},
+    {"accentTint", "#35231d"},
+    {"titleBar", "#231b19"},
+    {"titleRow", "#201c1c"},
+    {"tableHeader", "#d0b5a8"},
+    {"selectedRow", "#40291f"},
+    {"backArrow", "arrow-ch-left"},
+    {"openArrow", "arrow-ch-right"},
+    {"tabInUse", "btn-color-ch-youbika"},
+    {"tabInUseHover", "btn-color-ch-baoyushi"},
+    {"tab", "btn-gray-ch-youbika"},
+    {"tabHover", "btn-gray-ch-baoyushi"},
+    {"tabPressed", "btn_yellow_baoyushi"},
+};
+
+// 岚川: clear blue.
+const NamedValue lanchuanValues[] = {
+    {"accent", "#1f7be0"},
+    {"accentHover", "#3d93f2"},
+    {"accentPressed", "#175fb0"},
+    {"accentText", "#6bb2ff"},
+    {"accentTint", "#19293c"},
+    {"titleBar", "#151d28"},
+    {"titleRow", "#1a1e26"},
+    {"tableHeader", "#a6bcd6"},
+    {"selectedRow", "#1c3350"},
+    {"backArrow", "arrow_left"},
+    {"openArrow", "arrow_right"},
+    {"tabInUse", "btn_color_youbika_lc"},
+    {"tabInUseHover", "btn_color_youbika"},
+    {"tab", "btn_gray_youbika"},
+    {"tabHover", "btn_white_youbika"},
+    {"tabPressed", "btn_yellow_youbika"},
+};
+
+struct Platform {
+    const NamedValue *begin;
+    const NamedValue *end;
+    QString center;
+    QString prefix;
+};
+
+Platform platformOf(int platform)
+{
+    if (platform == 2)
+        return {std::begin(lanchuanValues), std::end(lanchuanValues),
+                QStringLiteral("岚川商品交易中心"), QStringLiteral("lc")};
+    return {std::begin(chenghuValues), std::end(chenghuValues), QStringLiteral("澄湖文化交易中心"),
+            QStringLiteral("ch")};
+}
+
+QString valueOf(const QString &name, const Platform &platform)
+{
+    for (const NamedValue *value = platform.begin; value != platform.end; ++value) {
+        if (name == QLatin1String(value->name))
+            return QLatin1String(value->value);
+    }
+    for (const NamedValue &value : sharedValues) {
+        if (name == QLatin1String(value.name))
+            return QLatin1String(value.value);
+    }
+    Q_ASSERT_X(false, "zvstyles", qPrintable(name));
+    return QString();
+}
+
+// Puts the platform's values in the place of the @names.
+QString filled(const QString &sheet, const Platform &platform)
+{
+    QString result;
+    result.reserve(sheet.size());
+    for (int i = 0; i < sheet.size();) {
+        if (sheet.at(i) != QLatin1Char('@')) {
+            result.append(sheet.at(i++));
+            continue;
+        }
+        int end = i + 1;
+        while (end < sheet.size() && sheet.at(end).isLetter())
+            ++end;
+        result.append(valueOf(sheet.mid(i + 1, end - i - 1), platform));
+        i = end;
+    }
+    return result;
+}
+
+// Text, background and border of a button in one state.
+struct Colours {
+    const char *text;
+    const char *back;
+    const char *border;
+};
+
+// A push button of the family. A button that is never checked or never takes the focus simply
+// does not reach those states; every other state differs from the one before.
+struct Button {
+    const char *shape;
+    Colours normal;
+    Colours hover;
+    Colours pressed;
+    Colours checked;
+    Colours disabled;
+};
+
+QString coloursText(const Colours &colours)
+{
+    return QStringLiteral("color:%1;background-color:%2;border-color:%3;")
+        .arg(QLatin1String(colours.text), QLatin1String(colours.back),
+             QLatin1String(colours.border));
+}
+
+QString buttonSheet(const Button &button)
+{
+    return QStringLiteral("QPushButton{outline:none;border-style:solid;border-width:1px;%1%2}"
+                          "QPushButton:focus{border-color:@accentText;}"
+                          "QPushButton:hover{%3}"
+                          "QPushButton:checked{%4}"
+                          "QPushButton:pressed{%5}"
+                          "QPushButton:disabled{%6}")
+        .arg(coloursText(button.normal), QLatin1String(button.shape), coloursText(button.hover),
+             coloursText(button.checked), coloursText(button.pressed),
+             coloursText(button.disabled));
+}
+
+constexpr Colours disabledSolid{"@off", "@offBack", "@offLine"};
+constexpr Colours disabledPlain{"@off", "@none", "@none"};
+
+// Filled with one colour that says what the button does.
+constexpr Button solid(const char *shape, const char *fill, const char *hover, const char *pressed)
+{
+    return {shape,
+            {"@text", fill, fill},
+            {"@text", hover, hover},
+            {"@soft", pressed, pressed},
+            {"@text", pressed, "@text"},
+            disabledSolid};
+}
+
+constexpr Button accentButton(const char *shape)
+{
+    return solid(shape, "@accent", "@accentHover", "@accentPressed");
+}
+
+// Without a face of its own until the mouse or a check gives it one.
+constexpr Button plain(const char *shape, const Colours &checked)
+{
+    return {shape,
+            {"@soft", "@none", "@none"},
+            {"@text", "@raised", "@raised"},
+            {"@muted", "@raisedPressed", "@raisedPressed"},
+            checked,
+            disabledPlain};
+}
+
+// A tab: the checked one has a line of the accent below it.
+constexpr Button tab(const char *shape)
+{
+    return plain(shape, {"@accentText", "@accentTint", "@none @none @accent @none"});
+}
+
+// An entry of the navigation column: the checked one has a bar of the accent on its left.
+constexpr Button entry(const char *shape)
+{
+    return plain(shape,
+                 {"@accentText", "@accentTint", "@accentTint @accentTint @accentTint @accent"});
+}
+
+// A button that is a picture. Its pictures are named for the normal, the hovered (and pressed) and
+// the disabled state.
+QString pictureSheet(const char *normal, const char *hover, const char *disabled)
+{
+    return QStringLiteral(
+               "QPushButton{outline:none;border:1px solid transparent;border-radius:4px;"
+               "background-color:transparent;image:url(:/icons/%1.png);}"
+               "QPushButton:focus{border-color:@accentText;}"
+               "QPushButton:hover{background-color:@raised;image:url(:/icons/%2.png);}"
+               "QPushButton:pressed{background-color:@accentPressed;"
+               "image:url(:/icons/%2.png);}"
+               "QPushButton:disabled{background-color:@offBack;image:url(:/icons/%3.png);}")
+        .arg(QLatin1String(normal), QLatin1String(hover), QLatin1String(disabled));
+}
+
+// The switch of the guide strip: it points to where the strip would go.
+QString openButtonSheet()
+{
+    return QStringLiteral(
+        "QPushButton{outline:none;border:1px solid @line;border-left:none;"
+        "border-top-right-radius:4px;border-bottom-right-radius:4px;background-color:@panel;"
+        "image:url(:/icons/guidepage/@openArrow.png);}"
+        "QPushButton:checked{background-color:@surface;image:url(:/icons/guidepage/"
+        "@backArrow.png);}"
+        "QPushButton:focus{border-color:@accentText;}"
+        "QPushButton:hover{background-color:@raisedHover;border-color:@lineHover;}"
+        "QPushButton:pressed{background-color:@accentTint;border-color:@accent;}"
+        "QPushButton:disabled{image:url(:/icons/guidepage/arrow-pn-right.png);}"
+        "QPushButton:checked:disabled{image:url(:/icons/guidepage/arrow-pn-left.png);}");
+}
+
+// A server's button in the guide strip, 28 by 80 pixels with upright text on a plate. The plate's
+// border of 5 pixels keeps its corners when the button grows.
+QString guideTabSheet(const char *text, const char *normal, const char *hover)
+{
+    return QStringLiteral("QPushButton{outline:none;color:%1;padding:0px;border-width:5px;"
+                          "border-image:url(:/icons/guidepage/%2.png) 5 5 5 5 stretch stretch;}"
+                          "QPushButton:focus{color:@text;text-decoration:underline;}"
+                          "QPushButton:hover{color:@text;"
+                          "border-image:url(:/icons/guidepage/%3.png) 5 5 5 5 stretch stretch;}"
+                          "QPushButton:pressed{color:@deep;border-image:"
+                          "url(:/icons/guidepage/@tabPressed.png) 5 5 5 5 stretch stretch;}"
+                          "QPushButton:disabled{color:@muted;}")
+        .arg(QLatin1String(text), QLatin1String(normal), QLatin1String(hover));
+}
+
+// The sign-in dialog and the fields in it.
+QString dialogSheet()
+{
+    return QStringLiteral(
+        "QDialog{background-color:@surface;border:1px solid @line;border-top:3px solid @accent;}"
+        "QLabel{color:@soft;background-color:transparent;}"
+        "QLabel#label_page_title{color:@text;font-size:14pt;}"
+        "QLineEdit{color:@text;background-color:@deep;border:1px solid @line;border-radius:4px;"
+        "padding:4px 8px;selection-color:@text;selection-background-color:@accent;}"
+        "QLineEdit:hover{border-color:@lineHover;}"
+        "QLineEdit:focus{border-color:@accent;background-color:@top;}"
+        "QLineEdit:disabled{color:@off;background-color:@offBack;border-color:@offLine;}");
+}
+
+// One sheet for the captions and the prompts below the fields; their names tell them apart.
+QString labelAndPromptSheet()
+{
+    return QStringLiteral("QLabel{color:@soft;background-color:transparent;border:none;}"
+                          "QLabel:disabled{color:@off;}"
+                          "QLabel[objectName*=\"Prompt\"]{color:@warning;font-size:9pt;}");
+}
+
+QString sheetOf(Style style)
+{
+    switch (style) {
+    case Style::DealBuyButton:
+        return buttonSheet(
+            solid("border-radius:3px;padding:2px 8px;", "@buy", "@buyHover", "@buyPressed"));
+    case Style::DealSellButton:
+        return buttonSheet(
+            solid("border-radius:3px;padding:2px 8px;", "@sell", "@sellHover", "@sellPressed"));
+    case Style::DealCheckButton:
+        return buttonSheet(accentButton("border-radius:3px;padding:2px 14px;"));
+    case Style::DealDarkButton:
+        return buttonSheet({"border-radius:3px;padding:0px;",
+                            {"@soft", "@panel", "@line"},
+                            {"@text", "@raised", "@lineHover"},
+                            {"@muted", "@deep", "@line"},
+                            {"@accentText", "@accentTint", "@accent"},
+                            disabledSolid});
+    case Style::DealLightButton:
+        return buttonSheet(
+            solid("border-radius:3px;padding:0px;", "@light", "@lightHover", "@lightPressed"));
+    case Style::DealGrayRoundButton:
+        return buttonSheet({"border-radius:10px;padding:0px 6px;",
+                            {"@soft", "@raised", "@line"},
+                            {"@text", "@raisedHover", "@lineHover"},
+                            {"@muted", "@raisedPressed", "@line"},
+                            {"@accentText", "@accentTint", "@accent"},
+                            disabledSolid});
+    case Style::DealOtherButton:
+        return buttonSheet(tab("border-bottom-width:2px;padding:0px 4px;"));
+    case Style::DealTypeButton:
+        return buttonSheet(
+            entry("border-left-width:3px;padding:6px 4px 6px 16px;text-align:left;"));
+    case Style::DealSelectButton:
+        return buttonSheet(
+            entry("border-left-width:3px;padding:4px 2px;text-align:left;font-size:9pt;"));
+    case Style::MarketFooterButton:
+        return buttonSheet(
+            plain("border-radius:3px;padding:0px 4px;", {"@text", "@accent", "@accent"}));
+    case Style::MarketTitleKTimeButton:
+        return buttonSheet(tab("border-bottom-width:2px;padding:0px 4px;"));
+    case Style::MarketTitleMarketButton:
+        return buttonSheet(accentButton("border-radius:3px;padding:0px 4px;font-weight:bold;"));
+    case Style::StatusBarLoginButton:
+        return buttonSheet({"border-radius:3px;padding:3px 16px;",
+                            {"@accentText", "@accentTint", "@accent"},
+                            {"@text", "@accent", "@accentHover"},
+                            {"@soft", "@accentPressed", "@accentPressed"},
+                            {"@text", "@accentPressed", "@text"},
+                            disabledSolid});
+    case Style::TitleBarButtonStyle:
+        return buttonSheet(plain("padding:0px 10px;font-size:10pt;font-weight:normal;",
+                                 {"@accentText", "@accentTint", "@none"}));
+    case Style::ThreeBigButton:
+        return buttonSheet(accentButton("border-radius:4px;padding:6px 12px;font-size:12pt;"));
+    case Style::TwoJumpButton:
+        return buttonSheet({"padding:2px 4px;border-radius:3px;",
+                            {"@accentText", "@none", "@none"},
+                            {"@text", "@none", "@none @none @accentText @none"},
+                            {"@accent", "@none", "@none"},
+                            {"@text", "@accentTint", "@none"},
+                            disabledPlain});
+    case Style::VertiCodeButton:
+        return buttonSheet(accentButton("border-radius:4px;padding:4px 8px;"));
+    case Style::LoginDlgCloseBtn:
+        return pictureSheet("smallwidget/close1", "smallwidget/close2", "smallwidget/close1");
+    case Style::LoginDlgReturnBtn:
+        return pictureSheet("guidepage/@backArrow", "guidepage/arrow-rd-left",
+                            "guidepage/arrow-pn-left");
+    case Style::MarketOpenButton:
+        return openButtonSheet();
+    case Style::ZvGuideTabItemButtonEnable:
+        return guideTabSheet("@text", "@tabInUse", "@tabInUseHover");
+    case Style::ZvGuideTabItemButtonDisable:
+        return guideTabSheet("@soft", "@tab", "@tabHover");
+    case Style::LabelAndPrompt:
+        return labelAndPromptSheet();
+    case Style::TotalDialog:
+        return dialogSheet();
+    case Style::TitleBarLabel:
+        return QStringLiteral("QLabel{color:@text;background-color:transparent;}"
+                              "QLabel:disabled{color:@muted;}");
+    case Style::DealPaletteDeep:
+        return QStringLiteral("@deep");
+    case Style::DealPaletteShallowPanel:
+        return QStringLiteral("@surface");
+    case Style::DealPaletteShallowTop:
+        return QStringLiteral("@top");
+    case Style::MarketTableHeader:
+        return QStringLiteral("@tableHeader");
+    case Style::MarketTableSelectRow:
+        return QStringLiteral("@selectedRow");
+    case Style::MarketTitlePaletteColor:
+        return QStringLiteral("@titleRow");
+    case Style::TitleBarPaletteColor:
+        return QStringLiteral("@titleBar");
+    case Style::Count:
+        break;
+    }
+    return QString();
+}
+
+} // namespace
+
+Styles makeStyles(int platform)
+{
+    const Platform values = platformOf(platform);
+    Styles styles;
+    for (std::size_t i = 0; i < styles.size(); ++i)
+        styles[i] = filled(sheetOf(static_cast<Style>(i)), values);
+    return styles;
+}
+
+QString agreementText(int platform, const QString &address)
+{
+    const Platform values = platformOf(platform);
+    const QString colour = valueOf(QStringLiteral("accentText"), values);
+    const auto title = [&](const QString &text, const QString &page) {
+        if (address.isEmpty())
+            return QStringLiteral("<span style=\"color:%1;\">%2</span>").arg(colour, text);
+        const QString root = address.endsWith(QLatin1Char('/')) ? address.chopped(1) : address;
+        return QStringLiteral("<a style=\"color:%1;\" href=\"%2/%3/%4\">%5</a>")
+            .arg(colour, root.toHtmlEscaped(), values.prefix, page, text);
+    };
+    return QStringLiteral("<p style=\"color:%1;\">我已阅读并同意%2的%3和%4</p>")
+        .arg(valueOf(QStringLiteral("soft"), values), values.center,
+             title(QStringLiteral("《用户服务协议》"), QStringLiteral("agreement.html")),
+             title(QStringLiteral("《风险揭示书》"), QStringLiteral("risk.html")));
+}
+
+QString moneyOverviewPicture(int platform)
+{
+    return platform == 2 ? QStringLiteral(":/icons/smallwidget/zijingzonglan_lanchuan.png")
+                         : QStringLiteral(":/icons/smallwidget/zijingzonglan_chenghu.png");
+}
+
+} // namespace zvstyles
