@@ -1,0 +1,56 @@
+#include "BreltWidgetToolKit/breltcombobox.h"
+
+#include "BreltWidgetToolKit/breltreturnkey.h"
+
+#include <QAbstractItemView>
+#include <QListView>
+#include <QStyle>
+#include <QWheelEvent>
+
+namespace {
+
+const int c_largestListWidth = 480;
+const int c_listPadding = 16;
+
+} // namespace
+
+BreltComboBox::BreltComboBox(QWidget *parent) : QComboBox(parent)
+{
+    setFocusPolicy(Qt::StrongFocus);
+    setMaxVisibleItems(12);
+    // Measuring every entry for the field's own size would cost a list of hundreds each refresh.
+    setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    setMinimumContentsLength(6);
+    if (auto *list = qobject_cast<QListView *>(view()))
+        list->setUniformItemSizes(true);
+}
+
+BreltComboBox::~BreltComboBox() = default;
+
+void BreltComboBox::showPopup()
+{
+    int longest = 0;
+    for (int i = 0; i < count(); ++i)
+        longest = qMax(longest, view()->fontMetrics().horizontalAdvance(itemText(i)));
+    const int wanted = longest + c_listPadding + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    view()->setMinimumWidth(qMin(wanted, c_largestListWidth));
+    QComboBox::showPopup();
+}
+
+void BreltComboBox::keyPressEvent(QKeyEvent *event)
+{
+    if (!brelt::isReturnKey(event)) {
+        QComboBox::keyPressEvent(event);
+        return;
+    }
+    brelt::takeReturnKey(
+        this, event, [this, event] { QComboBox::keyPressEvent(event); }, [] {});
+}
+
+void BreltComboBox::wheelEvent(QWheelEvent *event)
+{
+    if (hasFocus())
+        QComboBox::wheelEvent(event);
+    else
+        event->ignore();
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "BreltWidgetToolKit/breltwidgettoolkit_export.h"
+
+#include <QDoubleSpinBox>
+
+/// A spin box for prices and amounts that tells when Return is pressed in it.
+///
+/// The wheel turns the value only while the field has the focus, so that scrolling past it cannot
+/// change an order.
+class BRELTWIDGETTOOLKIT_EXPORT BreltDoubleSpinBox : public QDoubleSpinBox
+{
+    Q_OBJECT
+
+public:
+    explicit BreltDoubleSpinBox(QWidget *parent = nullptr);
+    ~BreltDoubleSpinBox() override;
+
+signals:
+    /// Return, or Enter of the keypad, was pressed; value() already holds what was typed. Repeats
+    /// of a held key send nothing, and the key never reaches a dialog's default button.
+    void signal_returnClicked();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+};
