@@ -2,14 +2,14 @@
 #include "support/testregistry.h"
 
 #include <QColor>
+#include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 #include <QSet>
 #include <QTextDocument>
 #include <QtTest/QtTest>
 
-namespace
-{
+namespace {
 
 using Getter = QString (ZvServerConfig::*)() const;
 
@@ -83,6 +83,23 @@ QVector<QPair<QString, QString>> rulesOf(const QString &sheet)
         end = match.capturedEnd();
     }
     return end == sheet.size() ? rules : QVector<QPair<QString, QString>>();
+}
+
+QStringList listedResources()
+{
+    static const QRegularExpression entry(QStringLiteral("<file>([^<]+)</file>"));
+    const QDir folder(QFileInfo(QString::fromUtf8(__FILE__)).absolutePath()
+                      + QLatin1String("/../../src/ZvWidgetKit/resources"));
+    QStringList names;
+    for (const QString &qrc : folder.entryList({QStringLiteral("*.qrc")})) {
+        QFile file(folder.filePath(qrc));
+        if (!file.open(QIODevice::ReadOnly))
+            continue;
+        const QString text = QString::fromUtf8(file.readAll());
+        for (auto it = entry.globalMatch(text); it.hasNext();)
+            names.append(it.next().captured(1));
+    }
+    return names;
 }
 
 QString bodyOf(const QString &sheet, const QString &selector)
@@ -258,6 +275,28 @@ private slots:
             QVERIFY2(path.startsWith(QLatin1String(":/icons/"))
                          && path.endsWith(QLatin1String(".png")),
                      qPrintable(path));
+    }
+
+    // Pictures live in the widget library; the list of them is what both sides go by.
+    void everyPictureIsListed()
+    {
+        static const QRegularExpression picture(QStringLiteral(":/([^)\"\\s]+)"));
+        const QStringList listed = listedResources();
+        QVERIFY(!listed.isEmpty());
+        for (const ZvServerConfig::Platform platform : platforms) {
+            config()->setCurrentPlatform(platform);
+            QStringList texts{config()->getPathOf_zijingzonglanPNG()};
+            for (const Style &style : styles) {
+                if (style.kind == Kind::Button || style.kind == Kind::Sheet)
+                    texts.append((config()->*style.getter)());
+            }
+            for (const QString &text : qAsConst(texts)) {
+                for (auto it = picture.globalMatch(text); it.hasNext();) {
+                    const QString name = it.next().captured(1);
+                    QVERIFY2(listed.contains(name), qPrintable(name));
+                }
+            }
+        }
     }
 
     void agreementLinksOnceTheServiceIsKnown()

@@ -1,0 +1,276 @@
+#include "ZvNetworkKit/zvserverconfig.h"
+#include "support/testregistry.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QImage>
+#include <QRegularExpression>
+#include <QScrollBar>
+#include <QStyle>
+#include <QStyleOptionSlider>
+#include <QtTest/QtTest>
+
+namespace {
+
+QDir sources()
+{
+    return QDir(QFileInfo(QString::fromUtf8(__FILE__)).absolutePath()
+                + QLatin1String("/../../src"));
+}
+
+QString textOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+// The paths below the three trees that a text names. Names with a part filled in later, such as
+// "%1" or "@accent", are no paths yet.
+QStringList pathsIn(const QString &text)
+{
+    static const QRegularExpression path(
+        QStringLiteral(":/(?:icons|icons_vedio|qsss)/[^\"')\\s\\\\;{}<]+"));
+    QStringList paths;
+    for (auto it = path.globalMatch(text); it.hasNext();) {
+        const QString found = it.next().captured();
+        if (!found.contains(QLatin1Char('%')) && !found.contains(QLatin1Char('@')))
+            paths.append(found);
+    }
+    return paths;
+}
+
+QStringList entriesOf(const QString &qrc)
+{
+    static const QRegularExpression entry(QStringLiteral("<file>([^<]+)</file>"));
+    QStringList entries;
+    const QString text = textOf(sources().filePath(QLatin1String("ZvWidgetKit/resources/") + qrc));
+    for (auto it = entry.globalMatch(text); it.hasNext();)
+        entries.append(QLatin1String(":/") + it.next().captured(1));
+    return entries;
+}
+
+QStringList allEntries()
+{
+    return entriesOf(QStringLiteral("icons.qrc")) + entriesOf(QStringLiteral("icons_vedio.qrc"));
+}
+
+QString scrollBarSheet()
+{
+    return textOf(QStringLiteral(":/qsss/scrollbar.qss"));
+}
+
+} // namespace
+
+class ResourcesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void everyEntryIsThere_data()
+    {
+        QTest::addColumn<QString>("path");
+        for (const QString &path : allEntries())
+            QTest::addRow("%s", qPrintable(path)) << path;
+    }
+    void everyEntryIsThere()
+    {
+        QFETCH(QString, path);
+        QVERIFY(QFile::exists(path));
+        if (!path.endsWith(QLatin1String(".png")))
+            return;
+
+        const QImage picture(path);
+        QVERIFY(!picture.isNull());
+        QVERIFY2(!isBlank(picture), "nothing is drawn");
+
+        const QImage doubled(
+            QString(path).replace(QLatin1String(".png"), QLatin1String("@2x.png")));
+        QCOMPARE(doubled.size(), picture.size() * 2);
+        QVERIFY2(doubled.convertToFormat(QImage::Format_ARGB32)
+                     != picture.convertToFormat(QImage::Format_ARGB32).scaled(doubled.size()),
+                 "the picture for scale 2 is not drawn but enlarged");
+    }
+
+    void noEntryIsListedTwice()
+    {
+        QStringList entries = allEntries();
+        QVERIFY(!entries.isEmpty());
+        QCOMPARE(entries.removeDuplicates(), 0);
+    }
+
+    // A picture that is missing at run time is a warning at best and a hole in the window at worst.
+    void everyNamedPathExists()
+    {
+        int found = 0;
+        QDirIterator files(sources().path(),
+                           {QStringLiteral("*.cpp"), QStringLiteral("*.h"), QStringLiteral("*.ui"),
+                            QStringLiteral("*.qss")},
+                           QDir::Files, QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            const QString file = files.next();
+            for (const QString &path : pathsIn(textOf(file))) {
+                ++found;
+                QVERIFY2(QFile::exists(path), qPrintable(path + QLatin1String(" in ") + file));
+            }
+        }
+        QVERIFY(found > 0);
+    }
+
+    void everyPictureOfTheStylesExists()
+    {
+        ZvServerConfig *config = ZvServerConfig::getZvServerConfigInstance();
+        for (const auto platform : {ZvServerConfig::LanChuan, ZvServerConfig::ChengHu}) {
+            config->setCurrentPlatform(platform);
+            const QStringList texts{config->getPathOf_zijingzonglanPNG(),
+                                    config->getStyleOf_LoginDlgCloseBtn(),
+                                    config->getStyleOf_LoginDlgReturnBtn(),
+                                    config->getStyleOf_MarketOpenButton(),
+                                    config->getStyleOf_ZvGuideTabItemButtonEnable(),
+                                    config->getStyleOf_ZvGuideTabItemButtonDisable()};
+            for (const QString &text : texts) {
+                const QStringList paths = pathsIn(text);
+                QVERIFY2(!paths.isEmpty(), qPrintable(text));
+                for (const QString &path : paths)
+                    QVERIFY2(QFile::exists(path), qPrintable(path));
+            }
+        }
+    }
+
+    void drawingsAreAllUsed()
+    {
+        const QDir art(sources().filePath(QStringLiteral("../art")));
+        const QString variants = textOf(art.filePath(QStringLiteral("variants.txt")));
+        const QStringList entries = allEntries();
+        QDirIterator drawings(art.path(), {QStringLiteral("*.svg"), QStringLiteral("*.css")},
+                              QDir::Files, QDirIterator::Subdirectories);
+        while (drawings.hasNext()) {
+            const QString name = art.relativeFilePath(drawings.next());
+            const QString word = name.startsWith(QLatin1String("looks/")) ? name.mid(6) : name;
+            const QString entry = QLatin1String(":/")
+                + QString(name).replace(QLatin1String(".svg"), QLatin1String(".png"));
+            QVERIFY2(entries.contains(entry) || variants.contains(QLatin1Char(' ') + word),
+                     qPrintable(name));
+        }
+    }
+
+    void platformsSharePicturesOnlyByIntent()
+    {
+        for (const char *state : {"normal", "hover", "pressed"}) {
+            const QString name = QStringLiteral(":/icons/button/button_%1_%2.png");
+            const QImage left(name.arg(QLatin1String(state)).arg(1));
+            const QImage right(name.arg(QLatin1String(state)).arg(2));
+            QCOMPARE(left.size(), QSize(240, 240));
+            QCOMPARE(right.size(), QSize(240, 240));
+            QVERIFY(left != right);
+        }
+    }
+
+    // The table shrinks the triangles without smoothing: what is left must still be a triangle.
+    void trianglesSurviveTheirScaling()
+    {
+        for (int size = 5; size <= 16; ++size) {
+            const QImage up = triangle(QStringLiteral(":/icons/TriangleUpRed.png"), size);
+            const QImage down = triangle(QStringLiteral(":/icons/TriangleDownGreen.png"), size);
+            QVERIFY(pixelsInRow(up, size / 4) < pixelsInRow(up, size * 3 / 4));
+            QVERIFY(pixelsInRow(down, size / 4) > pixelsInRow(down, size * 3 / 4));
+            for (int x = 0; x < size; ++x) {
+                for (int y = 0; y < size; ++y) {
+                    const QRgb upPixel = up.pixel(x, y);
+                    const QRgb downPixel = down.pixel(x, y);
+                    QVERIFY(qAlpha(upPixel) == 0 || upPixel == QColor(Qt::red).rgb());
+                    QVERIFY(qAlpha(downPixel) == 0 || downPixel == QColor(Qt::green).rgb());
+                }
+            }
+        }
+    }
+
+    void scrollBarSheetParsesWithoutWarning()
+    {
+        QVERIFY(!scrollBarSheet().isEmpty());
+        QScrollBar bar;
+        bar.setStyleSheet(scrollBarSheet());
+        bar.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&bar));
+    }
+
+    void scrollBarsHaveNoArrows_data()
+    {
+        QTest::addColumn<Qt::Orientation>("orientation");
+        QTest::newRow("vertical") << Qt::Vertical;
+        QTest::newRow("horizontal") << Qt::Horizontal;
+    }
+    void scrollBarsHaveNoArrows()
+    {
+        QFETCH(Qt::Orientation, orientation);
+        QScrollBar bar(orientation);
+        bar.setStyleSheet(scrollBarSheet());
+        bar.setRange(0, 100);
+        bar.setPageStep(50);
+        bar.resize(orientation == Qt::Vertical ? QSize(10, 200) : QSize(200, 10));
+        QCOMPARE(orientation == Qt::Vertical ? bar.sizeHint().width() : bar.sizeHint().height(),
+                 10);
+
+        QStyleOptionSlider option;
+        option.initFrom(&bar);
+        option.orientation = orientation;
+        option.minimum = bar.minimum();
+        option.maximum = bar.maximum();
+        option.pageStep = bar.pageStep();
+        const auto rectOf = [&](QStyle::SubControl part) {
+            return bar.style()->subControlRect(QStyle::CC_ScrollBar, &option, part, &bar);
+        };
+        QVERIFY(rectOf(QStyle::SC_ScrollBarAddLine).isEmpty());
+        QVERIFY(rectOf(QStyle::SC_ScrollBarSubLine).isEmpty());
+        const QSize groove = rectOf(QStyle::SC_ScrollBarGroove).size();
+        QCOMPARE(qMax(groove.width(), groove.height()), 200);
+    }
+
+    void scrollBarHandleShowsTheMouse()
+    {
+        QScrollBar bar(Qt::Vertical);
+        bar.setStyleSheet(scrollBarSheet());
+        bar.setRange(0, 100);
+        bar.setPageStep(100);
+        bar.resize(10, 200);
+        bar.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&bar));
+        const QColor still = bar.grab().toImage().pixelColor(5, 50);
+        QTest::mouseMove(&bar, QPoint(5, 50));
+        QTRY_VERIFY(bar.grab().toImage().pixelColor(5, 50) != still);
+        QTest::mousePress(&bar, Qt::LeftButton, Qt::NoModifier, QPoint(5, 50));
+        const QColor pressed = bar.grab().toImage().pixelColor(5, 50);
+        QTest::mouseRelease(&bar, Qt::LeftButton, Qt::NoModifier, QPoint(5, 50));
+        QVERIFY(pressed != still);
+    }
+
+private:
+    static bool isBlank(const QImage &picture)
+    {
+        for (int y = 0; y < picture.height(); ++y) {
+            for (int x = 0; x < picture.width(); ++x) {
+                if (qAlpha(picture.pixel(x, y)) != 0)
+                    return false;
+            }
+        }
+        return true;
+    }
+
+    static QImage triangle(const QString &path, int size)
+    {
+        return QImage(path)
+            .convertToFormat(QImage::Format_ARGB32)
+            .scaled(size, size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    }
+
+    static int pixelsInRow(const QImage &picture, int row)
+    {
+        int count = 0;
+        for (int x = 0; x < picture.width(); ++x)
+            count += qAlpha(picture.pixel(x, row)) != 0;
+        return count;
+    }
+};
+
+ZV_TEST(ResourcesTest)
+#include "test_resources.moc"
