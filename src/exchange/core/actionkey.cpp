@@ -1,10 +1,8 @@
 #include "exchange/core/types.h"
 
-namespace zvx
-{
+namespace zvx {
 
-namespace
-{
+namespace {
 
 int digit(char c)
 {
@@ -17,7 +15,7 @@ int digit(char c)
     return -1;
 }
 
-}
+} // namespace
 
 std::optional<ActionKey> ActionKey::fromText(std::string_view text)
 {
@@ -36,4 +34,4 @@ std::optional<ActionKey> ActionKey::fromText(std::string_view text)
     return key;
 }
 
-}
+} // namespace zvx

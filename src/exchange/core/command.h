@@ -6,8 +6,7 @@
 #include <variant>
 #include <vector>
 
-namespace zvx
-{
+namespace zvx {
 
 /**
  * What became of a command, in order of precedence: of all reasons that hold, the first one is

@@ -5,8 +5,7 @@
 
 #include <variant>
 
-namespace zvx
-{
+namespace zvx {
 
 /*
  * Events are what happened: outcomes, not wishes. The same events, replayed in their order, give
@@ -157,6 +156,7 @@ struct PhaseSet {
     bool open;
 };
 
+/** The position in this list is the type in stored bytes: new kinds go to its end. */
 using Event = std::variant<CollectionListed, CollectionSuspended, AccountOpened, AccountFrozen,
                            FeeRateSet, CashMoved, HoldingMoved, OrderAccepted, Deal, OrderDone,
                            ActionAnswered, CollectionSettled, DaySettled, PhaseSet>;

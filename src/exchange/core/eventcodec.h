@@ -5,8 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace zvx
-{
+namespace zvx {
 
 /** The first byte of every encoded event. Another version is refused. */
 constexpr std::uint8_t kEventVersion = 1;

@@ -12,8 +12,7 @@
 #include <string_view>
 #include <vector>
 
-namespace zvx
-{
+namespace zvx {
 
 /** Stored bytes or events that no market can have written. */
 class Damaged : public std::runtime_error
@@ -33,6 +32,8 @@ struct Limits {
     std::size_t keysOfAccount = 65'536;
     /** Pieces of one order. */
     Quantity orderQuantity{100'000'000};
+    /** Random bits of the process, so that nobody can choose action keys that fall together. */
+    std::uint64_t keySalt = 0;
 };
 
 /** Sessions whose action keys are kept: the running one and the one before. */
@@ -122,6 +123,7 @@ struct OrderView {
 class Market
 {
 public:
+    /** An empty market, closed until SetPhase opens it, in session 1. */
     explicit Market(TradingDay day = TradingDay(20'200'101), const Limits &limits = {});
     Market(Market &&) noexcept;
     Market &operator=(Market &&) noexcept;
@@ -189,6 +191,8 @@ public:
 
 private:
     struct State;
+    static Market load(std::string_view bytes, const Limits &limits);
+
     std::unique_ptr<State> m_state;
 };
 
