@@ -70,8 +70,7 @@ Figures figuresOf(const ZvUBObject::Data &data)
     if (data.volume >= 0 && data.listed > 0) {
         figures[TurnoverRate] = zvub::roundedRatio(data.volume, data.listed, 10000);
     }
-    // The composite's prices are points of an index: there is nothing to multiply or divide them
-    // by.
+    // The composite's prices are points of an index: pieces do not multiply them into money.
     if (!isComposite(data)) {
         const qint64 price = data.latest >= 0 ? data.latest : data.previousClose;
         if (price >= 0 && data.listed >= 0) {
@@ -82,6 +81,12 @@ Figures figuresOf(const ZvUBObject::Data &data)
         }
     }
     return figures;
+}
+
+const QList<int> &columnsAgainstLast()
+{
+    static const QList<int> columns{Latest, Bid, Ask, Open, High, Low, AveragePrice};
+    return columns;
 }
 
 bool isQuantity(int column)
@@ -120,12 +125,14 @@ void keepIfEqual(QString &text, const QString &before)
     }
 }
 
-int signCode(qint64 figure)
+// 1 for above, 2 for below, 0 for equal or not to be compared.
+template <typename Number>
+int compareCode(Number value, Number reference)
 {
-    if (figure == missing || figure == 0) {
+    if (value == reference) {
         return 0;
     }
-    return figure > 0 ? 1 : 2;
+    return value > reference ? 1 : 2;
 }
 
 } // namespace
@@ -144,7 +151,7 @@ ZvUBObject ZvUBObject::updated(const Data &newData) const
 ZvUBObject::Row ZvUBObject::makeRow(const Data &data, const Row *previous)
 {
     static_assert(Columns == ColumnCount);
-    Row made{{data, {}}, {}};
+    Row made{{data, {}}, {}, {}};
     Data &own = made.row.data;
     auto &texts = made.row.texts;
     const Figures figures = figuresOf(own);
@@ -162,6 +169,15 @@ ZvUBObject::Row ZvUBObject::makeRow(const Data &data, const Row *previous)
         made.values[at] = figureValue(column, figures[at]);
         texts[at] = previous && figures[at] == before[at] ? previous->row.texts[at]
                                                           : figureText(column, figures[at]);
+    }
+    if (figures[PreviousClose] != missing) {
+        for (int column : columnsAgainstLast()) {
+            const auto at = static_cast<std::size_t>(column);
+            if (figures[at] != missing) {
+                made.againstLast[at]
+                    = static_cast<qint8>(compareCode(figures[at], figures[PreviousClose]));
+            }
+        }
     }
     texts[Code] = own.code;
     texts[Name] = own.name;
@@ -228,8 +244,7 @@ QList<int> ZvUBObject::columnIdsForZhengFuColor()
 
 QList<int> ZvUBObject::columnIdsForAdjustColor()
 {
-    static const QList<int> columns{Latest, Bid, Ask, Open, High, Low, AveragePrice};
-    return columns;
+    return columnsAgainstLast();
 }
 
 QList<int> ZvUBObject::columnIdsForTriangleDecorate()
@@ -240,25 +255,18 @@ QList<int> ZvUBObject::columnIdsForTriangleDecorate()
 
 int ZvUBObject::resultCompareFloatWithZero(int column) const
 {
-    if (column < Latest || column > Listed) {
-        return 0;
-    }
-    return signCode(figuresOf(data())[static_cast<std::size_t>(column)]);
+    // A figure other than zero never rounds to a float of zero.
+    return compareCode(editDataForModelUse(column), 0.0F);
 }
 
 int ZvUBObject::resultCompareFloatWithLast(int column) const
 {
-    if (column < Latest || column > Listed || data().previousClose < 0) {
-        return 0;
-    }
-    const qint64 figure = figuresOf(data())[static_cast<std::size_t>(column)];
-    return figure == missing ? 0 : signCode(zvub::difference(figure, data().previousClose));
+    return column >= 0 && column < Columns ? m_row->againstLast[static_cast<std::size_t>(column)]
+                                           : 0;
 }
 
 int ZvUBObject::resultCompareIntWithZero(int column) const
 {
-    if (column < Latest || column > Listed) {
-        return 0;
-    }
-    return signCode(figuresOf(data())[static_cast<std::size_t>(column)]) == 0 ? 1 : 0;
+    const bool isText = column < Latest || column > Listed;
+    return isText || resultCompareFloatWithZero(column) != 0 ? 0 : 1;
 }

@@ -100,7 +100,8 @@ public:
     // 1 when the number of the cell is above zero, 2 when below, 0 when neither or missing.
     int resultCompareFloatWithZero(int column) const;
 
-    // The same code for the price of the cell against the previous close, compared in fen.
+    // The same code for the price of the cell against the previous close, compared in fen; 0 for a
+    // column that holds no price.
     int resultCompareFloatWithLast(int column) const;
 
     // 0 for a yellow cell, 1 for a white one: code and name are yellow, a number unless it is zero.
@@ -111,6 +112,7 @@ private:
     struct Row {
         ZvUBRow<Data, Columns> row;
         std::array<float, Columns> values;
+        std::array<qint8, Columns> againstLast; // the codes of resultCompareFloatWithLast()
     };
 
     static Row makeRow(const Data &data, const Row *previous);

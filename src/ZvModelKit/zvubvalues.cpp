@@ -3,7 +3,6 @@
 #include <QDate>
 #include <QTime>
 
-#include <cmath>
 #include <limits>
 
 namespace zvub {

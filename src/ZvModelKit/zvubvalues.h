@@ -7,8 +7,9 @@
 
 // What all items share: the units of their raw fields and the texts made of them.
 //
-// Prices and money are whole fen (1/100 yuan), quantities whole pieces, rates hundredths of a
-// percent, times UTC milliseconds since 1970.
+// Prices and money are whole fen (1/100 yuan), quantities whole pieces, times UTC milliseconds
+// since 1970. Rates are worked out of these and rounded to hundredths of a percent, as their texts
+// are.
 namespace zvub {
 
 // A price, quantity or time that does not exist yet; every negative one counts as this.
