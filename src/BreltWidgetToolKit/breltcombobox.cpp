@@ -44,7 +44,7 @@ void BreltComboBox::keyPressEvent(QKeyEvent *event)
         return;
     }
     brelt::takeReturnKey(
-        this, event, [this, event] { QComboBox::keyPressEvent(event); }, [] {});
+        event, [this, event] { QComboBox::keyPressEvent(event); }, [] {});
 }
 
 void BreltComboBox::wheelEvent(QWheelEvent *event)

@@ -18,7 +18,7 @@ void BreltDoubleSpinBox::keyPressEvent(QKeyEvent *event)
         return;
     }
     brelt::takeReturnKey(
-        this, event, [this, event] { QDoubleSpinBox::keyPressEvent(event); },
+        event, [this, event] { QDoubleSpinBox::keyPressEvent(event); },
         [this] { emit signal_returnClicked(); });
 }
 

@@ -73,6 +73,7 @@ bool BreltFramlessMoveableDialog::event(QEvent *event)
 
 void BreltFramlessMoveableDialog::mousePressEvent(QMouseEvent *event)
 {
+    m_dragging = false; // the last release may have gone to somebody else
     if (event->button() != Qt::LeftButton || !isOnBand(event->pos())) {
         QDialog::mousePressEvent(event);
         return;
@@ -96,7 +97,7 @@ void BreltFramlessMoveableDialog::mouseMoveEvent(QMouseEvent *event)
     }
     event->accept();
     if (!(event->buttons() & Qt::LeftButton)) {
-        m_dragging = false; // the release went to somebody else
+        m_dragging = false;
         return;
     }
     move(reachable(event->globalPos() - m_grip));

@@ -48,8 +48,9 @@ QString unitName(int index)
 
 BreltGlobalFunction *BreltGlobalFunction::getBreltGlobalFunciton()
 {
-    static BreltGlobalFunction instance;
-    return &instance;
+    // Never destroyed: destructors that run at the very end of the process may still call it.
+    static auto *const instance = new BreltGlobalFunction;
+    return instance;
 }
 
 BreltGlobalFunction::BreltGlobalFunction() = default;

@@ -42,6 +42,10 @@ QImage decode(QByteArray *body, QString *reason)
         return QImage();
     }
     const QSize size = reader.size();
+    if (!size.isValid()) {
+        *reason = QStringLiteral("a broken picture");
+        return QImage();
+    }
     if (size.isEmpty() || qint64(size.width()) * size.height() > c_mostPixels) {
         *reason = QStringLiteral("a picture of a size that is not allowed");
         return QImage();

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <QKeyEvent>
-#include <QPointer>
-#include <QtGlobal>
 
 // What the kit's fields share about the Return key. Not part of the exported interface.
 namespace brelt {
@@ -16,18 +14,15 @@ inline bool isReturnKey(const QKeyEvent *event)
 // Gives a Return press to a field: `interpret` runs first, so that the field holds the value of
 // what was typed, then `tell`. The event always ends here, since a dialog's default button must
 // not take the same press for its own. A repeat of a held key does nothing at all: one press of
-// Return is one order, never a chain of them. `field` may die in either call.
-template <typename Field, typename Interpret, typename Tell>
-void takeReturnKey(Field *field, QKeyEvent *event, Interpret interpret, Tell tell)
+// Return is one order, never a chain of them.
+template <typename Interpret, typename Tell>
+void takeReturnKey(QKeyEvent *event, Interpret interpret, Tell tell)
 {
-    if (event->isAutoRepeat()) {
-        event->accept();
-        return;
-    }
-    const QPointer<Field> alive(field);
-    interpret();
+    const bool repeated = event->isAutoRepeat();
+    if (!repeated)
+        interpret();
     event->accept();
-    if (alive)
+    if (!repeated)
         tell();
 }
 

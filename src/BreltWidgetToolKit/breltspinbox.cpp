@@ -18,7 +18,7 @@ void BreltSpinBox::keyPressEvent(QKeyEvent *event)
         return;
     }
     brelt::takeReturnKey(
-        this, event, [this, event] { QSpinBox::keyPressEvent(event); },
+        event, [this, event] { QSpinBox::keyPressEvent(event); },
         [this] { emit signal_returnClicked(); });
 }
 
