@@ -1,6 +1,6 @@
 #pragma once
 
-#include "exchange/core/command.h"
+#include "exchange/core/market.h"
 #include "exchange/store/catalogue.h"
 #include "exchange/store/clock.h"
 #include "exchange/store/snapshot.h"
@@ -20,7 +20,6 @@
 
 namespace zvx {
 
-class Market;
 class Projector;
 class Publisher;
 class Store;
@@ -30,6 +29,9 @@ struct WriterOptions {
     std::size_t queueBound = 4096; ///< commands that may wait; more are refused
     std::size_t batchBound = 512; ///< commands in one commit
     std::int64_t checkpointEvery = 50'000; ///< stored commands between two checkpoints
+    bool openAtStart = true; ///< a closed market is opened when the writer is made
+    Limits limits;
+    InitialsFunction initials; ///< for names that only the store remembers
 };
 
 /// Counters since the start. Each is right by itself, they are not read as one.
@@ -63,7 +65,8 @@ public:
     using Lost = std::function<void()>;
 
     struct Events {
-        /// After a publication, on the writer's thread (the first one on the constructing thread).
+        /// After each publication but the first, which the constructor makes. On the writer's
+        /// thread.
         std::function<void(const std::shared_ptr<const MarketSnapshot> &, const TopicSet &)>
             published;
         /// The writer ended by a fault, with the reason for the log. On the writer's thread.
@@ -71,9 +74,11 @@ public:
     };
 
     /**
-     * Recovers the market from its store: newest usable checkpoint, later events, audit. Publishes
-     * the first snapshot; commands wait until start().
-     * Throws StoreError, or Damaged where the stored events contradict themselves.
+     * Recovers the market from its store: newest usable checkpoint, later events, audit. Then lists
+     * what is new in the catalogue and suspends what is missing, opens the market, and makes the
+     * first snapshot. Commands wait until start().
+     * Throws StoreError, CatalogueError where a listing is refused, or Damaged where the stored
+     * events contradict themselves.
      */
     MarketWriter(std::unique_ptr<Store> store, const CatalogueMarket &catalogue,
                  std::shared_ptr<Clock> clock, Events events, const WriterOptions &options = {});
@@ -105,8 +110,8 @@ public:
     std::size_t waiting() const;
     /// Whether the writer ended by a fault.
     bool failed() const { return m_failed; }
-    /// What recovery did, a line for the log.
-    const std::string &recovery() const { return m_recovery; }
+    /// Lines for the log: what recovery did, and where the catalogue cannot be followed.
+    const std::vector<std::string> &notices() const { return m_notices; }
 
 private:
     struct Waiting {
@@ -115,18 +120,21 @@ private:
         Lost lost;
     };
 
-    void listCatalogue(const CatalogueMarket &catalogue);
+    void recover();
+    void followCatalogue(const CatalogueMarket &catalogue);
+    std::vector<CollectionInfo> collectionInfos(const CatalogueMarket &catalogue);
     void run();
-    bool carryOut(std::vector<Waiting> &batch);
+    void runUntilStopped();
+    std::vector<Result> carryOut(const std::vector<Waiting> &batch);
     void publishDue();
     void fail(const std::string &reason, std::vector<Waiting> &batch);
-    StoredCheckpoint makeCheckpoint() const;
+    StoredCheckpoint makeCheckpoint();
 
     std::unique_ptr<Store> m_store;
     std::shared_ptr<Clock> m_clock;
     Events m_events;
     WriterOptions m_options;
-    std::string m_recovery;
+    std::vector<std::string> m_notices;
 
     // Touched by the writer's thread only, once it runs.
     std::unique_ptr<Market> m_market;
@@ -134,11 +142,13 @@ private:
     std::unique_ptr<Publisher> m_publisher;
     std::int64_t m_lastCommand = 0;
     std::int64_t m_lastCheckpoint = 0;
+    std::vector<Event> m_happened; ///< events of one command
+    std::vector<CollectionId> m_dirty;
 
     mutable std::mutex m_mutex;
     std::condition_variable m_wake;
     std::deque<Waiting> m_queue;
-    bool m_stopping = false;
+    bool m_accepting = true;
 
     mutable std::mutex m_snapshotMutex;
     std::shared_ptr<const MarketSnapshot> m_snapshot;

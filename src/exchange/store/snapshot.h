@@ -149,6 +149,8 @@ struct CheckSnapshot {
 struct CompositeSnapshot {
     Quote quote;
     Quantity listed; ///< sum over all collections
+
+    bool operator==(const CompositeSnapshot &other) const;
 };
 
 struct TypeSnapshot {
@@ -200,6 +202,7 @@ struct MarketSnapshot {
 /// What a publication changed.
 struct TopicSet {
     bool check = false;
+    bool brief = false; ///< a collection was suspended, or trades again
     bool composite = false;
     bool list = false;
 
@@ -211,7 +214,7 @@ struct TopicSet {
     };
     std::vector<Collection> collections; ///< by ascending row
 
-    bool empty() const { return !check && !composite && !list && collections.empty(); }
+    bool empty() const { return !check && !brief && !composite && !list && collections.empty(); }
 };
 
 } // namespace zvx

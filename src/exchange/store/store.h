@@ -77,8 +77,8 @@ public:
     /// Makes the batch durable. Returns when it is.
     virtual void commit(const Batch &batch) = 0;
 
-    /// Drops the tables' rows, so that rebuilding can start; in one transaction with what
-    /// `rebuild` commits through `put`.
+    /// Empties the tables and calls `rebuild`, which fills them again through `put`; all of it is
+    /// one transaction, and none of it happens when `rebuild` throws.
     using TablePutter = std::function<void(const TableUpdate &)>;
     virtual void rebuildTables(const std::function<void(const TablePutter &put)> &rebuild) = 0;
 

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "exchange/store/compositeindex.h"
+#include "exchange/store/tables.h"
+
+#include <functional>
+#include <optional>
+#include <set>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace zvx {
+
+class Market;
+
+/**
+ * Turns events into rows of the tables. The same events give the same rows, whether they come from
+ * commands right now or from the store while the tables are made anew.
+ */
+class Projector
+{
+public:
+    /// Finds the stored row of an order that was placed before this projector was made.
+    using OrderFinder = std::function<std::optional<OrderRow>(OrderNumber)>;
+
+    /// Goes on behind what the store holds; `market` and `composite` are as of its last command.
+    Projector(const Market &market, const std::optional<CompositeRow> &composite,
+              OrderFinder findOrder);
+
+    /// Takes one event in. Throws Damaged for a deal of an order that nobody placed.
+    void take(const Event &event);
+
+    /// What the events since the last call changed; `market` has taken in the same events.
+    TableUpdate finish(const Market &market);
+
+    const CompositeIndex &composite() const { return m_composite; }
+
+private:
+    OrderRow &order(OrderNumber number);
+    void fill(OrderNumber number, const Deal &deal, Side side);
+
+    OrderFinder m_findOrder;
+    Sequence m_session;
+    CompositeIndex m_composite;
+    /// Open orders, and those that ended since the last finish().
+    std::unordered_map<std::int64_t, OrderRow> m_orders;
+
+    // Touched since the last finish(), sorted so that the same events give the same writes.
+    std::set<std::int64_t> m_touchedOrders;
+    std::set<std::int64_t> m_touchedAccounts;
+    std::set<std::pair<std::int64_t, std::int64_t>> m_touchedHoldings; ///< account, collection
+    std::vector<DealRow> m_deals;
+    std::vector<DayRow> m_days;
+    std::vector<CompositeRow> m_endedComposites;
+    bool m_compositeChanged = false;
+};
+
+} // namespace zvx

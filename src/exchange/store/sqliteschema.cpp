@@ -1,0 +1,132 @@
+#include "exchange/store/sqliteschema.h"
+
+#include "exchange/store/store.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+namespace zvx {
+
+const std::vector<std::string> &marketMigrations()
+{
+    static const std::vector<std::string> migrations = {
+        R"sql(
+CREATE TABLE commands (
+    number INTEGER PRIMARY KEY,
+    time INTEGER NOT NULL,
+    key BLOB,
+    events BLOB NOT NULL
+) STRICT;
+CREATE TABLE checkpoints (
+    number INTEGER PRIMARY KEY,
+    hash INTEGER NOT NULL,
+    state BLOB NOT NULL
+) STRICT;
+CREATE TABLE orders (
+    number INTEGER PRIMARY KEY,
+    account INTEGER NOT NULL,
+    collection INTEGER NOT NULL,
+    side INTEGER NOT NULL,
+    price INTEGER NOT NULL,
+    quantity INTEGER NOT NULL,
+    filled INTEGER NOT NULL,
+    amount INTEGER NOT NULL,
+    fees INTEGER NOT NULL,
+    fee INTEGER NOT NULL,
+    state INTEGER NOT NULL,
+    session INTEGER NOT NULL,
+    placed INTEGER NOT NULL,
+    changed INTEGER NOT NULL
+) STRICT;
+CREATE TABLE deals (
+    sequence INTEGER PRIMARY KEY,
+    time INTEGER NOT NULL,
+    session INTEGER NOT NULL,
+    collection INTEGER NOT NULL,
+    maker INTEGER NOT NULL,
+    taker INTEGER NOT NULL,
+    side INTEGER NOT NULL,
+    buyer INTEGER NOT NULL,
+    seller INTEGER NOT NULL,
+    price INTEGER NOT NULL,
+    quantity INTEGER NOT NULL,
+    buyer_fee INTEGER NOT NULL,
+    seller_fee INTEGER NOT NULL,
+    released INTEGER NOT NULL
+) STRICT;
+CREATE INDEX deals_of_collection ON deals (collection, sequence);
+CREATE TABLE cash (
+    account INTEGER PRIMARY KEY,
+    fee INTEGER NOT NULL,
+    suspended INTEGER NOT NULL,
+    available INTEGER NOT NULL,
+    frozen INTEGER NOT NULL
+) STRICT;
+CREATE TABLE holdings (
+    account INTEGER NOT NULL,
+    collection INTEGER NOT NULL,
+    quantity INTEGER NOT NULL,
+    frozen INTEGER NOT NULL,
+    cost INTEGER NOT NULL,
+    PRIMARY KEY (account, collection)
+) STRICT, WITHOUT ROWID;
+CREATE TABLE days (
+    collection INTEGER NOT NULL,
+    session INTEGER NOT NULL,
+    day INTEGER NOT NULL,
+    time INTEGER NOT NULL,
+    open INTEGER NOT NULL,
+    high INTEGER NOT NULL,
+    low INTEGER NOT NULL,
+    last INTEGER NOT NULL,
+    volume INTEGER NOT NULL,
+    amount INTEGER NOT NULL,
+    next_close INTEGER NOT NULL,
+    next_lower INTEGER NOT NULL,
+    next_upper INTEGER NOT NULL,
+    PRIMARY KEY (collection, session)
+) STRICT, WITHOUT ROWID;
+CREATE TABLE composites (
+    session INTEGER PRIMARY KEY,
+    day INTEGER NOT NULL,
+    previous_close INTEGER NOT NULL,
+    open INTEGER NOT NULL,
+    high INTEGER NOT NULL,
+    low INTEGER NOT NULL,
+    last INTEGER NOT NULL
+) STRICT;
+CREATE TABLE listings (
+    collection INTEGER PRIMARY KEY,
+    code TEXT NOT NULL,
+    name TEXT NOT NULL,
+    type INTEGER NOT NULL,
+    introduction TEXT NOT NULL
+) STRICT;
+)sql",
+    };
+    return migrations;
+}
+
+void migrate(SQLite::Database &database, int applicationId,
+             const std::vector<std::string> &migrations)
+{
+    const std::string file = database.getFilename();
+    const int newest = static_cast<int>(migrations.size());
+    const int version = database.execAndGet("PRAGMA user_version").getInt();
+    const int kind = database.execAndGet("PRAGMA application_id").getInt();
+    const bool empty = database.execAndGet("SELECT count(*) FROM sqlite_schema").getInt() == 0;
+    if (kind != applicationId && !(empty && kind == 0 && version == 0))
+        throw StoreError(file + ": this file is not a store of this kind");
+    if (version > newest)
+        throw StoreError(file + ": version " + std::to_string(version)
+                         + " was written by a newer program; this one knows versions up to "
+                         + std::to_string(newest));
+    for (int step = version; step < newest; ++step) {
+        SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+        database.exec(migrations[static_cast<std::size_t>(step)]);
+        database.exec("PRAGMA application_id = " + std::to_string(applicationId));
+        database.exec("PRAGMA user_version = " + std::to_string(step + 1));
+        transaction.commit();
+    }
+}
+
+} // namespace zvx

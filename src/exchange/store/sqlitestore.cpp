@@ -1,0 +1,520 @@
+#include "exchange/store/sqlitestore.h"
+
+#include "exchange/store/sqliteschema.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace zvx {
+namespace {
+
+/// Frames of the write-ahead log after which it is moved into the file.
+constexpr int kLogFrames = 2'000;
+/// Checkpoints that are kept; older ones go with the commit of a new one.
+constexpr int kCheckpoints = 3;
+
+constexpr const char *kOrderColumns = "number, account, collection, side, price, quantity, filled, "
+                                      "amount, fees, fee, state, session, placed, changed";
+constexpr const char *kDealColumns = "sequence, time, session, collection, maker, taker, side, "
+                                     "buyer, seller, price, quantity, buyer_fee, seller_fee, "
+                                     "released";
+
+constexpr std::array<const char *, 6> kTables
+    = {"orders", "deals", "cash", "holdings", "days", "composites"};
+
+std::string keyBytes(ActionKey key)
+{
+    std::string bytes;
+    for (const std::uint64_t half : {key.high, key.low})
+        for (int shift = 56; shift >= 0; shift -= 8)
+            bytes.push_back(static_cast<char>(half >> shift & 0xff));
+    return bytes;
+}
+
+ActionKey keyOf(const std::string &bytes)
+{
+    ActionKey key;
+    if (bytes.size() != 16)
+        return key;
+    for (std::size_t i = 0; i < 16; ++i) {
+        std::uint64_t &half = i < 8 ? key.high : key.low;
+        half = half << 8 | static_cast<unsigned char>(bytes[i]);
+    }
+    return key;
+}
+
+/// Binds values one after another, so that the order of columns stands in one place only.
+class Binder
+{
+public:
+    explicit Binder(SQLite::Statement &statement) : m_statement(statement) { m_statement.reset(); }
+
+    Binder &operator<<(std::int64_t value)
+    {
+        m_statement.bind(++m_index, value);
+        return *this;
+    }
+    template <class Tag>
+    Binder &operator<<(Number<Tag> value)
+    {
+        return *this << value.value();
+    }
+
+private:
+    SQLite::Statement &m_statement;
+    int m_index = 0;
+};
+
+/// Reads the columns of a row one after another.
+class Reader
+{
+public:
+    explicit Reader(SQLite::Statement &statement) : m_statement(statement) { }
+
+    template <class Tag>
+    Reader &operator>>(Number<Tag> &value)
+    {
+        value = Number<Tag>(next());
+        return *this;
+    }
+    Reader &operator>>(Side &side)
+    {
+        side = next() == 0 ? Side::Buy : Side::Sell;
+        return *this;
+    }
+    Reader &operator>>(OrderState &state)
+    {
+        state = static_cast<OrderState>(next());
+        return *this;
+    }
+
+private:
+    std::int64_t next() { return m_statement.getColumn(m_index++).getInt64(); }
+
+    SQLite::Statement &m_statement;
+    int m_index = 0;
+};
+
+OrderRow readOrder(SQLite::Statement &statement)
+{
+    OrderRow row;
+    Reader(statement) >> row.order >> row.account >> row.collection >> row.side >> row.price
+        >> row.quantity >> row.filled >> row.amount >> row.fees >> row.fee >> row.state
+        >> row.session >> row.placedAt >> row.changedAt;
+    return row;
+}
+
+DealRow readDeal(SQLite::Statement &statement)
+{
+    DealRow row;
+    Deal &deal = row.deal;
+    Reader(statement) >> deal.sequence >> deal.at >> row.session >> deal.collection >> deal.maker
+        >> deal.taker >> deal.takerSide >> deal.buyer >> deal.seller >> deal.price >> deal.quantity
+        >> deal.buyerFee >> deal.sellerFee >> deal.released;
+    return row;
+}
+
+} // namespace
+
+/// The open file, its statements, and the watch on the write-ahead log.
+class SqliteStore::Connection
+{
+public:
+    Connection(const std::filesystem::path &file, const std::string &vfs)
+        : m_database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, 5'000, vfs)
+    {
+        const std::string mode = m_database.execAndGet("PRAGMA journal_mode = WAL").getString();
+        if (mode != "wal")
+            throw StoreError(file.string() + ": the file system does not allow a write-ahead log");
+        m_database.exec("PRAGMA synchronous = FULL");
+        m_database.exec("PRAGMA temp_store = MEMORY");
+        // SQLite ignores errors of its own automatic checkpoints and would sync again later. After
+        // a failed sync nothing may be believed, so the log is moved here, where errors count.
+        sqlite3_wal_hook(
+            m_database.getHandle(),
+            [](void *self, sqlite3 *, const char *, int frames) {
+                static_cast<Connection *>(self)->m_logFrames = frames;
+                return SQLITE_OK;
+            },
+            this);
+        migrate(m_database, kMarketApplicationId, marketMigrations());
+        prepare();
+    }
+
+    ~Connection()
+    {
+        // Closing moves the log into the file; after a failure it stays for the next start to
+        // judge.
+        if (m_failed)
+            sqlite3_db_config(m_database.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    }
+
+    /// Runs work() and turns what SQLite throws into a StoreError with the file's name.
+    template <typename Work>
+    auto guarded(const Work &work) -> decltype(work())
+    {
+        try {
+            return work();
+        } catch (const SQLite::Exception &error) {
+            throw StoreError(m_database.getFilename() + ": " + error.what());
+        }
+    }
+
+    /// As guarded(), for changes: one transaction, and nothing goes on after a failure.
+    template <typename Work>
+    void change(const Work &work)
+    {
+        if (m_failed)
+            throw StoreError(m_database.getFilename() + ": a commit failed before");
+        guarded([&] {
+            m_failed = true;
+            SQLite::Transaction transaction(m_database, SQLite::TransactionBehavior::IMMEDIATE);
+            work();
+            transaction.commit();
+            if (m_logFrames >= kLogFrames)
+                moveLog();
+            m_failed = false;
+        });
+    }
+
+    SQLite::Database &database() { return m_database; }
+    SQLite::Statement statement(const std::string &sql) { return {m_database, sql}; }
+
+    void put(const StoredCommand &command)
+    {
+        SQLite::Statement &s = *m_putCommand;
+        s.reset();
+        s.bind(1, command.number);
+        s.bind(2, command.time.value());
+        if (command.key.isNull()) {
+            s.bind(3);
+        } else {
+            const std::string key = keyBytes(command.key);
+            s.bind(3, key.data(), static_cast<int>(key.size()));
+        }
+        s.bindNoCopy(4, command.events.data(), static_cast<int>(command.events.size()));
+        s.exec();
+    }
+
+    void put(const StoredCheckpoint &checkpoint)
+    {
+        SQLite::Statement s(m_database, "INSERT OR REPLACE INTO checkpoints VALUES (?, ?, ?)");
+        s.bind(1, checkpoint.number);
+        s.bind(2, static_cast<std::int64_t>(checkpoint.hash));
+        s.bindNoCopy(3, checkpoint.state.data(), static_cast<int>(checkpoint.state.size()));
+        s.exec();
+        SQLite::Statement drop(m_database,
+                               "DELETE FROM checkpoints WHERE number NOT IN "
+                               "(SELECT number FROM checkpoints ORDER BY number DESC LIMIT ?)");
+        drop.bind(1, kCheckpoints);
+        drop.exec();
+    }
+
+    void put(const TableUpdate &tables)
+    {
+        for (const OrderRow &row : tables.orders) {
+            Binder(*m_putOrder) << row.order << row.account << row.collection
+                                << static_cast<std::int64_t>(row.side) << row.price << row.quantity
+                                << row.filled << row.amount << row.fees << row.fee
+                                << static_cast<std::int64_t>(row.state) << row.session
+                                << row.placedAt << row.changedAt;
+            m_putOrder->exec();
+        }
+        for (const DealRow &row : tables.deals) {
+            const Deal &deal = row.deal;
+            Binder(*m_putDeal) << deal.sequence << deal.at << row.session << deal.collection
+                               << deal.maker << deal.taker
+                               << static_cast<std::int64_t>(deal.takerSide) << deal.buyer
+                               << deal.seller << deal.price << deal.quantity << deal.buyerFee
+                               << deal.sellerFee << deal.released;
+            m_putDeal->exec();
+        }
+        for (const CashRow &row : tables.cash) {
+            Binder(*m_putCash) << row.account << row.fee << static_cast<std::int64_t>(row.frozen)
+                               << row.available << row.frozenCash;
+            m_putCash->exec();
+        }
+        for (const HoldingRow &row : tables.holdings) {
+            if (row.holding.quantity.value() == 0) {
+                Binder(*m_dropHolding) << row.account << row.holding.collection;
+                m_dropHolding->exec();
+                continue;
+            }
+            Binder(*m_putHolding) << row.account << row.holding.collection << row.holding.quantity
+                                  << row.holding.frozen << row.holding.cost;
+            m_putHolding->exec();
+        }
+        for (const DayRow &row : tables.days) {
+            Binder(*m_putDay) << row.collection << row.session << row.day << row.at << row.open
+                              << row.high << row.low << row.last << row.volume << row.amount
+                              << row.previousClose << row.lower << row.upper;
+            m_putDay->exec();
+        }
+        for (const CompositeRow &row : tables.composites) {
+            Binder(*m_putComposite) << row.session << row.day << row.previousClose << row.open
+                                    << row.high << row.low << row.last;
+            m_putComposite->exec();
+        }
+    }
+
+private:
+    void prepare()
+    {
+        const auto make = [this](const std::string &sql) {
+            return std::make_unique<SQLite::Statement>(m_database, sql);
+        };
+        m_putCommand = make("INSERT INTO commands VALUES (?, ?, ?, ?)");
+        m_putOrder
+            = make("INSERT OR REPLACE INTO orders VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
+                   "?, ?)");
+        m_putDeal = make("INSERT INTO deals VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+        m_putCash = make("INSERT OR REPLACE INTO cash VALUES (?, ?, ?, ?, ?)");
+        m_putHolding = make("INSERT OR REPLACE INTO holdings VALUES (?, ?, ?, ?, ?)");
+        m_dropHolding = make("DELETE FROM holdings WHERE account = ? AND collection = ?");
+        m_putDay = make("INSERT INTO days VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+        m_putComposite = make("INSERT OR REPLACE INTO composites VALUES (?, ?, ?, ?, ?, ?, ?)");
+    }
+
+    void moveLog()
+    {
+        const int code = sqlite3_wal_checkpoint_v2(m_database.getHandle(), nullptr,
+                                                   SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+        // Busy means that a reader still needs the log; the next commit tries again.
+        if (code != SQLITE_OK && code != SQLITE_BUSY)
+            throw SQLite::Exception(m_database.getHandle(), code);
+        m_logFrames = 0;
+    }
+
+    SQLite::Database m_database;
+    int m_logFrames = 0;
+    bool m_failed = false;
+    std::unique_ptr<SQLite::Statement> m_putCommand;
+    std::unique_ptr<SQLite::Statement> m_putOrder;
+    std::unique_ptr<SQLite::Statement> m_putDeal;
+    std::unique_ptr<SQLite::Statement> m_putCash;
+    std::unique_ptr<SQLite::Statement> m_putHolding;
+    std::unique_ptr<SQLite::Statement> m_dropHolding;
+    std::unique_ptr<SQLite::Statement> m_putDay;
+    std::unique_ptr<SQLite::Statement> m_putComposite;
+};
+
+SqliteStore::SqliteStore(const std::filesystem::path &file, const std::string &vfs)
+{
+    try {
+        m_connection = std::make_unique<Connection>(file, vfs);
+    } catch (const SQLite::Exception &error) {
+        throw StoreError(file.string() + ": " + error.what());
+    }
+}
+
+SqliteStore::~SqliteStore() = default;
+
+std::int64_t SqliteStore::lastCommand()
+{
+    return m_connection->guarded([&] {
+        return m_connection->database()
+            .execAndGet("SELECT ifnull(max(number), 0) FROM commands")
+            .getInt64();
+    });
+}
+
+std::vector<std::int64_t> SqliteStore::checkpoints()
+{
+    return m_connection->guarded([&] {
+        std::vector<std::int64_t> numbers;
+        auto s = m_connection->statement("SELECT number FROM checkpoints ORDER BY number DESC");
+        while (s.executeStep())
+            numbers.push_back(s.getColumn(0).getInt64());
+        return numbers;
+    });
+}
+
+StoredCheckpoint SqliteStore::checkpoint(std::int64_t number)
+{
+    return m_connection->guarded([&] {
+        auto s = m_connection->statement("SELECT hash, state FROM checkpoints WHERE number = ?");
+        s.bind(1, number);
+        if (!s.executeStep())
+            throw StoreError(m_connection->database().getFilename() + ": no checkpoint "
+                             + std::to_string(number));
+        StoredCheckpoint found;
+        found.number = number;
+        found.hash = static_cast<std::uint64_t>(s.getColumn(0).getInt64());
+        found.state = s.getColumn(1).getString();
+        return found;
+    });
+}
+
+void SqliteStore::readCommands(std::int64_t first, std::int64_t last, const CommandVisitor &visit)
+{
+    m_connection->guarded([&] {
+        auto s = m_connection->statement("SELECT number, time, key, events FROM commands "
+                                         "WHERE number BETWEEN ? AND ? ORDER BY number");
+        s.bind(1, first);
+        s.bind(2, last);
+        std::int64_t expected = first;
+        while (s.executeStep()) {
+            StoredCommand command;
+            command.number = s.getColumn(0).getInt64();
+            if (command.number != expected)
+                break;
+            ++expected;
+            command.time = TimeMs(s.getColumn(1).getInt64());
+            command.key = keyOf(s.getColumn(2).getString());
+            command.events = s.getColumn(3).getString();
+            visit(command);
+        }
+        if (expected <= last)
+            throw StoreError(m_connection->database().getFilename() + ": command "
+                             + std::to_string(expected) + " is missing");
+    });
+}
+
+void SqliteStore::commit(const Batch &batch)
+{
+    m_connection->change([&] {
+        for (const StoredCommand &command : batch.commands)
+            m_connection->put(command);
+        m_connection->put(batch.tables);
+        if (batch.checkpoint)
+            m_connection->put(*batch.checkpoint);
+    });
+}
+
+void SqliteStore::rebuildTables(const std::function<void(const TablePutter &put)> &rebuild)
+{
+    m_connection->change([&] {
+        for (const char *table : kTables)
+            m_connection->database().exec(std::string("DELETE FROM ") + table);
+        rebuild([&](const TableUpdate &tables) { m_connection->put(tables); });
+    });
+}
+
+std::string SqliteStore::describeTables()
+{
+    return m_connection->guarded([&] {
+        std::string text;
+        for (const char *table : kTables) {
+            auto s
+                = m_connection->statement(std::string("SELECT * FROM ") + table + " ORDER BY 1, 2");
+            while (s.executeStep()) {
+                text += table;
+                for (int i = 0; i < s.getColumnCount(); ++i)
+                    text
+                        += " " + std::string(s.getColumnName(i)) + "=" + s.getColumn(i).getString();
+                text += "\n";
+            }
+        }
+        return text;
+    });
+}
+
+std::vector<DealRow> SqliteStore::latestDeals(CollectionId collection, Sequence session,
+                                              std::size_t limit)
+{
+    return m_connection->guarded([&] {
+        std::vector<DealRow> rows;
+        auto s = m_connection->statement(std::string("SELECT ") + kDealColumns
+                                         + " FROM deals WHERE collection = ? "
+                                           "ORDER BY sequence DESC LIMIT ?");
+        s.bind(1, collection.value());
+        s.bind(2, static_cast<std::int64_t>(limit));
+        while (s.executeStep()) {
+            rows.push_back(readDeal(s));
+            // Sessions follow each other, so the first older deal ends the search.
+            if (rows.back().session != session) {
+                rows.pop_back();
+                break;
+            }
+        }
+        std::reverse(rows.begin(), rows.end());
+        return rows;
+    });
+}
+
+std::optional<OrderRow> SqliteStore::order(OrderNumber number)
+{
+    return m_connection->guarded([&]() -> std::optional<OrderRow> {
+        auto s = m_connection->statement(std::string("SELECT ") + kOrderColumns
+                                         + " FROM orders WHERE number = ?");
+        s.bind(1, number.value());
+        if (!s.executeStep())
+            return std::nullopt;
+        return readOrder(s);
+    });
+}
+
+Sequence SqliteStore::lastDeal()
+{
+    return m_connection->guarded([&] {
+        return Sequence(m_connection->database()
+                            .execAndGet("SELECT ifnull(max(sequence), 0) FROM deals")
+                            .getInt64());
+    });
+}
+
+OrderNumber SqliteStore::lastOrder()
+{
+    return m_connection->guarded([&] {
+        return OrderNumber(m_connection->database()
+                               .execAndGet("SELECT ifnull(max(number), 0) FROM orders")
+                               .getInt64());
+    });
+}
+
+std::optional<CompositeRow> SqliteStore::composite(Sequence session)
+{
+    return m_connection->guarded([&]() -> std::optional<CompositeRow> {
+        auto s
+            = m_connection->statement("SELECT session, day, previous_close, open, high, low, last "
+                                      "FROM composites WHERE session = ?");
+        s.bind(1, session.value());
+        if (!s.executeStep())
+            return std::nullopt;
+        CompositeRow row;
+        Reader(s) >> row.session >> row.day >> row.previousClose >> row.open >> row.high >> row.low
+            >> row.last;
+        return row;
+    });
+}
+
+std::vector<ListingRow> SqliteStore::listings()
+{
+    return m_connection->guarded([&] {
+        std::vector<ListingRow> rows;
+        auto s = m_connection->statement(
+            "SELECT collection, code, name, type, introduction FROM listings ORDER BY collection");
+        while (s.executeStep()) {
+            ListingRow row;
+            row.collection = CollectionId(s.getColumn(0).getInt64());
+            row.code = s.getColumn(1).getString();
+            row.name = s.getColumn(2).getString();
+            row.type = s.getColumn(3).getInt();
+            row.introduction = s.getColumn(4).getString();
+            rows.push_back(std::move(row));
+        }
+        return rows;
+    });
+}
+
+void SqliteStore::putListings(const std::vector<ListingRow> &rows)
+{
+    m_connection->change([&] {
+        auto s = m_connection->statement("INSERT OR REPLACE INTO listings VALUES (?, ?, ?, ?, ?)");
+        for (const ListingRow &row : rows) {
+            s.reset();
+            s.bind(1, row.collection.value());
+            s.bind(2, row.code);
+            s.bind(3, row.name);
+            s.bind(4, row.type);
+            s.bind(5, row.introduction);
+            s.exec();
+        }
+    });
+}
+
+} // namespace zvx

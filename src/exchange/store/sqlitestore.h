@@ -1,0 +1,41 @@
+#pragma once
+
+#include "exchange/store/store.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace zvx {
+
+/// A store in one SQLite file: write-ahead log, every commit synced before it returns.
+class SqliteStore : public Store
+{
+public:
+    /// Opens the file or makes it, and brings it to the newest version. `vfs` names a SQLite VFS
+    /// that was registered before; "" is the machine's own. Throws StoreError.
+    explicit SqliteStore(const std::filesystem::path &file, const std::string &vfs = {});
+    ~SqliteStore() override;
+
+    std::int64_t lastCommand() override;
+    std::vector<std::int64_t> checkpoints() override;
+    StoredCheckpoint checkpoint(std::int64_t number) override;
+    void readCommands(std::int64_t first, std::int64_t last, const CommandVisitor &visit) override;
+    void commit(const Batch &batch) override;
+    void rebuildTables(const std::function<void(const TablePutter &put)> &rebuild) override;
+    std::string describeTables() override;
+    std::vector<DealRow> latestDeals(CollectionId collection, Sequence session,
+                                     std::size_t limit) override;
+    std::optional<OrderRow> order(OrderNumber number) override;
+    Sequence lastDeal() override;
+    OrderNumber lastOrder() override;
+    std::optional<CompositeRow> composite(Sequence session) override;
+    std::vector<ListingRow> listings() override;
+    void putListings(const std::vector<ListingRow> &rows) override;
+
+private:
+    class Connection;
+    std::unique_ptr<Connection> m_connection;
+};
+
+} // namespace zvx
