@@ -1,5 +1,6 @@
 #include "ZvModelKit/zvubobject.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace {
@@ -31,7 +32,7 @@ enum Column {
 };
 
 // The whole number behind each cell: fen, hundredths of a percent or pieces.
-using Figures = std::array<qint64, ColumnCount>;
+using ColumnFigures = std::array<qint64, ColumnCount>;
 
 // Changes may be negative, so the missing figure is one that no arithmetic here gives.
 constexpr qint64 missing = std::numeric_limits<qint64>::min();
@@ -46,9 +47,9 @@ qint64 orMissing(qint64 value)
     return value < 0 ? missing : value;
 }
 
-Figures figuresOf(const ZvUBObject::Data &data)
+ColumnFigures figuresOf(const ZvUBObject::Data &data)
 {
-    Figures figures;
+    ColumnFigures figures;
     figures.fill(missing);
     figures[Latest] = orMissing(data.latest);
     figures[Bid] = orMissing(data.bid);
@@ -150,45 +151,57 @@ ZvUBObject ZvUBObject::updated(const Data &newData) const
 
 ZvUBObject::Row ZvUBObject::makeRow(const Data &data, const Row *previous)
 {
-    static_assert(Columns == ColumnCount);
-    Row made{{data, {}}, {}, {}};
-    Data &own = made.row.data;
-    auto &texts = made.row.texts;
-    const Figures figures = figuresOf(own);
-    Figures before;
-    before.fill(missing);
+    static_assert(FirstFigure == Latest && LastFigure == Listed);
+    Row made{data, {}, {}, {}};
+    const ColumnFigures figures = figuresOf(data);
+    ColumnFigures before;
     if (previous) {
-        before = figuresOf(previous->row.data);
-        keepIfEqual(own.collectionId, previous->row.data.collectionId);
-        keepIfEqual(own.code, previous->row.data.code);
-        keepIfEqual(own.name, previous->row.data.name);
-        keepIfEqual(own.introduction, previous->row.data.introduction);
+        before = figuresOf(previous->data);
+        keepIfEqual(made.data.collectionId, previous->data.collectionId);
+        keepIfEqual(made.data.code, previous->data.code);
+        keepIfEqual(made.data.name, previous->data.name);
+        keepIfEqual(made.data.introduction, previous->data.introduction);
     }
-    for (int column = Latest; column <= Listed; ++column) {
+    for (int column = FirstFigure; column <= LastFigure; ++column) {
         const auto at = static_cast<std::size_t>(column);
-        made.values[at] = figureValue(column, figures[at]);
-        texts[at] = previous && figures[at] == before[at] ? previous->row.texts[at]
-                                                          : figureText(column, figures[at]);
-    }
-    if (figures[PreviousClose] != missing) {
-        for (int column : columnsAgainstLast()) {
-            const auto at = static_cast<std::size_t>(column);
-            if (figures[at] != missing) {
-                made.againstLast[at]
-                    = static_cast<qint8>(compareCode(figures[at], figures[PreviousClose]));
-            }
+        made.values[place(column)] = figureValue(column, figures[at]);
+        if (previous && figures[at] == before[at]) {
+            made.texts[place(column)] = previous->texts[place(column)];
         }
     }
-    texts[Code] = own.code;
-    texts[Name] = own.name;
-    texts[Introduction] = own.introduction;
-    texts[CollectionId] = own.collectionId;
+    // Prices of a row are often equal, and then share one text.
+    const QList<int> &prices = columnsAgainstLast();
+    for (int column : prices) {
+        const auto at = static_cast<std::size_t>(column);
+        QString &text = made.texts[place(column)];
+        const auto isTwin = [&](int other) {
+            return figures[static_cast<std::size_t>(other)] == figures[at]
+                && !made.texts[place(other)].isNull();
+        };
+        const auto twin = std::find_if(prices.begin(), prices.end(), isTwin);
+        if (text.isNull() && twin != prices.end()) {
+            text = made.texts[place(*twin)];
+        }
+        if (text.isNull()) {
+            text = figureText(column, figures[at]);
+        }
+        if (figures[at] != missing && figures[PreviousClose] != missing) {
+            made.againstLast[place(column)]
+                = static_cast<qint8>(compareCode(figures[at], figures[PreviousClose]));
+        }
+    }
+    for (int column = FirstFigure; column <= LastFigure; ++column) {
+        QString &text = made.texts[place(column)];
+        if (text.isNull()) {
+            text = figureText(column, figures[static_cast<std::size_t>(column)]);
+        }
+    }
     return made;
 }
 
 int ZvUBObject::dataCountForModelUse()
 {
-    return Columns;
+    return ColumnCount;
 }
 
 QStringList ZvUBObject::headerListForModelUse()
@@ -253,6 +266,25 @@ QList<int> ZvUBObject::columnIdsForTriangleDecorate()
     return columns;
 }
 
+QString ZvUBObject::displayDataForModelUse(int column) const
+{
+    if (hasFigure(column)) {
+        return m_row->texts[place(column)];
+    }
+    switch (column) {
+    case Code:
+        return data().code;
+    case Name:
+        return data().name;
+    case Introduction:
+        return data().introduction;
+    case CollectionId:
+        return data().collectionId;
+    default:
+        return {};
+    }
+}
+
 int ZvUBObject::resultCompareFloatWithZero(int column) const
 {
     // A figure other than zero never rounds to a float of zero.
@@ -261,12 +293,10 @@ int ZvUBObject::resultCompareFloatWithZero(int column) const
 
 int ZvUBObject::resultCompareFloatWithLast(int column) const
 {
-    return column >= 0 && column < Columns ? m_row->againstLast[static_cast<std::size_t>(column)]
-                                           : 0;
+    return hasFigure(column) ? m_row->againstLast[place(column)] : 0;
 }
 
 int ZvUBObject::resultCompareIntWithZero(int column) const
 {
-    const bool isText = column < Latest || column > Listed;
-    return isText || resultCompareFloatWithZero(column) != 0 ? 0 : 1;
+    return hasFigure(column) && resultCompareFloatWithZero(column) == 0 ? 1 : 0;
 }

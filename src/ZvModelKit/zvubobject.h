@@ -56,7 +56,7 @@ public:
     // Works out change, rates, market value and average, and formats all texts.
     explicit ZvUBObject(const Data &data);
 
-    const Data &data() const { return m_row->row.data; }
+    const Data &data() const { return m_row->data; }
 
     // The row for `newData` in place of this one, as ZvUBObject(newData) would make it: only what
     // differs is formatted, all other texts are shared. Equal data give this very row.
@@ -87,14 +87,13 @@ public:
     static QList<int> columnIdsForTriangleDecorate();
 
     // The text of a cell; "--" where the cell has no value, an empty text outside the columns.
-    QString displayDataForModelUse(int column) const { return m_row->row.text(column); }
+    QString displayDataForModelUse(int column) const;
 
     // The number behind a cell, made a float once: yuan, percent or pieces. 0 where the cell has no
     // value or the column no number. Above 16,777,216 neighbouring numbers may be one float.
     float editDataForModelUse(int column) const
     {
-        return column >= 0 && column < Columns ? m_row->values[static_cast<std::size_t>(column)]
-                                               : 0.0F;
+        return hasFigure(column) ? m_row->values[place(column)] : 0.0F;
     }
 
     // 1 when the number of the cell is above zero, 2 when below, 0 when neither or missing.
@@ -108,11 +107,25 @@ public:
     int resultCompareIntWithZero(int column) const;
 
 private:
-    static constexpr int Columns = 22;
+    // The columns from here to there hold figures; the texts of the others stand in the data.
+    static constexpr int FirstFigure = 3;
+    static constexpr int LastFigure = 19;
+    static constexpr std::size_t Figures = LastFigure - FirstFigure + 1;
+
+    static constexpr bool hasFigure(int column)
+    {
+        return column >= FirstFigure && column <= LastFigure;
+    }
+    static constexpr std::size_t place(int column)
+    {
+        return static_cast<std::size_t>(column - FirstFigure);
+    }
+
     struct Row {
-        ZvUBRow<Data, Columns> row;
-        std::array<float, Columns> values;
-        std::array<qint8, Columns> againstLast; // the codes of resultCompareFloatWithLast()
+        Data data;
+        std::array<QString, Figures> texts;
+        std::array<float, Figures> values;
+        std::array<qint8, Figures> againstLast; // the codes of resultCompareFloatWithLast()
     };
 
     static Row makeRow(const Data &data, const Row *previous);

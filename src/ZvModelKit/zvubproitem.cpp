@@ -11,15 +11,15 @@ QString averagePriceText(const ZvUBProItem::Data &data)
     return zvub::moneyText(zvub::roundedRatio(data.amount, data.volume, 1));
 }
 
-QString percentText(qint64 part, qint64 whole)
+QString shareText(qint64 part, qint64 whole)
 {
-    return zvub::moneyText(zvub::roundedRatio(part, whole, 10000)) + QLatin1Char('%');
+    return zvub::percentText(zvub::roundedRatio(part, whole, 10000));
 }
 
 QString turnoverText(const ZvUBProItem::Data &data)
 {
     return data.volume < 0 || data.listed <= 0 ? zvub::missingText()
-                                               : percentText(data.volume, data.listed);
+                                               : shareText(data.volume, data.listed);
 }
 
 // 100 % when only buyers wait, -100 % when only sellers do.
@@ -29,7 +29,7 @@ QString balanceText(const ZvUBProItem::Data &data)
     if (data.buyQuantity < 0 || data.sellQuantity < 0 || waiting == 0) {
         return zvub::missingText();
     }
-    return percentText(data.buyQuantity - data.sellQuantity, waiting);
+    return shareText(data.buyQuantity - data.sellQuantity, waiting);
 }
 
 QString amountText(qint64 fen)

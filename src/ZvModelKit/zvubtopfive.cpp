@@ -36,8 +36,7 @@ std::array<QString, 29> textsOf(const ZvUBTopFive::Data &data)
     texts[23] = zvub::priceText(data.previousClose);
     texts[24] = zvub::priceText(data.latest);
     texts[25] = hasChange(data) ? zvub::moneyText(changeOf(data)) : zvub::missingText();
-    texts[26] = hasChange(data) ? zvub::moneyText(changeRateOf(data)) + QLatin1Char('%')
-                                : zvub::missingText();
+    texts[26] = hasChange(data) ? zvub::percentText(changeRateOf(data)) : zvub::missingText();
     texts[27] = zvub::priceText(data.upperLimit);
     texts[28] = zvub::priceText(data.lowerLimit);
     return texts;

@@ -31,6 +31,9 @@ ZVMODELKIT_EXPORT QString moneyText(qint64 fen);
 // smaller amounts are those of moneyText().
 ZVMODELKIT_EXPORT QString shortMoneyText(qint64 fen);
 
+// "-2.50%", of hundredths of a percent.
+ZVMODELKIT_EXPORT QString percentText(qint64 hundredths);
+
 // "1200"; "--" when negative. A plain number without separators.
 ZVMODELKIT_EXPORT QString quantityText(qint64 pieces);
 

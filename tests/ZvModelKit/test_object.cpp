@@ -85,6 +85,7 @@ private slots:
     void equalityIsByData();
     void anUpdateKeepsWhatDidNotChange();
     void anUpdateEqualsARowMadeAnew();
+    void equalPricesShareAText();
     void anEqualUpdateIsTheSameRow();
     void aRowMadeOnAnotherThreadIsReadHere();
     void aRowStaysWithinItsMemory();
@@ -418,6 +419,19 @@ void ObjectTest::anUpdateEqualsARowMadeAnew()
     }
 }
 
+void ObjectTest::equalPricesShareAText()
+{
+    ZvUBObject::Data data = stamp();
+    data.open = data.high = data.bid = data.latest;
+    const ZvUBObject row(data);
+    for (int column : {6, 12, 13}) {
+        QCOMPARE(row.displayDataForModelUse(column), QString("12.34"));
+        QCOMPARE(static_cast<const void *>(row.displayDataForModelUse(column).constData()),
+                 static_cast<const void *>(row.displayDataForModelUse(3).constData()));
+    }
+    QCOMPARE(row.displayDataForModelUse(14), QString("11.90"));
+}
+
 void ObjectTest::anEqualUpdateIsTheSameRow()
 {
     const ZvUBObject row(stamp());
@@ -466,15 +480,15 @@ void ObjectTest::aRowStaysWithinItsMemory()
     table.reserve(rows);
     const std::size_t before = allocatedBytes();
     for (int number = 0; number < rows; ++number) {
-        // Every text of every row differs and all are as long as a market makes them.
+        // No two texts of a row are equal, and all are as long as those of a dear collection.
         ZvUBObject::Data data;
         data.collectionId = QString::number(100000 + number);
         data.code = QString::number(600000 + number);
         data.name = QString("纪念邮票小型张第%1版").arg(number);
         data.introduction
             = QString("http://127.0.0.1:8080/lc/youbika/introduction/%1.html").arg(number);
-        data.latest = 1000000 + number;
-        data.previousClose = 1000001 + 2 * number;
+        data.latest = 120000 + number;
+        data.previousClose = 120010 + number;
         data.open = data.latest + 1;
         data.high = data.latest + 2;
         data.low = data.latest - 1;
@@ -482,9 +496,9 @@ void ObjectTest::aRowStaysWithinItsMemory()
         data.ask = data.latest + 3;
         data.bidQuantity = 10000 + number;
         data.askQuantity = 20000 + number;
-        data.volume = 1000000 + number;
+        data.volume = 10000 + number;
         data.amount = data.volume * data.latest;
-        data.listed = 10000000 + number;
+        data.listed = 1000000 + number;
         table.append(ZvUBObject(data));
     }
     const std::size_t each = (allocatedBytes() - before) / rows;

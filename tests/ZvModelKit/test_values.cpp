@@ -24,6 +24,7 @@ private slots:
     void aPriceBelowZeroIsMissing();
     void shortMoney_data();
     void shortMoney();
+    void percents();
     void quantities();
     void directions();
     void wallTime_data();
@@ -91,6 +92,13 @@ void ValuesTest::shortMoney()
     QFETCH(qint64, fen);
     QFETCH(QString, text);
     QCOMPARE(zvub::shortMoneyText(fen), text);
+}
+
+void ValuesTest::percents()
+{
+    QCOMPARE(zvub::percentText(0), QString("0.00%"));
+    QCOMPARE(zvub::percentText(-5), QString("-0.05%"));
+    QCOMPARE(zvub::percentText(least), QString("-92233720368547758.08%"));
 }
 
 void ValuesTest::quantities()
