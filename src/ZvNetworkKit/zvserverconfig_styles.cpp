@@ -2,10 +2,8 @@
 
 #include <QLatin1String>
 
-namespace zvstyles
-{
-namespace
-{
+namespace zvstyles {
+namespace {
 
 struct NamedValue {
     const char *name;
@@ -129,6 +127,7 @@ struct Button {
     Colours hover;
     Colours pressed;
     Colours checked;
+    Colours checkedHover;
     Colours disabled;
 };
 
@@ -145,15 +144,18 @@ QString buttonSheet(const Button &button)
                           "QPushButton:focus{border-color:@accentText;}"
                           "QPushButton:hover{%3}"
                           "QPushButton:checked{%4}"
-                          "QPushButton:pressed{%5}"
-                          "QPushButton:disabled{%6}")
+                          "QPushButton:checked:hover{%5}"
+                          "QPushButton:pressed,QPushButton:checked:pressed{%6}"
+                          "QPushButton:disabled,QPushButton:checked:disabled{%7}")
         .arg(coloursText(button.normal), QLatin1String(button.shape), coloursText(button.hover),
-             coloursText(button.checked), coloursText(button.pressed),
-             coloursText(button.disabled));
+             coloursText(button.checked), coloursText(button.checkedHover),
+             coloursText(button.pressed), coloursText(button.disabled));
 }
 
 constexpr Colours disabledSolid{"@off", "@offBack", "@offLine"};
 constexpr Colours disabledPlain{"@off", "@none", "@none"};
+constexpr Colours checkedTint{"@accentText", "@accentTint", "@accent"};
+constexpr Colours checkedHover{"@text", "@accentPressed", "@accent"};
 
 // Filled with one colour that says what the button does.
 constexpr Button solid(const char *shape, const char *fill, const char *hover, const char *pressed)
@@ -163,6 +165,7 @@ constexpr Button solid(const char *shape, const char *fill, const char *hover, c
             {"@text", hover, hover},
             {"@soft", pressed, pressed},
             {"@text", pressed, "@text"},
+            {"@text", hover, "@text"},
             disabledSolid};
 }
 
@@ -179,6 +182,7 @@ constexpr Button plain(const char *shape, const Colours &checked)
             {"@text", "@raised", "@raised"},
             {"@muted", "@raisedPressed", "@raisedPressed"},
             checked,
+            checkedHover,
             disabledPlain};
 }
 
@@ -241,18 +245,19 @@ QString guideTabSheet(const char *text, const char *normal, const char *hover)
         .arg(QLatin1String(text), QLatin1String(normal), QLatin1String(hover));
 }
 
-// The sign-in dialog and the fields in it.
+// The sign-in dialog and the fields in it. The texts of the fields keep the palette's colours: a
+// colour in the sheet would paint placeholders as if they had been typed.
 QString dialogSheet()
 {
     return QStringLiteral(
         "QDialog{background-color:@surface;border:1px solid @line;border-top:3px solid @accent;}"
         "QLabel{color:@soft;background-color:transparent;}"
         "QLabel#label_page_title{color:@text;font-size:14pt;}"
-        "QLineEdit{color:@text;background-color:@deep;border:1px solid @line;border-radius:4px;"
+        "QLineEdit{background-color:@deep;border:1px solid @line;border-radius:4px;"
         "padding:4px 8px;selection-color:@text;selection-background-color:@accent;}"
         "QLineEdit:hover{border-color:@lineHover;}"
         "QLineEdit:focus{border-color:@accent;background-color:@top;}"
-        "QLineEdit:disabled{color:@off;background-color:@offBack;border-color:@offLine;}");
+        "QLineEdit:disabled{background-color:@offBack;border-color:@offLine;}");
 }
 
 // One sheet for the captions and the prompts below the fields; their names tell them apart.
@@ -275,21 +280,23 @@ QString sheetOf(Style style)
     case Style::DealCheckButton:
         return buttonSheet(accentButton("border-radius:3px;padding:2px 14px;"));
     case Style::DealDarkButton:
-        return buttonSheet({"border-radius:3px;padding:0px;",
+        return buttonSheet({"border-radius:3px;padding:0px;font-size:9pt;",
                             {"@soft", "@panel", "@line"},
                             {"@text", "@raised", "@lineHover"},
                             {"@muted", "@deep", "@line"},
-                            {"@accentText", "@accentTint", "@accent"},
+                            checkedTint,
+                            checkedHover,
                             disabledSolid});
     case Style::DealLightButton:
-        return buttonSheet(
-            solid("border-radius:3px;padding:0px;", "@light", "@lightHover", "@lightPressed"));
+        return buttonSheet(solid("border-radius:3px;padding:0px;font-size:9pt;", "@light",
+                                 "@lightHover", "@lightPressed"));
     case Style::DealGrayRoundButton:
         return buttonSheet({"border-radius:10px;padding:0px 6px;",
                             {"@soft", "@raised", "@line"},
                             {"@text", "@raisedHover", "@lineHover"},
                             {"@muted", "@raisedPressed", "@line"},
-                            {"@accentText", "@accentTint", "@accent"},
+                            checkedTint,
+                            checkedHover,
                             disabledSolid});
     case Style::DealOtherButton:
         return buttonSheet(tab("border-bottom-width:2px;padding:0px 4px;"));
@@ -312,6 +319,7 @@ QString sheetOf(Style style)
                             {"@text", "@accent", "@accentHover"},
                             {"@soft", "@accentPressed", "@accentPressed"},
                             {"@text", "@accentPressed", "@text"},
+                            {"@text", "@accentHover", "@text"},
                             disabledSolid});
     case Style::TitleBarButtonStyle:
         return buttonSheet(plain("padding:0px 10px;font-size:10pt;font-weight:normal;",
@@ -324,6 +332,7 @@ QString sheetOf(Style style)
                             {"@text", "@none", "@none @none @accentText @none"},
                             {"@accent", "@none", "@none"},
                             {"@text", "@accentTint", "@none"},
+                            checkedHover,
                             disabledPlain});
     case Style::VertiCodeButton:
         return buttonSheet(accentButton("border-radius:4px;padding:4px 8px;"));

@@ -105,7 +105,7 @@ QStringList listedResources()
 QString bodyOf(const QString &sheet, const QString &selector)
 {
     for (const auto &rule : rulesOf(sheet)) {
-        if (rule.first == selector)
+        if (rule.first.split(QLatin1Char(',')).contains(selector))
             return rule.second;
     }
     return QString();
