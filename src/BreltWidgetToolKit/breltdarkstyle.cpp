@@ -210,6 +210,14 @@ void BreltDarkStyle::drawControl(ControlElement element, const QStyleOption *opt
         QProxyStyle::drawControl(element, &copy, painter, widget);
         return;
     }
+    const auto *item = qstyleoption_cast<const QStyleOptionMenuItem *>(option);
+    if (item && element == CE_MenuItem && item->menuItemType == QStyleOptionMenuItem::Separator
+        && item->text.isEmpty()) {
+        const QRect row = item->rect;
+        painter->fillRect(QRect(row.x() + 8, row.center().y(), row.width() - 16, 1),
+                          look::border());
+        return;
+    }
     QProxyStyle::drawControl(element, option, painter, widget);
 }
 
@@ -254,10 +262,15 @@ void BreltDarkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption 
 void BreltDarkStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex *option,
                                         QPainter *painter, const QWidget *widget) const
 {
-    if (control == CC_ScrollBar && option)
+    if (control == CC_ScrollBar && option) {
         drawScrollBar(option, painter, widget);
-    else
-        QProxyStyle::drawComplexControl(control, option, painter, widget);
+        return;
+    }
+    QProxyStyle::drawComplexControl(control, option, painter, widget);
+    // Fusion outlines spin boxes in a shade of the window, which nobody sees on dark surfaces.
+    const auto *spin = qstyleoption_cast<const QStyleOptionSpinBox *>(option);
+    if (control == CC_SpinBox && spin && spin->frame)
+        drawField(option, painter);
 }
 
 QRect BreltDarkStyle::subControlRect(ComplexControl control, const QStyleOptionComplex *option,
@@ -304,6 +317,8 @@ int BreltDarkStyle::pixelMetric(PixelMetric metric, const QStyleOption *option,
     switch (metric) {
     case PM_ScrollBarExtent:
         return c_scrollBarExtent;
+    case PM_MenuPanelWidth:
+        return 1;
     case PM_ScrollBarSliderMin:
         return c_smallestHandle;
     case PM_ButtonDefaultIndicator:

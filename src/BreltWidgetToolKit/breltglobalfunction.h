@@ -18,11 +18,11 @@ class BRELTWIDGETTOOLKIT_EXPORT BreltGlobalFunction
 public:
     static BreltGlobalFunction *getBreltGlobalFunciton();
 
-    /// Shows `text` as a passing notice over the window in use and returns at once. Notices take
-    /// neither the focus nor the mouse, stand below one another, at most five of them, and pass
-    /// by themselves after 2.5 to 8 seconds, long texts later. The text is taken as plain text and
-    /// wrapped; what goes beyond 500 characters is left out. An empty text, or one of blanks alone,
-    /// shows nothing. May be called from any thread; without a QApplication it does nothing.
+    /// Shows `text` as a passing notice over the main window in use and returns at once. Notices
+    /// take neither the focus nor the mouse, stand below one another, at most five of them, and
+    /// pass by themselves after 2.5 to 8 seconds, long texts later. The text is taken as plain text
+    /// and wrapped; what goes beyond 500 characters is left out. An empty text, or one of blanks
+    /// alone, shows nothing. May be called from any thread; without a QApplication it does nothing.
     void alertMessage(const QString &text);
 
     /// The texts of the notices on the screen, oldest first.

@@ -26,13 +26,13 @@ int readingTime(const QString &text)
     return qBound(2500, 1500 + int(text.size()) * 65, 8000);
 }
 
-// The window over which notices appear: the one in use, or else the largest that is to be seen.
+// The window over which notices appear: the one in use, or the largest that is to be seen. A dialog
+// in use does not count, since the notice would cover what it asks.
 QWidget *windowInUse()
 {
-    if (QWidget *active = QApplication::activeWindow())
+    QWidget *active = QApplication::activeWindow();
+    if (active && active->windowType() == Qt::Window)
         return active;
-    if (QWidget *modal = QApplication::activeModalWidget())
-        return modal;
     QWidget *largest = nullptr;
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget *window : windows) {

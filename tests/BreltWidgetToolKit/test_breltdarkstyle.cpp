@@ -98,6 +98,8 @@ private slots:
     void stockControlsAreDark();
     void disabledControlsLookDifferent();
     void hoverAndFocusAreSeen();
+    void edgesOfFieldsAreSeen();
+    void menuHasAFrameAndSeparators();
     void toolTipsAreDark();
     void scrollBarIsDraggedAndPaged();
     void scrollBarPartsFillTheBar();
@@ -312,6 +314,35 @@ void TestBreltDarkStyle::hoverAndFocusAreSeen()
         widget->setAttribute(Qt::WA_UnderMouse, false);
         QVERIFY2(hovered != rest, widget->metaObject()->className());
     }
+}
+
+void TestBreltDarkStyle::edgesOfFieldsAreSeen()
+{
+    QLineEdit line;
+    QSpinBox spin;
+    QDateEdit date;
+    QComboBox combo;
+    QPushButton push(QStringLiteral("买入"));
+    for (QWidget *widget : QList<QWidget *>{&line, &spin, &date, &combo, &push}) {
+        const QImage picture = widget->grab().toImage();
+        const QColor edge = picture.pixelColor(0, picture.height() / 2);
+        QVERIFY2(qGray(edge.rgb()) - qGray(QApplication::palette().window().color().rgb()) > 30,
+                 widget->metaObject()->className());
+    }
+}
+
+void TestBreltDarkStyle::menuHasAFrameAndSeparators()
+{
+    QMenu menu;
+    menu.addAction(QStringLiteral("添加自选"));
+    const QAction *separator = menu.addSeparator();
+    menu.addAction(QStringLiteral("撤单"));
+    menu.popup(QPoint(20, 20));
+    const QImage picture = menu.grab().toImage();
+    const int ground = qGray(picture.pixel(2, 2));
+    QVERIFY(qGray(picture.pixel(0, picture.height() / 2)) > ground + 30);
+    const QPoint middle = menu.actionGeometry(const_cast<QAction *>(separator)).center();
+    QVERIFY(qGray(picture.pixel(middle)) > ground + 30);
 }
 
 void TestBreltDarkStyle::toolTipsAreDark()

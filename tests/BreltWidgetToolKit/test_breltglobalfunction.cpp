@@ -3,6 +3,7 @@
 #include "support/testregistry.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QScreen>
@@ -73,6 +74,7 @@ private slots:
     void theRestMovesUp();
     void noticeTakesNoFocus();
     void noticeStandsOverTheWindowInUse();
+    void dialogInUseIsNotCovered();
     void longTextWrapsOnTheScreen();
     void signsOfRichTextAreShownAsTheyCome();
     void noticeFromAnotherThread();
@@ -101,7 +103,7 @@ void TestBreltGlobalFunction::decimalOfEveryFen()
 {
     // Floats hold every fen below 131072.00 apart; a step that shares no factor with 100 meets
     // all endings.
-    for (qint64 fen = 0; fen < 13107200; fen += 37) {
+    for (qint64 fen = 0; fen < 13107200; fen += 197) {
         const QString expected
             = QString::number(fen / 100) + '.' + QString::number(fen % 100 + 100).mid(1);
         QCOMPARE(BreltGlobalFunction::float2Decimal(float(double(fen) / 100)), expected);
@@ -291,6 +293,21 @@ void TestBreltGlobalFunction::noticeStandsOverTheWindowInUse()
     window.activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(&window));
     global()->alertMessage(QStringLiteral("暂无可申购藏品！"));
+    QVERIFY(window.frameGeometry().contains(noticeWindows().first()->geometry()));
+}
+
+void TestBreltGlobalFunction::dialogInUseIsNotCovered()
+{
+    QWidget window;
+    window.setGeometry(0, 0, 780, 580);
+    window.show();
+    QDialog dialog(&window);
+    dialog.setGeometry(300, 350, 200, 150);
+    dialog.show();
+    dialog.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    global()->alertMessage(QStringLiteral("入金成功"));
+    QVERIFY(!dialog.frameGeometry().intersects(noticeWindows().first()->geometry()));
     QVERIFY(window.frameGeometry().contains(noticeWindows().first()->geometry()));
 }
 
