@@ -1,0 +1,314 @@
+#include "exchange/service/command_line.h"
+
+#include "exchange/service/initials.h"
+#include "exchange/service/lifeline.h"
+#include "exchange/service/parameters.h"
+#include "exchange/service/service.h"
+#include "exchange/service/service_log.h"
+#include "exchange/store/exchange.h"
+#include "exchange/store/statelock.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <atomic>
+#include <fstream>
+#include <iostream>
+#include <optional>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+#include <sys/resource.h>
+
+namespace zvx {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int exitFault = 1;
+constexpr int exitUnusable = 2;
+
+constexpr std::size_t catalogueBound = 64 * 1024 * 1024;
+/// Descriptors that are not connections: stores, logs, pipes.
+constexpr rlim_t otherFiles = 256;
+
+struct Choices {
+    std::string state;
+    std::string listen = "127.0.0.1:0";
+    std::string catalogue;
+    std::uint64_t seed = 1;
+    double robots = 4;
+    bool untilStdinCloses = false;
+    bool attached = false;
+};
+
+/// Options that cannot be used; what() is one sentence.
+class Unusable : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+std::string readFile(const fs::path &file, std::size_t bound)
+{
+    std::ifstream in(file, std::ios::binary);
+    if (!in)
+        throw Unusable("cannot read " + file.string());
+    std::ostringstream text;
+    text << in.rdbuf();
+    if (text.str().size() > bound)
+        throw Unusable(file.string() + " is too large");
+    return text.str();
+}
+
+/// Splits "127.0.0.1:0" or "[::1]:8080".
+void readListen(const std::string &text, ServiceOptions &options)
+{
+    const std::size_t colon = text.rfind(':');
+    const auto port = colon == std::string::npos ? std::optional<std::int64_t>()
+                                                 : readInteger(text.substr(colon + 1), 0, 65535);
+    std::string address = text.substr(0, colon);
+    if (address.size() > 2 && address.front() == '[' && address.back() == ']')
+        address = address.substr(1, address.size() - 2);
+    if (!port || address.empty())
+        throw Unusable("--listen takes ADDRESS:PORT, for example 127.0.0.1:0, not " + text);
+    options.address = address;
+    options.port = static_cast<std::uint16_t>(*port);
+}
+
+/// Each parked poll is a descriptor, and the usual soft limit is a thousand of them.
+std::size_t raiseFileLimit(std::size_t wanted)
+{
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0)
+        return 512;
+    limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, wanted + otherFiles);
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    return limit.rlim_cur > 2 * otherFiles
+        ? std::min<std::size_t>(wanted, static_cast<std::size_t>(limit.rlim_cur - otherFiles))
+        : 128;
+}
+
+/// The state folder holds people's money: its owner alone reads it.
+void makeFolder(const fs::path &folder)
+{
+    std::error_code error;
+    if (fs::create_directories(folder, error) && !error)
+        fs::permissions(folder, fs::perms::owner_all, error);
+    if (error || !fs::is_directory(folder))
+        throw Unusable("cannot use the state folder " + folder.string()
+                       + (error ? ": " + error.message() : ": it is not a folder"));
+}
+
+void refuseHeldFolder(const fs::path &folder)
+{
+    if (const auto holder = StateLock::holder(folder))
+        throw Unusable("a service already runs on " + folder.string() + ", process "
+                       + std::to_string(holder->pid) + ", port " + std::to_string(holder->port));
+}
+
+const char *reasonOf(Lifeline::End end)
+{
+    switch (end) {
+    case Lifeline::End::Signal:
+        return "signal";
+    case Lifeline::End::NobodyAttached:
+        return "nobody attached";
+    case Lifeline::End::StandardInput:
+        return "standard input closed";
+    case Lifeline::End::Asked:
+        return "fault";
+    }
+    return "";
+}
+
+std::string obey(Service &service, const std::string &command)
+{
+    if (command != "settle")
+        return "unknown command";
+    try {
+        service.settle();
+        return "settled";
+    } catch (const std::exception &error) {
+        return std::string("failed: ") + error.what();
+    }
+}
+
+int serve(const Choices &choices)
+{
+    const fs::path folder = choices.state;
+    Lifeline::Options life;
+    life.folder = folder;
+    life.attached = choices.attached;
+    life.untilStdinCloses = choices.untilStdinCloses;
+    Lifeline lifeline(life);
+
+    ServiceOptions options;
+    options.folder = folder;
+    readListen(choices.listen, options);
+    options.seed = choices.seed;
+    options.robotOrdersPerSecond = choices.robots;
+    options.limits.connections = raiseFileLimit(options.limits.connections);
+    options.parkedPolls = std::min(options.parkedPolls, options.limits.connections * 4 / 5);
+    if (!choices.catalogue.empty())
+        options.firstCatalogue = readFile(choices.catalogue, catalogueBound);
+    std::atomic<bool> failed{false};
+    options.fatal = [&](const std::string &) {
+        failed = true;
+        lifeline.end();
+    };
+
+    makeFolder(folder);
+    refuseHeldFolder(folder);
+    ServiceLog log(folder);
+    if (options.firstCatalogue && fs::exists(folder / "catalogue.json"))
+        log.info("the state folder has a catalogue of its own, " + choices.catalogue
+                 + " is not used");
+    Service service(std::move(options), log);
+    lifeline.listen();
+    std::cout << "PORT " << service.port() << std::endl;
+
+    const Lifeline::End end
+        = lifeline.wait([&](const std::string &command) { return obey(service, command); });
+    log.info(std::string("ending reason=\"") + reasonOf(end) + '"');
+    service.stop();
+    return failed ? exitFault : 0;
+}
+
+void needState(const fs::path &folder)
+{
+    if (!fs::exists(folder / "catalogue.json"))
+        throw Unusable(folder.string() + " holds no exchange");
+}
+
+int settle(const Choices &choices)
+{
+    const fs::path folder = choices.state;
+    needState(folder);
+    if (StateLock::holder(folder)) {
+        const std::string answer = Lifeline::send(folder, "settle");
+        if (answer != "settled")
+            throw std::runtime_error("the running service could not settle: " + answer);
+    } else {
+        const Initials initials;
+        ExchangeOptions options;
+        options.folder = folder;
+        options.initials = [&](std::string_view name) { return initials.of(name); };
+        Exchange exchange(std::move(options));
+        exchange.settle();
+        exchange.stop();
+    }
+    std::cout << "settled: every market closed its session and opened the next one" << std::endl;
+    return 0;
+}
+
+int outbox(const Choices &choices)
+{
+    needState(choices.state);
+    const fs::path file = fs::path(choices.state) / "outbox.txt";
+    if (fs::exists(file))
+        std::cout << readFile(file, catalogueBound);
+    else
+        std::cout << "no codes have been sent: this release has no accounts that need any"
+                  << std::endl;
+    return 0;
+}
+
+/// Everything that keeps a command from doing its work becomes one sentence.
+template <class Work>
+int guarded(const Work &work)
+{
+    int code = exitUnusable;
+    try {
+        return work();
+    } catch (const std::exception &error) {
+        std::cerr << "zvexchange: " << error.what() << std::endl;
+    }
+    return code;
+}
+
+void addServe(CLI::App &app, Choices &choices)
+{
+    CLI::App *serve = app.add_subcommand("serve", "Run the markets of a state folder");
+    serve->add_option("--state", choices.state, "State folder; made where it is missing")
+        ->required()
+        ->type_name("DIR");
+    serve
+        ->add_option("--listen", choices.listen,
+                     "Numeric address and port to listen on; port 0 takes a free one")
+        ->type_name("ADDRESS:PORT")
+        ->capture_default_str();
+    serve
+        ->add_option("--catalogue", choices.catalogue,
+                     "Catalogue that a new state folder begins with; later the folder's own "
+                     "catalogue.json counts")
+        ->type_name("FILE");
+    serve
+        ->add_option("--robots", choices.robots,
+                     "Orders a second that the robots of each market send, 0 to 200; 0 is none")
+        ->type_name("RATE")
+        ->check(CLI::Range(0.0, 200.0))
+        ->capture_default_str();
+    serve->add_option("--seed", choices.seed, "Where the robots' chance begins")
+        ->type_name("N")
+        ->capture_default_str();
+    auto *stdinEnds = serve->add_flag("--until-stdin-closes", choices.untilStdinCloses,
+                                      "End when the standard input ends");
+    serve
+        ->add_flag("--attached", choices.attached,
+                   "End when no client is attached any more for two seconds. A pipe on the "
+                   "standard input is a client, and so is each connection to attach.sock in the "
+                   "state folder; without a pipe the first client has 15 seconds to come")
+        ->excludes(stdinEnds);
+    serve->footer("The first line on the standard output is \"PORT\", a blank and the port number. "
+                  "The log goes to the standard error output and to zvexchange.log in the state "
+                  "folder.\n"
+                  "SIGTERM, SIGINT and SIGHUP end the service cleanly. Exit codes: 0 clean end, "
+                  "1 a fault while serving, 2 options or state folder not usable.");
+}
+
+} // namespace
+
+int runCommandLine(int argc, char **argv)
+{
+    Choices choices;
+    CLI::App app("zvexchange: order books, ledger and quotes of the collectibles exchange.\n"
+                 "A state folder holds everything: the catalogue, one store for each market, the "
+                 "log and the lock.",
+                 "zvexchange");
+    app.set_version_flag("--version", "zvexchange " ZVX_VERSION);
+    app.set_help_all_flag("--help-all", "Explain all commands and their options");
+    app.require_subcommand(1);
+    app.footer("Try: zvexchange serve --state ~/exchange\n"
+               "     curl http://127.0.0.1:PORT/lc/market.html");
+
+    addServe(app, choices);
+    CLI::App *settling = app.add_subcommand(
+        "settle",
+        "Close the session of every market and open the same date with the next session "
+        "number; asks the running service, or does it alone where none runs");
+    CLI::App *reading
+        = app.add_subcommand("outbox", "Print the text messages that the service has sent");
+    for (CLI::App *command : {settling, reading})
+        command->add_option("--state", choices.state, "State folder")->required()->type_name("DIR");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success &done) {
+        return app.exit(done);
+    } catch (const CLI::ParseError &error) {
+        std::cerr << "zvexchange: " << error.what() << "\nRun zvexchange --help for the options."
+                  << std::endl;
+        return exitUnusable;
+    }
+    if (settling->parsed())
+        return guarded([&] { return settle(choices); });
+    if (reading->parsed())
+        return guarded([&] { return outbox(choices); });
+    return guarded([&] { return serve(choices); });
+}
+
+} // namespace zvx

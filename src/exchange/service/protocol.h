@@ -1,0 +1,109 @@
+#pragma once
+
+#include "exchange/service/http_message.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace zvx {
+
+constexpr std::int64_t protocolNumber = 1;
+
+/// What a client is told of its own releases.
+constexpr std::string_view newestClient = ZVX_VERSION;
+constexpr std::string_view oldestClient = "0.1.0";
+
+/// The pieces of market state that have a version. In the order in which answers hold them.
+enum class Topic {
+    Market,
+    Message,
+    Check,
+    Composite,
+    Brief,
+    Type,
+    List,
+    Item,
+    Trade,
+    Latest,
+};
+constexpr std::size_t topicCount = 10;
+
+/// "check": the name in parameters and answers.
+std::string_view topicName(Topic topic);
+constexpr std::size_t indexOf(Topic topic)
+{
+    return static_cast<std::size_t>(topic);
+}
+
+/// What a path is for. Those from `Account` on belong to the contract, and this service does not
+/// serve them yet.
+enum class PathKind {
+    Sync,
+    Update,
+    Market,
+    Message,
+    Check,
+    Composite,
+    Brief,
+    List,
+    Item,
+    Trade,
+    Latest,
+    Type,
+    Unserved,
+};
+
+struct PathEntry {
+    std::string_view path;
+    PathKind kind;
+};
+
+/// The whole contract: every path below a prefix, in its order.
+const std::array<PathEntry, 46> &contractPaths();
+
+/// The entry of a path below a prefix, or null.
+const PathEntry *findPath(std::string_view path);
+
+/// The closed list of the envelope's states.
+enum class WireStatus {
+    Ok,
+    Refused,
+    Protocol,
+    BadRequest,
+    Session,
+    Elsewhere,
+    NotFound,
+    Method,
+    TooLarge,
+    Busy,
+    Unserved,
+    Failed,
+};
+
+std::string_view wireName(WireStatus status);
+int httpStatus(WireStatus status);
+
+/// Writes the frame that every answer has.
+class Envelope
+{
+public:
+    /// `boot` names this run; `now` gives UTC milliseconds.
+    Envelope(std::string boot, std::function<std::int64_t()> now);
+
+    const std::string &boot() const { return m_boot; }
+
+    /// `{"protocol":1,…,"time":…` without the closing brace.
+    std::string open(WireStatus status) const;
+    /// A whole answer without data; `message` is a Chinese sentence for people.
+    HttpAnswer refusal(WireStatus status, std::string_view message) const;
+
+private:
+    std::string m_boot;
+    std::function<std::int64_t()> m_now;
+};
+
+} // namespace zvx

@@ -1,0 +1,539 @@
+#include "exchange/service/service.h"
+
+#include "exchange/service/http_server.h"
+#include "exchange/service/initials.h"
+#include "exchange/service/json_text.h"
+#include "exchange/service/market_board.h"
+#include "exchange/service/message_file.h"
+#include "exchange/service/metrics_text.h"
+#include "exchange/service/parameters.h"
+#include "exchange/service/poll_hub.h"
+#include "exchange/service/protocol.h"
+#include "exchange/service/refusal_log.h"
+#include "exchange/service/robots.h"
+#include "exchange/service/service_log.h"
+#include "exchange/store/exchange.h"
+
+#include <atomic>
+#include <map>
+#include <vector>
+
+namespace zvx {
+
+namespace {
+
+using Steady = std::chrono::steady_clock;
+
+constexpr std::int64_t longestWait = 25'000;
+constexpr std::int64_t mostDeals = 200;
+constexpr std::int64_t usualDeals = 10;
+
+HttpFragment fragment(std::string text)
+{
+    return std::make_shared<const std::string>(std::move(text));
+}
+
+} // namespace
+
+class Service::Impl : public HttpHandler
+{
+public:
+    Impl(ServiceOptions options, ServiceLog &log);
+    ~Impl() override { stop(); }
+
+    void handle(HttpRequest request, HttpResponder responder) override;
+    HttpAnswer refuse(const HttpFault &fault) override;
+    void settle();
+    void stop();
+
+    const HttpServer &http() const { return *m_server; }
+    const Exchange &state() const { return *m_exchange; }
+
+private:
+    /// One market with its answers. Stays where it is: polls hold its board's address.
+    struct Place {
+        MarketServer *market = nullptr;
+        std::unique_ptr<MarketBoard> board;
+        std::atomic<bool> stale{false};
+    };
+
+    void openExchange();
+    void makeBoards();
+    void published(const MarketServer &market);
+    void refresh(Place &place);
+    void lookAtMessages();
+    Place *placeOf(std::string_view path, std::string_view &rest);
+
+    HttpAnswer answerRoot(const HttpRequest &request);
+    HttpAnswer answerPlatform(const std::string &id, std::string_view rest,
+                              const HttpRequest &request);
+    HttpAnswer query(Place &place, PathKind kind, const HttpParameters &parameters);
+    HttpAnswer queryOfCollection(Place &place, PathKind kind, ParameterReader &read);
+    void sync(Place &place, const HttpParameters &parameters, HttpResponder responder);
+    HttpAnswer syncAnswer(MarketBoard &board, const SyncQuestion &question) const;
+    HttpAnswer data(HttpFragment versioned) const;
+    HttpAnswer update() const;
+    std::optional<HttpAnswer> checkMethod(const HttpRequest &request, PathKind kind) const;
+    HttpAnswer badParameter(const std::string &name) const;
+    HttpAnswer notFound() const;
+    HttpAnswer wrongProtocol() const;
+    std::string metrics() const;
+
+    ServiceOptions m_options;
+    ServiceLog &m_log;
+    RefusalLog m_refusals;
+    std::unique_ptr<Initials> m_initials;
+    std::unique_ptr<Envelope> m_envelope;
+    MessageFile m_messages;
+    BuildCounters m_builds{};
+    std::map<std::string, std::shared_ptr<PlatformBoard>> m_platforms;
+    std::map<std::string, Place, std::less<>> m_places;
+    std::unique_ptr<PollHub> m_polls;
+    std::atomic<bool> m_serving{false};
+    std::atomic<bool> m_failed{false};
+    bool m_ending = false; ///< on the server's thread
+    bool m_stopped = false;
+    // Each of these has threads that use what stands above them.
+    std::unique_ptr<HttpServer> m_server;
+    std::unique_ptr<Exchange> m_exchange;
+    std::unique_ptr<Robots> m_robots;
+};
+
+Service::Impl::Impl(ServiceOptions options, ServiceLog &log)
+    : m_options(std::move(options)), m_log(log), m_refusals(log), m_messages(m_options.folder)
+{
+    openExchange();
+    const SystemClock clock;
+    m_envelope
+        = std::make_unique<Envelope>(m_exchange->boot(), [clock] { return clock.wall().value(); });
+    makeBoards();
+
+    HttpServer::Options listen;
+    listen.address = m_options.address;
+    listen.port = m_options.port;
+    listen.limits = m_options.limits;
+    m_server = std::make_unique<HttpServer>(listen, *this);
+    m_polls = std::make_unique<PollHub>(
+        m_options.parkedPolls,
+        [this](MarketBoard &board, const SyncQuestion &question) {
+            return syncAnswer(board, question);
+        },
+        [this](PollHub::Time time) {
+            m_server->callAt(time, [this] { m_polls->expire(Steady::now()); });
+        });
+    m_exchange->announcePort(m_server->port());
+    m_serving = true;
+    m_server->start();
+    m_server->post([this] {
+        for (auto &[prefix, place] : m_places)
+            refresh(place);
+        lookAtMessages();
+    });
+    m_robots
+        = std::make_unique<Robots>(*m_exchange, m_options.seed, m_options.robotOrdersPerSecond);
+    m_log.info("serving address=" + m_options.address + " port=" + std::to_string(m_server->port())
+               + " boot=" + m_exchange->boot() + " markets=" + std::to_string(m_places.size()));
+}
+
+void Service::Impl::openExchange()
+{
+    m_initials = std::make_unique<Initials>();
+    ExchangeOptions options;
+    options.folder = m_options.folder;
+    options.initials = [this](std::string_view name) { return m_initials->of(name); };
+    options.firstCatalogue = m_options.firstCatalogue;
+    options.published
+        = [this](const MarketServer &market, const std::shared_ptr<const MarketSnapshot> &,
+                 const TopicSet &) { published(market); };
+    options.fatal = [this](const std::string &reason) {
+        m_failed = true;
+        m_log.error("market failed: " + reason);
+        if (m_options.fatal)
+            m_options.fatal(reason);
+    };
+    options.notice = [this](const std::string &line) { m_log.info(line); };
+    m_exchange = std::make_unique<Exchange>(std::move(options));
+}
+
+void Service::Impl::makeBoards()
+{
+    std::string fault;
+    m_messages.refresh(fault);
+    if (!fault.empty())
+        m_log.warn(fault);
+    for (const Platform &platform : m_exchange->platforms()) {
+        auto board = std::make_shared<PlatformBoard>();
+        JsonText servers;
+        servers.open('{').key("servers").open('[');
+        for (const MarketServer *market : platform.markets) {
+            servers.open('{').key("name").text(market->name());
+            servers.key("prefix").text(market->prefix()).close('}');
+        }
+        PlatformBoard::put(board->market, servers.close(']').close('}').take());
+        PlatformBoard::put(board->message, m_messages.dataOf(platform.id, platform.name));
+        m_platforms.emplace(platform.id, board);
+        for (MarketServer *market : platform.markets) {
+            Place &place = m_places[market->prefix()];
+            place.market = market;
+            place.board = std::make_unique<MarketBoard>(board, m_builds);
+            place.board->publish(market->snapshot());
+        }
+    }
+}
+
+void Service::Impl::published(const MarketServer &market)
+{
+    // Before the server stands there is nobody to tell; it begins with the newest of everything.
+    if (!m_serving)
+        return;
+    Place &place = m_places.find(market.prefix())->second;
+    if (!place.stale.exchange(true))
+        m_server->post([this, &place] { refresh(place); });
+}
+
+void Service::Impl::refresh(Place &place)
+{
+    place.stale = false;
+    place.board->publish(place.market->snapshot());
+    m_polls->wake(*place.board);
+}
+
+void Service::Impl::lookAtMessages()
+{
+    if (m_ending)
+        return;
+    std::string fault;
+    const bool changed = m_messages.refresh(fault);
+    if (!fault.empty())
+        m_log.warn(fault);
+    if (changed) {
+        for (const Platform &platform : m_exchange->platforms())
+            PlatformBoard::put(m_platforms[platform.id]->message,
+                               m_messages.dataOf(platform.id, platform.name));
+        for (auto &[prefix, place] : m_places)
+            m_polls->wake(*place.board);
+    }
+    m_server->callAt(Steady::now() + m_options.messagesEvery, [this] { lookAtMessages(); });
+}
+
+Service::Impl::Place *Service::Impl::placeOf(std::string_view path, std::string_view &rest)
+{
+    const std::size_t second = path.find('/', 1);
+    const std::size_t third
+        = second == std::string_view::npos ? second : path.find('/', second + 1);
+    if (third == std::string_view::npos)
+        return nullptr;
+    const auto found = m_places.find(path.substr(0, third + 1));
+    if (found == m_places.end())
+        return nullptr;
+    rest = path.substr(third + 1);
+    return &found->second;
+}
+
+void Service::Impl::handle(HttpRequest request, HttpResponder responder)
+{
+    if (m_ending) {
+        HttpAnswer answer = m_envelope->refusal(WireStatus::Failed, "服务正在停止，请稍后再试。");
+        answer.close = true;
+        responder.answer(std::move(answer));
+        return;
+    }
+    const std::string_view path = request.path;
+    std::string_view rest;
+    Place *place = placeOf(path, rest);
+    if (!place) {
+        const std::size_t second = path.find('/', 1);
+        if (second == std::string_view::npos)
+            responder.answer(answerRoot(request));
+        else
+            responder.answer(answerPlatform(std::string(path.substr(1, second - 1)),
+                                            path.substr(second + 1), request));
+        return;
+    }
+    const PathEntry *entry = findPath(rest);
+    if (!entry) {
+        responder.answer(notFound());
+        return;
+    }
+    if (auto wrong = checkMethod(request, entry->kind)) {
+        responder.answer(std::move(*wrong));
+        return;
+    }
+    if (entry->kind == PathKind::Sync)
+        sync(*place, request.query, std::move(responder));
+    else
+        responder.answer(query(*place, entry->kind, request.query));
+}
+
+std::optional<HttpAnswer> Service::Impl::checkMethod(const HttpRequest &request,
+                                                     PathKind kind) const
+{
+    if (request.method == "GET" || (kind == PathKind::Unserved && request.method == "POST"))
+        return std::nullopt;
+    HttpAnswer answer = m_envelope->refusal(WireStatus::Method, "此地址不支持这种请求方法。");
+    answer.allow = kind == PathKind::Unserved ? "GET, POST" : "GET";
+    return answer;
+}
+
+HttpAnswer Service::Impl::answerRoot(const HttpRequest &request)
+{
+    const bool health = request.path == "/healthz";
+    if (!health && request.path != "/metrics")
+        return notFound();
+    if (auto wrong = checkMethod(request, PathKind::Check))
+        return std::move(*wrong);
+    HttpAnswer answer = health
+        ? HttpAnswer::of(m_failed ? 503 : 200, m_failed ? "failed\n" : "ok\n")
+        : HttpAnswer::of(200, metrics());
+    answer.contentType = "text/plain; charset=utf-8";
+    return answer;
+}
+
+HttpAnswer Service::Impl::answerPlatform(const std::string &id, std::string_view rest,
+                                         const HttpRequest &request)
+{
+    const auto platform = m_platforms.find(id);
+    const bool isUpdate = rest == "update.html";
+    if (platform == m_platforms.end() || (!isUpdate && rest != "market.html"))
+        return notFound();
+    if (auto wrong = checkMethod(request, PathKind::Market))
+        return std::move(*wrong);
+    if (isUpdate)
+        return update();
+    ParameterReader read(request.query);
+    if (!read.protocolFits())
+        return read.fault().empty() ? wrongProtocol() : badParameter(read.fault());
+    return data(platform->second->market.text);
+}
+
+HttpAnswer Service::Impl::query(Place &place, PathKind kind, const HttpParameters &parameters)
+{
+    // A client of another protocol has to be able to learn that it is too old.
+    if (kind == PathKind::Update)
+        return update();
+    ParameterReader read(parameters);
+    if (!read.protocolFits())
+        return read.fault().empty() ? wrongProtocol() : badParameter(read.fault());
+    switch (kind) {
+    case PathKind::Market:
+        return data(place.board->whole(Topic::Market));
+    case PathKind::Message:
+        return data(place.board->whole(Topic::Message));
+    case PathKind::Check:
+        return data(place.board->whole(Topic::Check));
+    case PathKind::Composite:
+        return data(place.board->whole(Topic::Composite));
+    case PathKind::Brief:
+        return data(place.board->whole(Topic::Brief));
+    case PathKind::Type:
+        return data(place.board->whole(Topic::Type));
+    case PathKind::List:
+        return data(place.board->whole(Topic::List));
+    case PathKind::Item:
+    case PathKind::Trade:
+    case PathKind::Latest:
+        return queryOfCollection(place, kind, read);
+    default:
+        return m_envelope->refusal(WireStatus::Unserved, "此功能尚未开通。");
+    }
+}
+
+HttpAnswer Service::Impl::queryOfCollection(Place &place, PathKind kind, ParameterReader &read)
+{
+    const auto collection = read.collection();
+    const auto limit = kind == PathKind::Latest ? read.integer("limit", 0, mostDeals)
+                                                : std::optional<std::int64_t>();
+    if (!read.fault().empty())
+        return badParameter(read.fault());
+    if (!collection)
+        return badParameter("collection");
+    const auto row = place.board->rowOf(*collection);
+    if (!row)
+        return m_envelope->refusal(WireStatus::NotFound, "没有这个藏品。");
+    const Topic topic = kind == PathKind::Item ? Topic::Item
+        : kind == PathKind::Trade              ? Topic::Trade
+                                               : Topic::Latest;
+    return data(place.board->ofCollection(topic, *row,
+                                          static_cast<std::size_t>(limit.value_or(usualDeals))));
+}
+
+void Service::Impl::sync(Place &place, const HttpParameters &parameters, HttpResponder responder)
+{
+    ParameterReader read(parameters);
+    if (!read.protocolFits(ParameterReader::Required)) {
+        responder.answer(read.fault().empty() ? wrongProtocol() : badParameter(read.fault()));
+        return;
+    }
+    SyncQuestion question;
+    const std::string *boot = parameters.find("boot");
+    const bool comparable = !boot || *boot == m_envelope->boot();
+    for (std::size_t i = 0; i < topicCount; ++i) {
+        const auto held = read.integer(topicName(static_cast<Topic>(i)), 0, INT64_MAX);
+        if (held)
+            question.held[i] = comparable ? static_cast<std::uint64_t>(*held) : 0;
+    }
+    const auto wait = read.integer("wait", 0, longestWait).value_or(0);
+    question.limit
+        = static_cast<std::size_t>(read.integer("limit", 0, mostDeals).value_or(usualDeals));
+    const auto collection = read.collection();
+    if (!read.fault().empty()) {
+        responder.answer(badParameter(read.fault()));
+        return;
+    }
+    if (collection) {
+        question.row = place.board->rowOf(*collection);
+        question.unknownCollection = !question.row;
+    }
+    if (wait == 0 || place.board->differs(question)) {
+        responder.answer(syncAnswer(*place.board, question));
+    } else if (m_polls->isFull()) {
+        responder.answer(m_envelope->refusal(WireStatus::Busy, "服务繁忙，请稍后再试。"));
+    } else {
+        m_polls->park(*place.board, question, std::move(responder),
+                      Steady::now() + std::chrono::milliseconds(wait));
+    }
+}
+
+HttpAnswer Service::Impl::syncAnswer(MarketBoard &board, const SyncQuestion &question) const
+{
+    static const HttpFragment end = fragment("}}}");
+    HttpAnswer answer;
+    answer.body.push_back(fragment(m_envelope->open(WireStatus::Ok) + ",\"data\":{\"topics\":{"));
+    board.appendTopics(question, answer.body);
+    answer.body.push_back(end);
+    return answer;
+}
+
+HttpAnswer Service::Impl::data(HttpFragment versioned) const
+{
+    static const HttpFragment end = fragment("}");
+    HttpAnswer answer;
+    answer.body = {fragment(m_envelope->open(WireStatus::Ok) + ','), std::move(versioned), end};
+    return answer;
+}
+
+HttpAnswer Service::Impl::update() const
+{
+    JsonText json;
+    json.raw("\"version\":1").key("data").open('{');
+    json.key("version").text(newestClient).key("minimum").text(oldestClient);
+    json.key("protocol").number(protocolNumber).key("text").text("").close('}');
+    return data(fragment(json.take()));
+}
+
+HttpAnswer Service::Impl::badParameter(const std::string &name) const
+{
+    return m_envelope->refusal(WireStatus::BadRequest, "参数 " + name + " 不正确。");
+}
+
+HttpAnswer Service::Impl::notFound() const
+{
+    return m_envelope->refusal(WireStatus::NotFound, "没有这个地址。");
+}
+
+HttpAnswer Service::Impl::wrongProtocol() const
+{
+    return m_envelope->refusal(WireStatus::Protocol, "客户端与服务的协议版本不同，请更新客户端。");
+}
+
+HttpAnswer Service::Impl::refuse(const HttpFault &fault)
+{
+    m_refusals.note(fault);
+    if (fault.status == 413)
+        return m_envelope->refusal(WireStatus::TooLarge, "请求过大。");
+    if (fault.status == 500)
+        return m_envelope->refusal(WireStatus::Failed, "服务没有给出回答，请稍后再试。");
+    if (fault.status == 503)
+        return m_envelope->refusal(WireStatus::Busy, "服务繁忙，请稍后再试。");
+    return m_envelope->refusal(WireStatus::BadRequest, "请求格式不正确。");
+}
+
+std::string Service::Impl::metrics() const
+{
+    MetricsText text;
+    const HttpCounters &http = m_server->counters();
+    text.add("zvexchange_connections_total", http.connections);
+    text.add("zvexchange_connections_open", http.open);
+    text.add("zvexchange_connections_turned_away_total", http.turnedAway);
+    text.add("zvexchange_connections_cut_total", http.cutByDeadline);
+    text.add("zvexchange_requests_total", http.requests);
+    text.add("zvexchange_requests_refused_total", http.refused);
+    text.add("zvexchange_bytes_sent_total", http.bytesOut);
+    for (int hundred = 2; hundred <= 5; ++hundred)
+        text.add("zvexchange_answers_total", http.answers[hundred], "status",
+                 std::to_string(hundred) + "xx");
+    text.add("zvexchange_polls_parked", m_polls->parked());
+    for (std::size_t i = 0; i < topicCount; ++i)
+        text.add("zvexchange_builds_total", m_builds[i], "topic",
+                 std::string(topicName(static_cast<Topic>(i))));
+    text.add("zvexchange_robot_orders_total", m_robots ? m_robots->orders() : 0);
+    for (const auto &[prefix, place] : m_places) {
+        const WriterCounters &writer = place.market->writer().counters();
+        text.add("zvexchange_commands_total", writer.commands, "market", prefix);
+        text.add("zvexchange_commands_turned_away_total", writer.refusedFull, "market", prefix);
+        text.add("zvexchange_commits_total", writer.commits, "market", prefix);
+        text.add("zvexchange_checkpoints_total", writer.checkpoints, "market", prefix);
+        text.add("zvexchange_publications_total", writer.publications, "market", prefix);
+        text.add("zvexchange_deals_total", writer.deals, "market", prefix);
+        text.add("zvexchange_queue_depth", place.market->writer().waiting(), "market", prefix);
+    }
+    return text.take();
+}
+
+void Service::Impl::settle()
+{
+    m_exchange->settle();
+    m_log.info("settled markets=" + std::to_string(m_places.size()));
+}
+
+void Service::Impl::stop()
+{
+    if (m_stopped)
+        return;
+    m_stopped = true;
+    if (m_robots)
+        m_robots->stop();
+    if (m_server) {
+        m_server->post([this] {
+            m_ending = true;
+            m_polls->endAll();
+        });
+        m_server->stop();
+    }
+    if (m_exchange) {
+        m_exchange->stop();
+        m_log.info("stopped");
+    }
+    // The writers' last publications still named the server; they are over now.
+    m_robots.reset();
+    m_exchange.reset();
+}
+
+Service::Service(ServiceOptions options, ServiceLog &log)
+    : m_impl(std::make_unique<Impl>(std::move(options), log))
+{
+}
+
+Service::~Service() = default;
+
+std::uint16_t Service::port() const
+{
+    return m_impl->http().port();
+}
+
+const std::string &Service::boot() const
+{
+    return m_impl->state().boot();
+}
+
+void Service::settle()
+{
+    m_impl->settle();
+}
+
+void Service::stop()
+{
+    m_impl->stop();
+}
+
+} // namespace zvx
