@@ -127,13 +127,17 @@ void TestBreltFramlessMoveableDialog::controlsKeepTheMouse()
     disabled.setEnabled(false);
     disabled.setGeometry(200, 5, 40, 40);
     QLineEdit field(&page);
-    field.setGeometry(20, 5, 100, 40);
+    field.setGeometry(20, 5, 80, 40);
+    QLineEdit resting(&page); // disabled fields let the mouse through to what is below them
+    resting.setEnabled(false);
+    resting.setGeometry(110, 5, 80, 40);
     page.move(100, 100);
     page.show();
     QSignalSpy clicked(&close, &QPushButton::clicked);
     drag(&close, QPoint(5, 5), QPoint(60, 40));
     drag(&disabled, QPoint(5, 5), QPoint(60, 40));
     drag(&field, QPoint(5, 5), QPoint(60, 40));
+    drag(&resting, QPoint(5, 5), QPoint(60, 40));
     QCOMPARE(page.pos(), QPoint(100, 100));
     QTest::mouseClick(&close, Qt::LeftButton);
     QCOMPARE(clicked.count(), 1);
