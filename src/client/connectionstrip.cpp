@@ -1,0 +1,90 @@
+#include "client/connectionstrip.h"
+
+#include "ZvNetworkKit/zvserveraccessmanager.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QTimer>
+
+namespace {
+
+constexpr int stripHeight = 24;
+constexpr int markSide = 8;
+
+QString span(qint64 milliseconds)
+{
+    const qint64 seconds = milliseconds / 1000;
+    if (seconds < 60)
+        return QStringLiteral("%1 秒").arg(seconds);
+    if (seconds < 3600)
+        return QStringLiteral("%1 分 %2 秒").arg(seconds / 60).arg(seconds % 60);
+    return QStringLiteral("%1 小时 %2 分").arg(seconds / 3600).arg(seconds / 60 % 60);
+}
+
+} // namespace
+
+ConnectionStrip::ConnectionStrip(QWidget *parent)
+    : QWidget(parent), m_mark(new QLabel(this)), m_words(new QLabel(this)),
+      m_timer(new QTimer(this))
+{
+    setFixedHeight(stripHeight);
+    setAttribute(Qt::WA_StyledBackground);
+    setStyleSheet(QStringLiteral("ConnectionStrip{background-color:#101114;"
+                                 "border-top:1px solid #242931;}"));
+    m_mark->setFixedSize(markSide, markSide);
+    m_words->setAccessibleName(QStringLiteral("连接状态"));
+
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(20, 0, 20, 0);
+    layout->setSpacing(8);
+    layout->addWidget(m_mark);
+    layout->addWidget(m_words);
+    layout->addStretch(1);
+
+    m_timer->setInterval(1000);
+    connect(m_timer, &QTimer::timeout, this, &ConnectionStrip::refresh);
+    connect(ZvServerAccessManager::getZvServerAccessManagerInstance(),
+            &ZvServerAccessManager::signal_connection_changed, this, &ConnectionStrip::refresh);
+    refresh();
+}
+
+void ConnectionStrip::setServiceNotice(const QString &notice)
+{
+    m_serviceNotice = notice;
+    refresh();
+}
+
+void ConnectionStrip::refresh()
+{
+    const auto *access = ZvServerAccessManager::getZvServerAccessManagerInstance();
+    const bool isConnected = access->isConnected();
+    QStringList parts;
+    if (isConnected) {
+        parts << QStringLiteral("已连接") << QStringLiteral("行情实时更新");
+    } else if (access->dataAge() < 0) {
+        parts << QStringLiteral("正在连接交易所");
+    } else {
+        parts << QStringLiteral("连接已断开 %1").arg(span(access->awayFor()))
+              << QStringLiteral("行情停在 %1前").arg(span(access->dataAge()))
+              << QStringLiteral("正在重新连接");
+    }
+    if (!isConnected && !m_serviceNotice.isEmpty())
+        parts << m_serviceNotice;
+    m_words->setText(parts.join(QStringLiteral("  ·  ")));
+
+    const QString colour = isConnected ? QStringLiteral("#8c939d") : QStringLiteral("#e2ef33");
+    m_words->setStyleSheet(QStringLiteral("color:%1;font-size:12px;").arg(colour));
+    m_mark->setStyleSheet(
+        QStringLiteral("background-color:%1;border-radius:4px;")
+            .arg(isConnected ? QStringLiteral("#4a9e5c") : QStringLiteral("#e2ef33")));
+    // While connected nothing here moves, so nothing is painted either.
+    if (isConnected)
+        m_timer->stop();
+    else if (!m_timer->isActive())
+        m_timer->start();
+}
+
+QString ConnectionStrip::text() const
+{
+    return m_words->text();
+}

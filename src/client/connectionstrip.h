@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+class QTimer;
+
+// The slim strip at the bottom of the window that says in words whether the exchange is there and
+// how old the figures on the screen are. Quotes that stop with nothing said cost traders money.
+class ConnectionStrip : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit ConnectionStrip(QWidget *parent = nullptr);
+
+    // What the embedded service last said of itself; shown while there is no connection. "" for
+    // none.
+    void setServiceNotice(const QString &notice);
+
+    // Reads the state anew; runs by itself at each change and, while away, once a second.
+    void refresh();
+
+    // The sentence in sight.
+    QString text() const;
+
+private:
+    QLabel *m_mark;
+    QLabel *m_words;
+    QTimer *m_timer;
+    QString m_serviceNotice;
+};
