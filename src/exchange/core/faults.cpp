@@ -8,7 +8,8 @@ namespace zvx {
 
 namespace {
 std::string planted;
-}
+std::set<std::string_view> passed;
+} // namespace
 
 void plantFault(std::string_view name)
 {
@@ -17,7 +18,13 @@ void plantFault(std::string_view name)
 
 bool fault(std::string_view name)
 {
+    passed.insert(name);
     return planted == name;
+}
+
+const std::set<std::string_view> &faultPoints()
+{
+    return passed;
 }
 
 } // namespace zvx

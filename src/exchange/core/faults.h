@@ -1,6 +1,9 @@
 #pragma once
 
 #include <string_view>
+#ifdef ZVX_FAULTS
+#include <set>
+#endif
 
 namespace zvx {
 
@@ -13,6 +16,8 @@ namespace zvx {
 /** Plants one bug, or none with an empty name. */
 void plantFault(std::string_view name);
 bool fault(std::string_view name);
+/** The names of all fault points that were passed so far. */
+const std::set<std::string_view> &faultPoints();
 
 #else
 

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+
+/** How often each thing happened that the simulation is there for. */
+using Counts = std::map<std::string, std::int64_t>;
+
+/** Every name that must have a count in the end. */
+Counts emptyCounts();
+
+/**
+ * Lives one random market through: clients that send keyed actions over a network that repeats,
+ * reorders, delays and loses answers; a clock that jumps; a disk that keeps whole batches or none;
+ * a service that dies between any two steps and comes back from checkpoint and events. After every
+ * batch the core is held against its own audit and against the slow market.
+ *
+ * Returns what went wrong, in words, or nothing. The same seed gives the same life.
+ */
+std::optional<std::string> liveThrough(std::uint64_t seed, Counts &counts);
