@@ -3,6 +3,7 @@
 #include "exchange/core/eventcodec.h"
 #include "exchange/store/projector.h"
 #include "exchange/store/publisher.h"
+#include "exchange/store/recovery.h"
 #include "exchange/store/store.h"
 
 #include <algorithm>
@@ -54,43 +55,11 @@ MarketWriter::~MarketWriter()
 
 void MarketWriter::recover()
 {
-    m_lastCommand = m_store->lastCommand();
-    for (const std::int64_t number : m_store->checkpoints()) {
-        const StoredCheckpoint checkpoint = m_store->checkpoint(number);
-        try {
-            Market market = Market::restore(checkpoint.state, m_options.limits);
-            if (number > m_lastCommand || market.stateHash() != checkpoint.hash)
-                throw Damaged("it does not hold the state that it was made from");
-            m_market = std::make_unique<Market>(std::move(market));
-            m_lastCheckpoint = number;
-            break;
-        } catch (const Damaged &error) {
-            // The events are the truth, a checkpoint only saves time.
-            m_notices.push_back("checkpoint " + std::to_string(number)
-                                + " is of no use: " + error.what());
-        }
-    }
-    if (!m_market)
-        m_market = std::make_unique<Market>(TradingDay(20'200'101), m_options.limits);
-
-    if (m_lastCommand > m_lastCheckpoint) {
-        m_store->readCommands(m_lastCheckpoint + 1, m_lastCommand,
-                              [&](const StoredCommand &command) {
-                                  std::string_view bytes = command.events;
-                                  Event event;
-                                  while (!bytes.empty()) {
-                                      if (!decode(bytes, event))
-                                          throw Damaged("command " + std::to_string(command.number)
-                                                        + " holds bytes that are no event");
-                                      m_market->replay(event);
-                                  }
-                              });
-    }
-    if (const std::optional<std::string> violation = m_market->audit())
-        throw Damaged("the recovered market is not sound: " + *violation);
-    if (m_store->lastDeal() != m_market->lastDeal()
-        || m_store->lastOrder() != m_market->lastOrder())
-        throw Damaged("the tables do not follow the events");
+    Recovered found = recoverMarket(*m_store, m_options.limits);
+    m_market = std::make_unique<Market>(std::move(found.market));
+    m_lastCommand = found.lastCommand;
+    m_lastCheckpoint = found.checkpoint;
+    m_notices = std::move(found.notices);
     m_notices.push_back("recovered command " + std::to_string(m_lastCommand) + ", of which "
                         + std::to_string(m_lastCommand - m_lastCheckpoint) + " by replay");
 

@@ -12,8 +12,6 @@
 namespace zvx {
 namespace {
 
-/// Frames of the write-ahead log after which it is moved into the file.
-constexpr int kLogFrames = 2'000;
 /// Checkpoints that are kept; older ones go with the commit of a new one.
 constexpr int kCheckpoints = 3;
 
@@ -124,8 +122,9 @@ DealRow readDeal(SQLite::Statement &statement)
 class SqliteStore::Connection
 {
 public:
-    Connection(const std::filesystem::path &file, const std::string &vfs)
-        : m_database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, 5'000, vfs)
+    Connection(const std::filesystem::path &file, const std::string &vfs, int logFrames)
+        : m_database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, 5'000, vfs),
+          m_mostFrames(logFrames)
     {
         const std::string mode = m_database.execAndGet("PRAGMA journal_mode = WAL").getString();
         if (mode != "wal")
@@ -175,7 +174,7 @@ public:
             SQLite::Transaction transaction(m_database, SQLite::TransactionBehavior::IMMEDIATE);
             work();
             transaction.commit();
-            if (m_logFrames >= kLogFrames)
+            if (m_logFrames >= m_mostFrames)
                 moveLog();
             m_failed = false;
         });
@@ -290,6 +289,7 @@ private:
     }
 
     SQLite::Database m_database;
+    int m_mostFrames;
     int m_logFrames = 0;
     bool m_failed = false;
     std::unique_ptr<SQLite::Statement> m_putCommand;
@@ -302,10 +302,10 @@ private:
     std::unique_ptr<SQLite::Statement> m_putComposite;
 };
 
-SqliteStore::SqliteStore(const std::filesystem::path &file, const std::string &vfs)
+SqliteStore::SqliteStore(const std::filesystem::path &file, const std::string &vfs, int logFrames)
 {
     try {
-        m_connection = std::make_unique<Connection>(file, vfs);
+        m_connection = std::make_unique<Connection>(file, vfs, logFrames);
     } catch (const SQLite::Exception &error) {
         throw StoreError(file.string() + ": " + error.what());
     }

@@ -12,9 +12,13 @@ namespace zvx {
 class SqliteStore : public Store
 {
 public:
+    static constexpr int kLogFrames = 2'000;
+
     /// Opens the file or makes it, and brings it to the newest version. `vfs` names a SQLite VFS
-    /// that was registered before; "" is the machine's own. Throws StoreError.
-    explicit SqliteStore(const std::filesystem::path &file, const std::string &vfs = {});
+    /// that was registered before; "" is the machine's own. The write-ahead log is moved into the
+    /// file by the first commit that leaves `logFrames` pages in it. Throws StoreError.
+    explicit SqliteStore(const std::filesystem::path &file, const std::string &vfs = {},
+                         int logFrames = kLogFrames);
     ~SqliteStore() override;
 
     std::int64_t lastCommand() override;
