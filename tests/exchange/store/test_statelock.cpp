@@ -1,0 +1,87 @@
+#include "exchange/store/exchange.h"
+#include "exchange/store/statelock.h"
+#include "exchange/store/support.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace zvx {
+namespace {
+
+using test::TempFolder;
+
+TEST(StateLock, TellsWhoHoldsTheFolder)
+{
+    const TempFolder folder;
+    EXPECT_FALSE(StateLock::holder(folder.path()));
+    {
+        StateLock lock(folder.path());
+        const std::optional<LockHolder> before = StateLock::holder(folder.path());
+        ASSERT_TRUE(before);
+        EXPECT_EQ(before->pid, ::getpid());
+        EXPECT_EQ(before->port, 0);
+        lock.announcePort(40123);
+        EXPECT_EQ(StateLock::holder(folder.path())->port, 40123);
+        EXPECT_EQ(test::readFile(folder / "zvexchange.lock"),
+                  "pid " + std::to_string(::getpid()) + "\nport 40123\n");
+        lock.announcePort(7);
+        EXPECT_EQ(test::readFile(folder / "zvexchange.lock"),
+                  "pid " + std::to_string(::getpid()) + "\nport 7\n");
+    }
+    EXPECT_FALSE(StateLock::holder(folder.path()));
+}
+
+TEST(StateLock, RefusesASecondServiceInWords)
+{
+    const TempFolder folder;
+    StateLock first(folder.path());
+    first.announcePort(40123);
+    try {
+        StateLock second(folder.path());
+        FAIL();
+    } catch (const FolderError &error) {
+        const std::string what = error.what();
+        EXPECT_NE(what.find(folder.path().string()), std::string::npos) << what;
+        EXPECT_NE(what.find("process " + std::to_string(::getpid())), std::string::npos) << what;
+        EXPECT_NE(what.find("port 40123"), std::string::npos) << what;
+    }
+    EXPECT_EQ(StateLock::holder(folder.path())->port, 40123);
+}
+
+TEST(StateLock, EndsWithAKilledProcess)
+{
+    const TempFolder folder;
+    int ready[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        StateLock lock(folder.path());
+        const char byte = 'x';
+        if (::write(ready[1], &byte, 1) != 1)
+            ::_exit(1);
+        for (;;)
+            ::pause();
+    }
+    char byte = 0;
+    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+    ASSERT_TRUE(StateLock::holder(folder.path()));
+    EXPECT_EQ(StateLock::holder(folder.path())->pid, child);
+    EXPECT_THROW(StateLock(folder.path()), FolderError);
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+    EXPECT_FALSE(StateLock::holder(folder.path()));
+    EXPECT_NO_THROW(StateLock(folder.path()));
+    ::close(ready[0]);
+    ::close(ready[1]);
+}
+
+TEST(StateLock, SaysWhyAFolderCannotBeUsed)
+{
+    EXPECT_THROW(StateLock("/nowhere/at/all"), FolderError);
+}
+
+} // namespace
+} // namespace zvx
