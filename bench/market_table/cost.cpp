@@ -1,0 +1,74 @@
+#include "cost.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QEvent>
+#include <QTimer>
+#include <QWidget>
+
+#include <ctime>
+
+namespace {
+
+qint64 nanoseconds(clockid_t clock)
+{
+    timespec now{};
+    clock_gettime(clock, &now);
+    return qint64(now.tv_sec) * 1000000000 + now.tv_nsec;
+}
+
+} // namespace
+
+Stopwatch::Stopwatch()
+    : m_cpu(nanoseconds(CLOCK_THREAD_CPUTIME_ID)), m_wall(nanoseconds(CLOCK_MONOTONIC))
+{
+}
+
+double Stopwatch::cpu() const
+{
+    return double(nanoseconds(CLOCK_THREAD_CPUTIME_ID) - m_cpu) / 1e6;
+}
+
+double Stopwatch::wall() const
+{
+    return double(nanoseconds(CLOCK_MONOTONIC) - m_wall) / 1e6;
+}
+
+PaintCounter::PaintCounter(QWidget *widget)
+{
+    widget->installEventFilter(this);
+}
+
+bool PaintCounter::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Paint)
+        ++m_count;
+    return QObject::eventFilter(watched, event);
+}
+
+bool turnUntil(const std::function<bool()> &isDone)
+{
+    const QDeadlineTimer deadline(30000);
+    QTimer alarm; // wakes a loop in which nothing else happens
+    alarm.start(1000);
+    while (!isDone()) {
+        if (deadline.hasExpired())
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return true;
+}
+
+void turnUntilQuiet()
+{
+    // A timer of no delay may post a paint, and that one a flush.
+    for (int turn = 0; turn < 4; ++turn)
+        QCoreApplication::processEvents();
+}
+
+void turnFor(int milliseconds)
+{
+    QEventLoop loop;
+    QTimer::singleShot(milliseconds, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    loop.exec();
+}
