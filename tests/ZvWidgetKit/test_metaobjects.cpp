@@ -1,0 +1,128 @@
+#include "ZvWidgetKit/collection_tableview.h"
+#include "ZvWidgetKit/collectionsortfilterproxymodel.h"
+#include "ZvWidgetKit/collectiontabledelegate.h"
+#include "ZvWidgetKit/collectiontablemodel.h"
+#include "ZvWidgetKit/zvwidgetsignalslotpool.h"
+#include "support/testregistry.h"
+
+#include <QMetaMethod>
+
+Q_DECLARE_METATYPE(const QMetaObject *)
+
+namespace {
+
+// The methods that a class adds by itself, as "public signal name(QString argument)".
+QStringList ownMethods(const QMetaObject &meta)
+{
+    QStringList methods;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        const QMetaMethod method = meta.method(i);
+        static const char *const access[] = {"private", "protected", "public"};
+        static const char *const type[] = {"method", "signal", "slot", "constructor"};
+        QStringList arguments;
+        for (int j = 0; j < method.parameterCount(); ++j)
+            arguments << QString::fromUtf8(method.parameterTypes().at(j) + ' '
+                                           + method.parameterNames().at(j));
+        methods << QStringLiteral("%1 %2 %3(%4)")
+                       .arg(access[method.access()], type[method.methodType()],
+                            QString::fromUtf8(method.name()), arguments.join(QStringLiteral(", ")));
+    }
+    return methods;
+}
+
+} // namespace
+
+class MetaObjectsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void poolMethods()
+    {
+        const QStringList expected{
+            "public signal signal_adjustSize(QSize mainSize)",
+            "public signal signal_global_colletionId_changed(QString collectionID)",
+            "public signal signal_changeToTimeLine()",
+            "public signal signal_timeKChart_collectionID_escape_clicked(QString collectionID)",
+            "public signal signal_showCollectionInfo_clicked()",
+            "public signal signal_login_succeed()",
+            "public signal signal_loggedOtherPlace()",
+            "public signal signal_statusLogin_clicked()",
+            "public signal signal_collectionTimeLine_action()",
+            "public signal signal_collectionKDayLine_action()",
+            "public signal signal_collectionKWeekLine_action()",
+            "public signal signal_collectionKMonthLine_action()",
+            "public signal signal_turnoverKTime_clicked()",
+            "public signal signal_keyboardFairy_clicked(int keyNumber)",
+            "public signal signal_escape_clicked()",
+            "public signal signal_pageup_clicked()",
+            "public signal signal_pagedown_clicked()",
+            "public signal signal_wheelOnChart_clicked(int degrees)",
+            "public signal signal_marketDeatil_clicked()",
+            "public signal signal_turnoverOption_clicked()",
+            "public signal signal_loadTradeData_fromServer()",
+            "public slot slot_adjustSize(QSize mainSize)",
+            "public slot slot_collectionTableView_clicked(QString collectionID)",
+            "public slot slot_collectionTableView_clicked_and_changeToTimeLine("
+            "QString collectionID)",
+            "public slot slot_timeKChart_collectionID_escape_clicked(QString collectionID)",
+            "public slot slot_showCollectionInfo_clicked()",
+            "public slot slot_login_succeed()",
+            "public slot slot_loggedOtherPlace()",
+            "public slot slot_statusLogin_clicked()",
+            "public slot slot_collectionTimeLine_action()",
+            "public slot slot_collectionKDayLine_action()",
+            "public slot slot_collectionKWeekLine_action()",
+            "public slot slot_collectionKMonthLine_action()",
+            "public slot slot_turnoverKTime_clicked()",
+            "public slot slot_keyboardFairy_clicked(int keyNumber)",
+            "public slot slot_escape_clicked()",
+            "public slot slot_pageup_clicked()",
+            "public slot slot_pagedown_clicked()",
+            "public slot slot_wheelOnChart_clicked(int degrees)",
+            "public slot slot_marketDeatil_clicked()",
+            "public slot slot_F6_clicked()",
+        };
+        const QStringList methods = ownMethods(ZvWidgetSignalSLotPool::staticMetaObject);
+        QCOMPARE(methods.join('\n'), expected.join('\n'));
+    }
+
+    void classesStandBelowTheirQtClass_data()
+    {
+        QTest::addColumn<const QMetaObject *>("meta");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<const QMetaObject *>("super");
+        QTest::newRow("pool") << &ZvWidgetSignalSLotPool::staticMetaObject
+                              << "ZvWidgetSignalSLotPool" << &QObject::staticMetaObject;
+        QTest::newRow("model") << &CollectionTableModel::staticMetaObject << "CollectionTableModel"
+                               << &QAbstractTableModel::staticMetaObject;
+        QTest::newRow("proxy") << &CollectionSortFilterProxyModel::staticMetaObject
+                               << "CollectionSortFilterProxyModel"
+                               << &QSortFilterProxyModel::staticMetaObject;
+        QTest::newRow("view") << &Collection_TableView::staticMetaObject << "Collection_TableView"
+                              << &QTableView::staticMetaObject;
+        QTest::newRow("delegate") << &CollectionTableDelegate::staticMetaObject
+                                  << "CollectionTableDelegate"
+                                  << &QStyledItemDelegate::staticMetaObject;
+    }
+
+    void classesStandBelowTheirQtClass()
+    {
+        QFETCH(const QMetaObject *, meta);
+        QFETCH(QString, name);
+        QFETCH(const QMetaObject *, super);
+        QCOMPARE(QString::fromUtf8(meta->className()), name);
+        QCOMPARE(meta->superClass(), super);
+    }
+
+    void tableClassesAddNoMethods()
+    {
+        QCOMPARE(ownMethods(CollectionTableModel::staticMetaObject), QStringList());
+        QCOMPARE(ownMethods(CollectionSortFilterProxyModel::staticMetaObject), QStringList());
+        QCOMPARE(ownMethods(Collection_TableView::staticMetaObject), QStringList());
+        QCOMPARE(ownMethods(CollectionTableDelegate::staticMetaObject), QStringList());
+    }
+};
+
+ZV_TEST(MetaObjectsTest)
+#include "test_metaobjects.moc"
