@@ -18,13 +18,13 @@ public:
         OrderNumber order;
         std::int64_t revoked = 0;
         std::uint32_t account = kNone;
-        std::uint32_t next = kNone; ///< with the same hash
         Status status = Status::Accepted;
     };
 
     explicit ActionLog(std::uint64_t salt = 0) : m_salt(salt) { }
 
     const Entry *find(std::uint32_t account, ActionKey key) const;
+    /** The key is not there yet. */
     void add(const Entry &entry);
     /** Forgets what was answered before `session`. */
     void dropBefore(Sequence session);
@@ -32,12 +32,19 @@ public:
     const std::vector<Entry> &entries() const { return m_entries; }
 
 private:
-    std::size_t bucketOf(std::uint32_t account, ActionKey key) const;
+    /** Half of the hash stands beside the index, so that a search looks at an entry only when it
+     * has nearly certainly found it. */
+    struct Slot {
+        std::uint32_t index = kNone;
+        std::uint32_t tag = 0;
+    };
+
+    std::uint64_t hashOf(std::uint32_t account, ActionKey key) const;
     void link(std::uint32_t index);
-    void rebuild(std::size_t buckets);
+    void rebuild(std::size_t slots);
 
     std::vector<Entry> m_entries;
-    std::vector<std::uint32_t> m_buckets;
+    std::vector<Slot> m_slots; ///< at most half of them taken
     std::uint64_t m_salt;
 };
 

@@ -63,7 +63,8 @@ struct SuspendCollection {
 struct OpenAccount {
     AccountId account;
     PartsPerMillion fee = kDefaultFee; ///< at most kHighestFee
-    std::vector<std::pair<CollectionId, PartsPerMillion>> rates; ///< collections with another fee
+    std::vector<std::pair<CollectionId, PartsPerMillion>> rates
+        = {}; ///< collections with another fee
 };
 
 struct FreezeAccount {
@@ -81,14 +82,14 @@ struct SetFeeRate {
 struct Deposit {
     AccountId account;
     Fen amount; ///< positive
-    ActionKey key;
+    ActionKey key = {};
 };
 
 /** Takes money out; checked against the available money. */
 struct Withdraw {
     AccountId account;
     Fen amount; ///< positive
-    ActionKey key;
+    ActionKey key = {};
 };
 
 /** Gives pieces that were not in circulation before, at `unitCost` a piece for profit figures. */
@@ -97,7 +98,7 @@ struct GrantHolding {
     CollectionId collection;
     Quantity quantity; ///< positive
     Fen unitCost;
-    ActionKey key;
+    ActionKey key = {};
 };
 
 /**
@@ -110,7 +111,7 @@ struct PlaceOrder {
     Side side = Side::Buy;
     Fen price;
     Quantity quantity;
-    ActionKey key;
+    ActionKey key = {};
     /** A refusal frees the key, so that the same prepared order may be sent again under it. */
     bool refusalFreesKey = false;
 };
@@ -121,7 +122,7 @@ struct PlaceOrder {
 struct RevokeOrders {
     AccountId account;
     std::vector<OrderNumber> orders; ///< 1 .. 1000 numbers
-    ActionKey key;
+    ActionKey key = {};
 };
 
 /**

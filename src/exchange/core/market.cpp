@@ -124,7 +124,7 @@ Result Market::State::once(const Keyed &command, Context &context, bool refusalF
         answered.status = result.status;
         answered.order = result.order;
         answered.revoked = result.revoked;
-        happen(context, answered);
+        happen(context, answered, account);
     }
     return result;
 }

@@ -85,6 +85,7 @@ struct Market::State {
     void on(const OrderAccepted &event, std::uint32_t account, std::uint32_t book);
     void on(const Deal &event, std::uint32_t maker, std::uint32_t taker);
     void on(const OrderDone &event, std::uint32_t order);
+    void on(const ActionAnswered &event, std::uint32_t account);
 
     template <class Body, class... Places>
     void happen(Context &context, const Body &event, Places... places)
