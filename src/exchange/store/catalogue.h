@@ -63,8 +63,20 @@ public:
 /**
  * The platforms, their markets and what is listed on them, as an operator writes them down.
  *
- * The file is JSON; docs/operating.md describes it. Everything is checked on loading, and nothing
- * is half loaded: a catalogue object is whole and consistent.
+ * The file is JSON, prices in fen, rates in parts per million:
+ *
+ *     {"format": 1, "platforms": [
+ *       {"id": "lc", "name": "岚川", "markets": [
+ *         {"name": "邮币", "prefix": "/lc/youbika/", "limitPpm": 100000, "feePpm": 3000,
+ *          "types": [{"id": 1, "name": "邮票"}],
+ *          "collections": [
+ *            {"id": 4001, "code": "401001", "name": "…", "type": 1, "listed": 39000,
+ *             "previousClose": 28500, "introduction": "", "suspended": false}]}]}]}
+ *
+ * "suspended" may be left out, everything else stands there; other keys are refused, since most of
+ * them are slips of the pen. "listed" and "previousClose" count when the collection is listed
+ * first, later the market has its own figures. Everything is checked on loading, and nothing is
+ * half loaded: a catalogue object is whole and consistent.
  */
 class Catalogue
 {
