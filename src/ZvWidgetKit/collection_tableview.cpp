@@ -143,6 +143,9 @@ void Collection_TableView::setMarketList(QList<ZvUBObject> list)
     // too, and the cells on screen have to be painted once more.
     const QStringList before = collectionIdsOnScreen();
     m_model.setMarketList(std::move(list));
+    // A sorted table lays itself out later, and would paint the same frame once before and once
+    // after.
+    executeDelayedItemsLayout();
     if (collectionIdsOnScreen() != before)
         viewport()->update();
 

@@ -11,7 +11,7 @@ namespace {
 // A derived model may answer its edit role by itself, so only the very class is read directly.
 const CollectionTableModel *marketModel(const QAbstractItemModel *model)
 {
-    return typeid(*model) == typeid(CollectionTableModel)
+    return model && typeid(*model) == typeid(CollectionTableModel)
         ? static_cast<const CollectionTableModel *>(model)
         : nullptr;
 }
@@ -56,11 +56,23 @@ bool CollectionSortFilterProxyModel::isInOrder() const
     if (column < 0)
         return true;
     const bool isAscending = sortOrder() == Qt::AscendingOrder;
+    const int count = rowCount();
+    const CollectionTableModel *market = marketModel(sourceModel());
+    if (market && CollectionColumns::all().isNumber(column)) {
+        // The same as below; each number is read once.
+        float previous = 0;
+        for (int row = 0; row < count; ++row) {
+            const float current = market->number(mapToSource(index(row, column)));
+            if (row > 0 && (isAscending ? current < previous : previous < current))
+                return false;
+            previous = current;
+        }
+        return true;
+    }
     QModelIndex previous;
-    for (int row = 0, count = rowCount(); row < count; ++row) {
+    for (int row = 0; row < count; ++row) {
         const QModelIndex current = mapToSource(index(row, column));
-        if (previous.isValid()
-            && (isAscending ? lessThan(current, previous) : lessThan(previous, current)))
+        if (row > 0 && (isAscending ? lessThan(current, previous) : lessThan(previous, current)))
             return false;
         previous = current;
     }

@@ -75,7 +75,7 @@ int CollectionTableModel::rowCount(const QModelIndex &) const
 
 int CollectionTableModel::columnCount(const QModelIndex &) const
 {
-    return CollectionColumns::all().count();
+    return ZvUBObject::dataCountForModelUse();
 }
 
 QVariant CollectionTableModel::data(const QModelIndex &index, int role) const
