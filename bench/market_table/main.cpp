@@ -138,10 +138,11 @@ Ticks Bench::measure(int rows, int changed, Market::Move move)
 void Bench::noteTicks(const Ticks &ticks)
 {
     m_report.note(QStringLiteral("| … its twin was out of order after %1 of %2 ticks; the end of "
-                                 "our flash costs %3 ms | | | | | |")
+                                 "our flash costs %3 ms; %4 paints | | | | | |")
                       .arg(ticks.unsortedTwins)
                       .arg(ticks.rounds)
-                      .arg(ticks.flashEnd.ours(), 0, 'f', 2));
+                      .arg(ticks.flashEnd.ours(), 0, 'f', 2)
+                      .arg(ticks.paints));
 }
 
 void Bench::reportBrokenOrder()
