@@ -157,14 +157,16 @@ void BreltLabelURL::finish()
     dropRequest();
     m_image = image;
     showImage();
-    emit signal_pictureShown(m_url);
+    const QString url = m_url; // a listener may ask for the next picture
+    emit signal_pictureShown(url);
 }
 
 void BreltLabelURL::fail(const QString &reason)
 {
     dropRequest();
-    qCInfo(pictureLog).noquote() << "no picture from" << m_url << "-" << reason;
-    emit signal_pictureFailed(m_url, reason);
+    const QString url = m_url; // a listener may ask for the next picture
+    qCInfo(pictureLog).noquote() << "no picture from" << url << "-" << reason;
+    emit signal_pictureFailed(url, reason);
 }
 
 void BreltLabelURL::showImage()

@@ -144,6 +144,7 @@ private slots:
     void endlessBodyIsCut();
     void nobodyListens();
     void labelMayDieWhileLoading();
+    void listenerMayAskForTheNextPicture();
 
 private:
     std::unique_ptr<PictureServer> m_server;
@@ -363,11 +364,34 @@ void TestBreltLabelURL::labelMayDieWhileLoading()
     QVERIFY(shown.wait());
 
     // One that dies in its own ending.
-    auto *suicide = new BreltLabelURL;
-    QPointer<BreltLabelURL> watch(suicide);
-    connect(suicide, &BreltLabelURL::signal_pictureShown, suicide, [suicide] { delete suicide; });
-    suicide->setNetworkPic(m_server->url("/blue.png"));
+    auto *mortal = new BreltLabelURL;
+    QPointer<BreltLabelURL> watch(mortal);
+    connect(mortal, &BreltLabelURL::signal_pictureShown, mortal, [mortal] { delete mortal; });
+    mortal->setNetworkPic(m_server->url("/blue.png"));
     QTRY_VERIFY(!watch);
+}
+
+void TestBreltLabelURL::listenerMayAskForTheNextPicture()
+{
+    // The first listener asks on; those behind it hear of the picture that ended all the same.
+    const QString bad = QStringLiteral("ftp://nowhere");
+    const QString red = m_server->url("/red.png");
+    const QString blue = m_server->url("/blue.png");
+    BreltLabelURL label;
+    connect(&label, &BreltLabelURL::signal_pictureFailed, &label,
+            [&] { label.setNetworkPic(red); });
+    connect(&label, &BreltLabelURL::signal_pictureShown, &label, [&](const QString &url) {
+        if (url == red)
+            label.setNetworkPic(blue);
+    });
+    QStringList heard;
+    connect(&label, &BreltLabelURL::signal_pictureFailed, &label,
+            [&](const QString &url) { heard << url; });
+    connect(&label, &BreltLabelURL::signal_pictureShown, &label,
+            [&](const QString &url) { heard << url; });
+    label.setNetworkPic(bad);
+    QTRY_COMPARE(heard.size(), 3);
+    QCOMPARE(heard, (QStringList{bad, red, blue}));
 }
 
 ZV_TEST(TestBreltLabelURL)
