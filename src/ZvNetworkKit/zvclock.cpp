@@ -6,13 +6,16 @@
 #include <limits>
 #include <tuple>
 
-void ZvTimerEnd::operator()(QObject *timer) const
+void ZvTimer::reset()
 {
+    if (!m_timer)
+        return;
     // The timer may be the one that is firing now, so it goes when its own call has returned.
-    timer->setProperty("ended", true);
-    if (auto *running = qobject_cast<QTimer *>(timer))
+    m_timer->setProperty("ended", true);
+    if (auto *running = qobject_cast<QTimer *>(m_timer))
         running->stop();
-    timer->deleteLater();
+    m_timer->deleteLater();
+    m_timer.clear();
 }
 
 ZvSystemClock::ZvSystemClock(QObject *parent) : ZvClock(parent)

@@ -4,17 +4,36 @@
 
 #include <QElapsedTimer>
 #include <QObject>
+#include <QPointer>
 
 #include <functional>
-#include <memory>
+#include <utility>
 
-// Ends a timer without firing it.
-struct ZVNETWORKKIT_EXPORT ZvTimerEnd {
-    void operator()(QObject *timer) const;
+// A running single-shot timer; letting go of it stops it. It may be let go of while it fires, and
+// after its clock has gone.
+class ZVNETWORKKIT_EXPORT ZvTimer
+{
+public:
+    ZvTimer() = default;
+    explicit ZvTimer(QObject *timer) : m_timer(timer) { }
+    ZvTimer(ZvTimer &&other) noexcept { swap(other); }
+    ZvTimer &operator=(ZvTimer &&other) noexcept
+    {
+        ZvTimer taken(std::move(other));
+        swap(taken);
+        return *this;
+    }
+    ~ZvTimer() { reset(); }
+    Q_DISABLE_COPY(ZvTimer)
+
+    void reset();
+    explicit operator bool() const { return !m_timer.isNull(); }
+
+private:
+    void swap(ZvTimer &other) noexcept { std::swap(m_timer, other.m_timer); }
+
+    QPointer<QObject> m_timer;
 };
-
-// A running single-shot timer; letting go of it stops it. It may be let go of while it fires.
-using ZvTimer = std::unique_ptr<QObject, ZvTimerEnd>;
 
 // Where the kit takes its time from: deadlines, polls, back-off and the exchange's clock. Tests put
 // a clock in its place that moves when they say so.
@@ -29,7 +48,7 @@ public:
     virtual qint64 now() const = 0;
 
     // Calls `action` once, `delay` milliseconds from now or at the next turn of the event loop,
-    // whichever is later. A clock lives longer than its timers are held.
+    // whichever is later.
     virtual ZvTimer after(qint64 delay, std::function<void()> action) = 0;
 };
 

@@ -1,79 +1,96 @@
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 
+#include "ZvNetworkKit/zvexchangelink.h"
 #include "ZvNetworkKit/zvkitsingleton.h"
 #include "ZvNetworkKit/zvkittrace.h"
-#include "ZvNetworkKit/zvservercache.h"
-#include "ZvNetworkKit/zvtransport.h"
+#include "ZvNetworkKit/zvserverengine.h"
 
-class ZvExchangeLink
-{
-public:
-    std::unique_ptr<ZvTransport> transport;
-    QString prefix;
-    QUrl address;
-    bool isStarted = false;
-};
+#include <QCoreApplication>
 
 ZvServerAccessManager *ZvServerAccessManager::getZvServerAccessManagerInstance()
 {
     return ZvKitSingleton<ZvServerAccessManager, ZvKitEnd::Access>::get();
 }
 
-ZvServerAccessManager::ZvServerAccessManager() : m_link(std::make_unique<ZvExchangeLink>()) { }
+ZvServerAccessManager::ZvServerAccessManager() : m_link(std::make_unique<ZvExchangeLink>())
+{
+    connect(m_link.get(), &ZvExchangeLink::connectionChanged, this,
+            &ZvServerAccessManager::signal_connection_changed);
+    if (QCoreApplication *application = QCoreApplication::instance()) {
+        connect(application, &QCoreApplication::aboutToQuit, m_link.get(), &ZvExchangeLink::stop);
+    }
+}
 
 ZvServerAccessManager::~ZvServerAccessManager() = default;
 
 void ZvServerAccessManager::setUrlPrefix(QString prefix)
 {
     zvtrace::call("ZvServerAccessManager::setUrlPrefix", prefix);
-    m_link->prefix = prefix;
-    ZvServerCache::getZvServerCacheInstance()->setCurrentServer(prefix);
+    m_link->setPrefix(prefix);
 }
 
 QString ZvServerAccessManager::urlPrefix() const
 {
-    return m_link->prefix;
+    return m_link->prefix();
 }
 
 void ZvServerAccessManager::setExchangeAddress(const QUrl &address)
 {
-    m_link->address = address;
+    zvtrace::call("ZvServerAccessManager::setExchangeAddress", address.toString());
+    m_link->setExchangeAddress(address);
 }
 
 QUrl ZvServerAccessManager::exchangeAddress() const
 {
-    return m_link->address;
+    return m_link->exchangeAddress();
 }
 
 void ZvServerAccessManager::setTransport(std::unique_ptr<ZvTransport> transport)
 {
-    m_link->transport = std::move(transport);
+    zvtrace::call("ZvServerAccessManager::setTransport",
+                  QString::fromLatin1(transport ? transport->metaObject()->className() : ""));
+    m_link->setTransport(std::move(transport));
 }
 
-void ZvServerAccessManager::setClock(ZvClock *) { }
+void ZvServerAccessManager::setClock(ZvClock *clock)
+{
+    zvtrace::call("ZvServerAccessManager::setClock",
+                  QString::fromLatin1(clock ? clock->metaObject()->className() : ""));
+    m_link->setClock(clock);
+}
 
-void ZvServerAccessManager::start() { }
+void ZvServerAccessManager::start()
+{
+    zvtrace::call("ZvServerAccessManager::start");
+    // It is the engine that polls, so it must be there to hear of the start.
+    ZvServerEngine::getZvServerEngineInstance();
+    m_link->start();
+}
 
-void ZvServerAccessManager::stop() { }
+void ZvServerAccessManager::stop()
+{
+    zvtrace::call("ZvServerAccessManager::stop");
+    m_link->stop();
+}
 
 bool ZvServerAccessManager::isStarted() const
 {
-    return m_link->isStarted;
+    return m_link->isStarted();
 }
 
 bool ZvServerAccessManager::isConnected() const
 {
-    return false;
+    return m_link->isConnected();
 }
 
 qint64 ZvServerAccessManager::awayFor() const
 {
-    return 0;
+    return m_link->awayFor();
 }
 
 qint64 ZvServerAccessManager::dataAge() const
 {
-    return -1;
+    return m_link->dataAge();
 }
 
 ZvExchangeLink *ZvServerAccessManager::link() const

@@ -1,19 +1,110 @@
 #include "ZvNetworkKit/zvserveractionresult.h"
 
+#include "ZvNetworkKit/serverpaths.h"
+#include "ZvNetworkKit/zvactionqueue.h"
 #include "ZvNetworkKit/zvkitsingleton.h"
 #include "ZvNetworkKit/zvkittrace.h"
+#include "ZvNetworkKit/zvserveraccessmanager.h"
+
+#include <QHash>
+#include <QRegularExpression>
+
+#include <cmath>
+#include <optional>
 
 namespace {
 
-QString unreachable()
+using Result = ZvServerActionResult;
+
+ZvExchangeLink *theLink()
 {
-    return QStringLiteral("尚未连接交易所，请稍后再试");
+    return ZvServerAccessManager::getZvServerAccessManagerInstance()->link();
 }
+
+// Fen of a price in yuan. A float that does not come back the same holds more than two decimals,
+// or is too large to hold them.
+std::optional<qint64> fenOfPrice(float price)
+{
+    if (!std::isfinite(price) || price <= 0.0F || price >= 131072.0F)
+        return std::nullopt;
+    const qint64 fen = std::llround(static_cast<double>(price) * 100.0);
+    if (static_cast<float>(static_cast<double>(fen) / 100.0) != price)
+        return std::nullopt;
+    return fen;
+}
+
+// Fen of an amount such as "12", "12.5" or "12.50".
+std::optional<qint64> fenOfAmount(const QString &amount)
+{
+    static const QRegularExpression form(QStringLiteral("\\A([0-9]{1,13})(?:\\.([0-9]{1,2}))?\\z"));
+    const QRegularExpressionMatch match = form.match(amount.trimmed());
+    if (!match.hasMatch())
+        return std::nullopt;
+    const qint64 fen = match.captured(1).toLongLong() * 100
+        + match.captured(2).leftJustified(2, QLatin1Char('0')).toLongLong();
+    return fen > 0 ? std::optional<qint64>(fen) : std::nullopt;
+}
+
+const QString invalidPrice = QStringLiteral("价格无效，请输入大于零且不超过两位小数的价格");
+const QString invalidCount = QStringLiteral("数量无效，请输入大于零的数量");
+const QString invalidAmount = QStringLiteral("金额无效，请输入大于零且不超过两位小数的金额");
 
 } // namespace
 
 class ZvServerActionResult::Private
 {
+public:
+    explicit Private(Result *result) : q(result), queue(theLink()) { }
+
+    // An action whose end is told by two signals without anything of the answer.
+    ZvAction action(const QString &path, const ZvRequest::Parameters &parameters,
+                    void (Result::*succeeded)(), void (Result::*failed)(QString))
+    {
+        ZvAction made;
+        made.path = path;
+        made.parameters = parameters;
+        made.succeed = [this, succeeded](const ZvReply &) { emit(q->*succeeded)(); };
+        made.fail = [this, failed](const QString &message) { emit(q->*failed)(message); };
+        return made;
+    }
+
+    void send(const QString &path, const ZvRequest::Parameters &parameters,
+              void (Result::*succeeded)(), void (Result::*failed)(QString))
+    {
+        queue.enqueue(action(path, parameters, succeeded, failed));
+    }
+
+    // Adds collection, price and quantity of an order and sends it, or ends it where they are none.
+    void sendOrder(ZvAction order, const QString &collectionId, float price, int count)
+    {
+        const std::optional<qint64> fen = fenOfPrice(price);
+        if (!fen || count <= 0) {
+            queue.fail(order, fen ? invalidCount : invalidPrice);
+            return;
+        }
+        order.parameters.append({QStringLiteral("collection"), collectionId});
+        order.parameters.append({QStringLiteral("price"), QString::number(*fen)});
+        order.parameters.append({QStringLiteral("quantity"), QString::number(count)});
+        queue.enqueue(order);
+    }
+
+    // The same for the amount of a transfer.
+    void sendTransfer(ZvAction transfer, const QString &amount)
+    {
+        const std::optional<qint64> fen = fenOfAmount(amount);
+        if (!fen) {
+            queue.fail(transfer, invalidAmount);
+            return;
+        }
+        transfer.parameters.prepend({QStringLiteral("amount"), QString::number(*fen)});
+        queue.enqueue(transfer);
+    }
+
+    Result *q;
+    ZvActionQueue queue;
+
+    // Prepared orders that are under way (false) or have succeeded (true).
+    QHash<QString, bool> prepared;
 };
 
 ZvServerActionResult *ZvServerActionResult::getZvServerActionResultInstance()
@@ -21,32 +112,30 @@ ZvServerActionResult *ZvServerActionResult::getZvServerActionResultInstance()
     return ZvKitSingleton<ZvServerActionResult, ZvKitEnd::Actions>::get();
 }
 
-ZvServerActionResult::ZvServerActionResult() : d(std::make_unique<Private>()) { }
+ZvServerActionResult::ZvServerActionResult() : d(std::make_unique<Private>(this)) { }
 
 ZvServerActionResult::~ZvServerActionResult() = default;
 
 void ZvServerActionResult::sendRequest_login(QString phone, QString password)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_login", phone, zvtrace::Secret{password});
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_login_failed(message);
-        },
-        Qt::QueuedConnection);
+    ZvAction login;
+    login.path = zvPath_login;
+    login.parameters = {{QStringLiteral("phone"), phone}, {QStringLiteral("password"), password}};
+    // Pages reload as soon as they hear of it, so the session is in place before.
+    login.keep = [](const ZvReply &reply) {
+        theLink()->setToken(reply.texts.value(QStringLiteral("token")).toLatin1());
+    };
+    login.succeed = [this](const ZvReply &) { emit signal_login_succeed(); };
+    login.fail = [this](const QString &message) { emit signal_login_failed(message); };
+    d->queue.enqueue(login);
 }
 
 void ZvServerActionResult::sendRequest_register_sendCode(QString phone)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_register_sendCode", phone);
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_register_sendCode_failed(message);
-        },
-        Qt::QueuedConnection);
+    d->send(zvPath_reg_send, {{QStringLiteral("phone"), phone}},
+            &Result::signal_register_sendCode_succeed, &Result::signal_register_sendCode_failed);
 }
 
 void ZvServerActionResult::sendRequest_register(QString referee, QString phone, QString password,
@@ -54,110 +143,84 @@ void ZvServerActionResult::sendRequest_register(QString referee, QString phone, 
 {
     zvtrace::call("ZvServerActionResult::sendRequest_register", referee, phone,
                   zvtrace::Secret{password}, zvtrace::Secret{code});
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_register_failed(message);
-        },
-        Qt::QueuedConnection);
+    d->send(zvPath_reg,
+            {{QStringLiteral("referee"), referee},
+             {QStringLiteral("phone"), phone},
+             {QStringLiteral("password"), password},
+             {QStringLiteral("code"), code}},
+            &Result::signal_register_succeed, &Result::signal_register_failed);
 }
 
 void ZvServerActionResult::sendRequest_changePasswd_sendCode(QString phone)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_changePasswd_sendCode", phone);
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_changePasswd_sendCode_failed(message);
-        },
-        Qt::QueuedConnection);
+    d->send(zvPath_forget_send, {{QStringLiteral("phone"), phone}},
+            &Result::signal_changePasswd_sendCode_succeed,
+            &Result::signal_changePasswd_sendCode_failed);
 }
 
 void ZvServerActionResult::sendRequest_changePasswd(QString phone, QString password, QString code)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_changePasswd", phone,
                   zvtrace::Secret{password}, zvtrace::Secret{code});
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_changePasswd_failed(message);
-        },
-        Qt::QueuedConnection);
+    d->send(zvPath_forget_validate,
+            {{QStringLiteral("phone"), phone},
+             {QStringLiteral("password"), password},
+             {QStringLiteral("code"), code}},
+            &Result::signal_changePasswd_succeed, &Result::signal_changePasswd_failed);
 }
 
 void ZvServerActionResult::sendRequest_addOption(QString collectionId)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_addOption", collectionId);
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_addOption_failed(message);
-        },
-        Qt::QueuedConnection);
+    d->send(zvPath_myaccount_append, {{QStringLiteral("collection"), collectionId}},
+            &Result::signal_addOption_succeed, &Result::signal_addOption_failed);
 }
 
 void ZvServerActionResult::sendRequest_removeOption(QString collectionId)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_removeOption", collectionId);
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_removeOption_failed(message);
-        },
-        Qt::QueuedConnection);
+    d->send(zvPath_myaccount_remove, {{QStringLiteral("collection"), collectionId}},
+            &Result::signal_removeOption_succeed, &Result::signal_removeOption_failed);
 }
 
 void ZvServerActionResult::sendRequest_getOptions(int page, int pageSize)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_getOptions", page, pageSize);
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_getOption_failed(message);
-        },
-        Qt::QueuedConnection);
+    ZvAction question;
+    question.path = zvPath_myaccount_optional;
+    question.isQuestion = true;
+    question.parameters = {{QStringLiteral("page"), QString::number(page)},
+                           {QStringLiteral("size"), QString::number(pageSize)}};
+    question.succeed = [this](const ZvReply &reply) { emit signal_getOption_succeed(reply.ids); };
+    question.fail = [this](const QString &message) { emit signal_getOption_failed(message); };
+    d->queue.enqueue(question);
 }
 
 void ZvServerActionResult::sendRequest_trade_buy(QString collectionId, float price, int count)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_trade_buy", collectionId, price, count);
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_trade_buy_failed(message);
-        },
-        Qt::QueuedConnection);
+    d->sendOrder(d->action(zvPath_trade_buy, {}, &Result::signal_trade_buy_succeed,
+                           &Result::signal_trade_buy_failed),
+                 collectionId, price, count);
 }
 
 void ZvServerActionResult::sendRequest_trade_sell(QString collectionId, float price, int count)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_trade_sell", collectionId, price, count);
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_trade_sell_failed(message);
-        },
-        Qt::QueuedConnection);
+    d->sendOrder(d->action(zvPath_trade_sell, {}, &Result::signal_trade_sell_succeed,
+                           &Result::signal_trade_sell_failed),
+                 collectionId, price, count);
 }
 
 void ZvServerActionResult::sendRequest_trade_revoke(QList<int> orderIds)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_trade_revoke", orderIds);
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_trade_revoke_failed(message);
-        },
-        Qt::QueuedConnection);
+    QStringList numbers;
+    for (const int id : qAsConst(orderIds))
+        numbers.append(QString::number(id));
+    d->send(zvPath_trade_revoke, {{QStringLiteral("orders"), numbers.join(QLatin1Char(','))}},
+            &Result::signal_trade_revoke_succeed, &Result::signal_trade_revoke_failed);
 }
 
 void ZvServerActionResult::sendRequest_prepay_send(QString md5, int direction, QString collectionId,
@@ -165,13 +228,30 @@ void ZvServerActionResult::sendRequest_prepay_send(QString md5, int direction, Q
 {
     zvtrace::call("ZvServerActionResult::sendRequest_prepay_send", md5, direction, collectionId,
                   price, count);
-    QMetaObject::invokeMethod(
-        this,
-        [this, md5] {
-            const QString message = unreachable();
-            emit signal_prepay_send_failed(md5, message);
-        },
-        Qt::QueuedConnection);
+    const auto known = d->prepared.constFind(md5);
+    if (known != d->prepared.constEnd()) {
+        if (*known) {
+            QMetaObject::invokeMethod(
+                this, [this, md5] { emit signal_prepay_send_succeed(md5); }, Qt::QueuedConnection);
+        }
+        return;
+    }
+    d->prepared.insert(md5, false);
+    ZvAction order;
+    order.path = direction == 1 ? zvPath_trade_buy : zvPath_trade_sell;
+    order.parameters = {{QStringLiteral("prepared"), md5}};
+    order.succeed = [this, md5](const ZvReply &) {
+        d->prepared.insert(md5, true);
+        emit signal_prepay_send_succeed(md5);
+    };
+    order.fail = [this, md5](const QString &message) {
+        d->prepared.remove(md5);
+        emit signal_prepay_send_failed(md5, message);
+    };
+    if (direction == 1 || direction == 2)
+        d->sendOrder(order, collectionId, price, count);
+    else
+        d->queue.fail(order, QStringLiteral("买卖方向无效"));
 }
 
 void ZvServerActionResult::sendRequest_delivery(QString collectionId, int count, QString name,
@@ -179,37 +259,35 @@ void ZvServerActionResult::sendRequest_delivery(QString collectionId, int count,
 {
     zvtrace::call("ZvServerActionResult::sendRequest_delivery", collectionId, count, name, phone,
                   address);
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_delivery_falied(message);
-        },
-        Qt::QueuedConnection);
+    d->send(zvPath_trade_take,
+            {{QStringLiteral("collection"), collectionId},
+             {QStringLiteral("quantity"), QString::number(count)},
+             {QStringLiteral("name"), name},
+             {QStringLiteral("phone"), phone},
+             {QStringLiteral("address"), address}},
+            &Result::signal_delivery_succeed, &Result::signal_delivery_falied);
 }
 
 void ZvServerActionResult::sendRequest_deliveryCancel(QString deliveryId)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_deliveryCancel", deliveryId);
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_cancelDelivery_failed(message);
-        },
-        Qt::QueuedConnection);
+    d->send(zvPath_trade_take, {{QStringLiteral("cancel"), deliveryId}},
+            &Result::signal_cancelDelivery_succeed, &Result::signal_cancelDelivery_failed);
 }
 
 void ZvServerActionResult::sendRequest_inMoney_sendCode(QString phone)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_inMoney_sendCode", phone);
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_inMoney_sendCode_failed(message);
-        },
-        Qt::QueuedConnection);
+    ZvAction question;
+    question.path = zvPath_pay_send;
+    question.parameters = {{QStringLiteral("phone"), phone}};
+    question.succeed = [this](const ZvReply &reply) {
+        emit signal_inMoney_sendCode_succeed(reply.texts.value(QStringLiteral("first")),
+                                             reply.texts.value(QStringLiteral("second")));
+    };
+    question.fail
+        = [this](const QString &message) { emit signal_inMoney_sendCode_failed(message); };
+    d->queue.enqueue(question);
 }
 
 void ZvServerActionResult::sendRequest_inMoney(QString amount, QString code, QString first,
@@ -217,23 +295,18 @@ void ZvServerActionResult::sendRequest_inMoney(QString amount, QString code, QSt
 {
     zvtrace::call("ZvServerActionResult::sendRequest_inMoney", amount, zvtrace::Secret{code}, first,
                   second);
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_inMoney_failed(message);
-        },
-        Qt::QueuedConnection);
+    d->sendTransfer(d->action(zvPath_pay_trade,
+                              {{QStringLiteral("code"), code},
+                               {QStringLiteral("first"), first},
+                               {QStringLiteral("second"), second}},
+                              &Result::signal_inMoney_succeed, &Result::signal_inMoney_failed),
+                    amount);
 }
 
 void ZvServerActionResult::sendRequest_outMoney(QString amount)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_outMoney", amount);
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            const QString message = unreachable();
-            emit signal_outMoney_failed(message);
-        },
-        Qt::QueuedConnection);
+    d->sendTransfer(d->action(zvPath_pay_cash_deal, {}, &Result::signal_outMoney_succeed,
+                              &Result::signal_outMoney_failed),
+                    amount);
 }

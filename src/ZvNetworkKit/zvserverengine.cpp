@@ -1,13 +1,62 @@
 #include "ZvNetworkKit/zvserverengine.h"
 
+#include "ZvNetworkKit/serverpaths.h"
+#include "ZvNetworkKit/zvaccountqueries.h"
 #include "ZvNetworkKit/zvannouncer.h"
+#include "ZvNetworkKit/zvexchangelink.h"
 #include "ZvNetworkKit/zvkitsingleton.h"
 #include "ZvNetworkKit/zvkittrace.h"
+#include "ZvNetworkKit/zvmarketpoller.h"
+#include "ZvNetworkKit/zvserveraccessmanager.h"
+#include "ZvNetworkKit/zvservercache.h"
+
+using Queries = ZvAccountQueries;
+
+namespace {
+
+ZvExchangeLink *theLink()
+{
+    return ZvServerAccessManager::getZvServerAccessManagerInstance()->link();
+}
+
+QPair<QString, QString> parameter(const char *name, const QString &value)
+{
+    return {QString::fromLatin1(name), value};
+}
+
+QPair<QString, QString> parameter(const char *name, int value)
+{
+    return {QString::fromLatin1(name), QString::number(value)};
+}
+
+// Dates are left out where they are no bound.
+ZvRequest::Parameters period(const QString &startDate, const QString &stopDate)
+{
+    ZvRequest::Parameters parameters;
+    if (!startDate.isEmpty())
+        parameters.append(parameter("start", startDate));
+    if (!stopDate.isEmpty())
+        parameters.append(parameter("stop", stopDate));
+    return parameters;
+}
+
+} // namespace
 
 class ZvServerEngine::Private
 {
 public:
+    Private() : poller(theLink()), queries(theLink()) { }
+
+    // A page with the chart or the deals of a collection has come on view.
+    void showCollectionPage()
+    {
+        poller.setTableShown(false);
+        announcer.announce(ZvAnnouncer::Collection);
+    }
+
     ZvAnnouncer announcer;
+    ZvMarketPoller poller;
+    ZvAccountQueries queries;
     int typeId = -1;
     bool isOptional = false;
 };
@@ -40,47 +89,52 @@ void ZvServerEngine::startLoggedEngine()
 {
     zvtrace::call("ZvServerEngine::startLoggedEngine");
     isLogged = true;
+    d->queries.renewAccount();
 }
 
 void ZvServerEngine::startUnloggedEngine()
 {
     zvtrace::call("ZvServerEngine::startUnloggedEngine");
     isLogged = false;
+    d->queries.dropAll();
+    theLink()->setToken(QByteArray());
 }
 
 void ZvServerEngine::changedToMarketList()
 {
     zvtrace::call("ZvServerEngine::changedToMarketList");
+    d->poller.setTableShown(true);
     d->announcer.announce(ZvAnnouncer::MarketList);
 }
 
 void ZvServerEngine::changedToTimeLine()
 {
     zvtrace::call("ZvServerEngine::changedToTimeLine");
-    d->announcer.announce(ZvAnnouncer::Collection);
+    d->showCollectionPage();
 }
 
 void ZvServerEngine::changedToDayKLine()
 {
     zvtrace::call("ZvServerEngine::changedToDayKLine");
-    d->announcer.announce(ZvAnnouncer::Collection);
+    d->showCollectionPage();
 }
 
 void ZvServerEngine::changedToWeekKLine()
 {
     zvtrace::call("ZvServerEngine::changedToWeekKLine");
-    d->announcer.announce(ZvAnnouncer::Collection);
+    d->showCollectionPage();
 }
 
 void ZvServerEngine::changedToMonthKLine()
 {
     zvtrace::call("ZvServerEngine::changedToMonthKLine");
-    d->announcer.announce(ZvAnnouncer::Collection);
+    d->showCollectionPage();
 }
 
 void ZvServerEngine::changedToMaketDetail()
 {
     zvtrace::call("ZvServerEngine::changedToMaketDetail");
+    d->poller.setTableShown(false);
 }
 
 void ZvServerEngine::changedToTransctionVisible()
@@ -109,6 +163,7 @@ void ZvServerEngine::setGlobalCollectionID(QString collectionId)
 {
     zvtrace::call("ZvServerEngine::setGlobalCollectionID", collectionId);
     d->announcer.setCollection(collectionId);
+    d->poller.setCollection(collectionId);
     d->announcer.announce(ZvAnnouncer::Collection);
 }
 
@@ -129,61 +184,77 @@ void ZvServerEngine::setIsOptionalCollectionIds(bool isOptional)
 void ZvServerEngine::setDealLatestLimit(int limit)
 {
     zvtrace::call("ZvServerEngine::setDealLatestLimit", limit);
+    d->poller.setDealLimit(limit);
 }
 
 void ZvServerEngine::flushCurrentTop5()
 {
     zvtrace::call("ZvServerEngine::flushCurrentTop5");
+    d->poller.flushTopFive();
 }
 
 void ZvServerEngine::sendRequest_Market_Collection()
 {
     zvtrace::call("ZvServerEngine::sendRequest_Market_Collection");
+    d->poller.askMarket();
 }
 
 void ZvServerEngine::sendRequest_Market_List()
 {
     zvtrace::call("ZvServerEngine::sendRequest_Market_List");
+    d->poller.ask(ZvMarketPoller::List);
 }
 
 void ZvServerEngine::sendRequest_Collection_Type()
 {
     zvtrace::call("ZvServerEngine::sendRequest_Collection_Type");
+    d->poller.ask(ZvMarketPoller::Type);
 }
 
 void ZvServerEngine::sendRequest_Market_Detail(QString collectionId, int page, int pageSize)
 {
     zvtrace::call("ZvServerEngine::sendRequest_Market_Detail", collectionId, page, pageSize);
+    d->queries.ask(Queries::MarketDetail, zvPath_market_detail,
+                   {parameter("collection", collectionId), parameter("page", page),
+                    parameter("size", pageSize)});
 }
 
 void ZvServerEngine::sendRequest_Message()
 {
     zvtrace::call("ZvServerEngine::sendRequest_Message");
+    d->poller.ask(ZvMarketPoller::Message);
 }
 
 void ZvServerEngine::sendRequest_Cap()
 {
     zvtrace::call("ZvServerEngine::sendRequest_Cap");
+    d->queries.ask(Queries::Cap, zvPath_cap);
 }
 
 void ZvServerEngine::sendRequest_Mybankcard()
 {
     zvtrace::call("ZvServerEngine::sendRequest_Mybankcard");
+    d->queries.ask(Queries::Bankcard, zvPath_pay_qrcode, {parameter("card", 1)});
 }
 
 void ZvServerEngine::sendRequest_getURL_INOUT()
 {
     zvtrace::call("ZvServerEngine::sendRequest_getURL_INOUT");
+    d->queries.ask(Queries::MoneyUrls, zvPath_pay_hx, {parameter("addresses", 1)});
 }
 
 void ZvServerEngine::sendRequest_ApplyList(int page)
 {
     zvtrace::call("ZvServerEngine::sendRequest_ApplyList", page);
+    d->queries.ask(Queries::OpenApplications, zvPath_hold_list,
+                   {parameter("open", 1), parameter("page", page)});
 }
 
 void ZvServerEngine::sendRequest_RevokeList(int page, int pageSize)
 {
     zvtrace::call("ZvServerEngine::sendRequest_RevokeList", page, pageSize);
+    d->queries.ask(Queries::RevokeList, zvPath_revoke,
+                   {parameter("page", page), parameter("size", pageSize)});
 }
 
 void ZvServerEngine::sendRequest_Select_DealRecord(QString startDate, QString stopDate, int page,
@@ -191,11 +262,16 @@ void ZvServerEngine::sendRequest_Select_DealRecord(QString startDate, QString st
 {
     zvtrace::call("ZvServerEngine::sendRequest_Select_DealRecord", startDate, stopDate, page, type,
                   pageSize);
+    d->queries.ask(Queries::DealRecord, zvPath_myaccount_trade,
+                   period(startDate, stopDate) << parameter("page", page) << parameter("type", type)
+                                               << parameter("size", pageSize));
 }
 
 void ZvServerEngine::sendRequest_Select_DelegateToday(int page, int pageSize, int type)
 {
     zvtrace::call("ZvServerEngine::sendRequest_Select_DelegateToday", page, pageSize, type);
+    d->queries.ask(Queries::DelegateToday, zvPath_myaccount_entrust,
+                   {parameter("page", page), parameter("size", pageSize), parameter("type", type)});
 }
 
 void ZvServerEngine::sendRequest_Select_DelegateRecord(QString startDate, QString stopDate,
@@ -203,21 +279,31 @@ void ZvServerEngine::sendRequest_Select_DelegateRecord(QString startDate, QStrin
 {
     zvtrace::call("ZvServerEngine::sendRequest_Select_DelegateRecord", startDate, stopDate, page,
                   type, pageSize);
+    d->queries.ask(Queries::DelegateRecord, zvPath_myaccount_his_entrust,
+                   period(startDate, stopDate) << parameter("page", page) << parameter("type", type)
+                                               << parameter("size", pageSize));
 }
 
 void ZvServerEngine::sendRequest_Select_ApplyRecord(int page, QString startDate, QString stopDate)
 {
     zvtrace::call("ZvServerEngine::sendRequest_Select_ApplyRecord", page, startDate, stopDate);
+    d->queries.ask(Queries::ApplyRecord, zvPath_hold_list,
+                   period(startDate, stopDate) << parameter("page", page));
 }
 
 void ZvServerEngine::sendRequest_Select_DeliveryRecord(int page, QString startDate,
                                                        QString stopDate)
 {
     zvtrace::call("ZvServerEngine::sendRequest_Select_DeliveryRecord", page, startDate, stopDate);
+    d->queries.ask(Queries::DeliveryRecord, zvPath_myaccount_take_list,
+                   period(startDate, stopDate) << parameter("page", page));
 }
 
 void ZvServerEngine::sendRequest_Select_MoneyFlow(int page, int type, QString startDate,
                                                   QString stopDate)
 {
     zvtrace::call("ZvServerEngine::sendRequest_Select_MoneyFlow", page, type, startDate, stopDate);
+    d->queries.ask(Queries::MoneyFlow, zvPath_pay_list,
+                   period(startDate, stopDate)
+                       << parameter("page", page) << parameter("type", type));
 }

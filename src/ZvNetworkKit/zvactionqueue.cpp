@@ -1,0 +1,175 @@
+#include "ZvNetworkKit/zvactionqueue.h"
+
+#include "ZvNetworkKit/zvkittrace.h"
+
+#include <QRandomGenerator>
+
+#include <algorithm>
+
+namespace {
+
+QString makeKey()
+{
+    QString key;
+    for (int i = 0; i < 4; ++i) {
+        const quint32 word = QRandomGenerator::system()->generate();
+        key += QStringLiteral("%1").arg(word, 8, 16, QLatin1Char('0'));
+    }
+    return key;
+}
+
+// The exchange's own sentence, or one of the kit's where it sent none.
+QString messageOf(const ZvEnvelope &envelope)
+{
+    if (!envelope.message.isEmpty())
+        return envelope.message;
+    if (envelope.status == QLatin1String("unserved"))
+        return QStringLiteral("该功能尚未开放");
+    if (envelope.status == QLatin1String("session"))
+        return QStringLiteral("请先登录");
+    if (envelope.status == QLatin1String("busy"))
+        return QStringLiteral("交易所繁忙，请稍后再试");
+    return QStringLiteral("交易所拒绝了该请求");
+}
+
+} // namespace
+
+ZvActionQueue::ZvActionQueue(ZvExchangeLink *link) : m_link(link) { }
+
+ZvActionQueue::~ZvActionQueue() = default;
+
+void ZvActionQueue::enqueue(ZvAction action)
+{
+    if (!m_link->hasTransport()) {
+        fail(action, QStringLiteral("尚未连接交易所，请稍后再试"));
+        return;
+    }
+    m_waiting.push_back({std::move(action), m_link->prefix(), makeKey()});
+    next();
+}
+
+void ZvActionQueue::fail(const ZvAction &action, const QString &message)
+{
+    QMetaObject::invokeMethod(
+        this, [end = action.fail, message] { end(message); }, Qt::QueuedConnection);
+}
+
+void ZvActionQueue::next()
+{
+    if (m_isBusy || m_waiting.empty())
+        return;
+    m_isBusy = true;
+    m_unknownSince = -1;
+    m_resolutions = 0;
+    send();
+}
+
+ZvRequest ZvActionQueue::requestFor(const Entry &entry, bool isResolution) const
+{
+    ZvRequest request = m_link->makeRequest(entry.action.path, entry.action.parameters);
+    request.prefix = entry.prefix;
+    request.isAction = !entry.action.isQuestion;
+    if (request.isAction)
+        request.parameters.append({QStringLiteral("key"), entry.key});
+    if (isResolution) {
+        request.parameters.append({QStringLiteral("resolve"), QStringLiteral("1")});
+        request.deadline = resolveDeadline;
+    }
+    return request;
+}
+
+void ZvActionQueue::send()
+{
+    ZvDecodeTask task;
+    task.shape = ZvDecodeTask::Action;
+    const ZvCallId call = m_link->ask(
+        requestFor(m_waiting.front(), false), ZvExchangeLink::Survives, this,
+        [this](const ZvOutcome &outcome) { take(outcome); }, task);
+    if (call == 0) {
+        QMetaObject::invokeMethod(
+            this, [this] { endFailed(QStringLiteral("尚未连接交易所，请稍后再试")); },
+            Qt::QueuedConnection);
+    }
+}
+
+void ZvActionQueue::take(const ZvOutcome &outcome)
+{
+    const bool isQuestion = m_waiting.front().action.isQuestion;
+    const bool isAboutToStop
+        = outcome.isReadable() && outcome.reply.envelope.status == QLatin1String("failed");
+    if (outcome.isReadable() && (isQuestion || !isAboutToStop))
+        endWith(outcome);
+    else if (outcome.ending == ZvAnswer::NotSent)
+        endFailed(QStringLiteral("无法连接交易所，请稍后再试"));
+    else if (isQuestion)
+        endFailed(QStringLiteral("交易所没有答复，请稍后再试"));
+    else
+        resolveLater(outcome.error);
+}
+
+void ZvActionQueue::resolveLater(const QString &reason)
+{
+    const qint64 now = m_link->clock()->now();
+    if (m_unknownSince < 0) {
+        m_unknownSince = now;
+        qCInfo(zvNetworkLog).noquote() << m_waiting.front().action.path
+                                       << "has no answer and is asked for by its key:" << reason;
+    }
+    if (now - m_unknownSince > resolveBound) {
+        endFailed(QStringLiteral("交易所没有答复，结果未知，请查询后再操作"));
+        return;
+    }
+    const int doublings = std::min(m_resolutions, 4);
+    ++m_resolutions;
+    m_pause = m_link->clock()->after(std::min(longestPause, shortestPause << doublings),
+                                     [this] { resolve(); });
+}
+
+void ZvActionQueue::resolve()
+{
+    ZvDecodeTask task;
+    task.shape = ZvDecodeTask::Action;
+    const ZvCallId call = m_link->ask(
+        requestFor(m_waiting.front(), true), ZvExchangeLink::Survives, this,
+        [this](const ZvOutcome &outcome) { takeResolution(outcome); }, task);
+    if (call == 0)
+        resolveLater(QString());
+}
+
+void ZvActionQueue::takeResolution(const ZvOutcome &outcome)
+{
+    const ZvEnvelope &envelope = outcome.reply.envelope;
+    const bool isPassing
+        = envelope.status == QLatin1String("failed") || envelope.status == QLatin1String("busy");
+    if (!outcome.isReadable() || isPassing)
+        resolveLater(outcome.error);
+    else if (envelope.reason == QLatin1String("unknown-key"))
+        endFailed(QStringLiteral("请求未送达交易所，请重试"));
+    else
+        endWith(outcome);
+}
+
+void ZvActionQueue::endWith(const ZvOutcome &outcome)
+{
+    if (!outcome.isOk()) {
+        endFailed(messageOf(outcome.reply.envelope));
+        return;
+    }
+    const ZvAction action = std::move(m_waiting.front().action);
+    m_waiting.pop_front();
+    m_isBusy = false;
+    if (action.keep)
+        action.keep(outcome.reply);
+    // The next one leaves before this one is told: a page may open a box and stay in it.
+    next();
+    action.succeed(outcome.reply);
+}
+
+void ZvActionQueue::endFailed(const QString &message)
+{
+    const ZvAction action = std::move(m_waiting.front().action);
+    m_waiting.pop_front();
+    m_isBusy = false;
+    next();
+    action.fail(message);
+}

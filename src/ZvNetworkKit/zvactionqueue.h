@@ -1,0 +1,72 @@
+#pragma once
+
+#include "ZvNetworkKit/zvexchangelink.h"
+#include "ZvNetworkKit/zvnetworkkit_export.h"
+
+#include <QObject>
+#include <QString>
+
+#include <deque>
+#include <functional>
+
+// One action and how its end is told.
+struct ZvAction {
+    QString path;
+    ZvRequest::Parameters parameters;
+    bool isQuestion = false; // changes nothing: a query that waits for its turn among the actions
+
+    // What the kit keeps of a success, before the next action goes out; may be empty.
+    std::function<void(const ZvReply &)> keep;
+    std::function<void(const ZvReply &)> succeed;
+    std::function<void(const QString &message)> fail;
+};
+
+// Sends actions one after the other, in the order of the calls, each once under a key of its own.
+//
+// Where the answer does not come, the action may have been done or not: the exchange is asked for
+// what became of the key, again and again within `resolveBound`. An action is never sent twice.
+class ZVNETWORKKIT_EXPORT ZvActionQueue : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Milliseconds.
+    static constexpr int resolveDeadline = 5000; // of one question about a key
+    static constexpr int resolveBound = 60000; // from the failure to the last question
+    static constexpr int shortestPause = 250;
+    static constexpr int longestPause = 3000;
+
+    explicit ZvActionQueue(ZvExchangeLink *link);
+    ~ZvActionQueue() override;
+
+    void enqueue(ZvAction action);
+
+    // Ends an action that needs no request with a failure, through the event loop.
+    void fail(const ZvAction &action, const QString &message);
+
+    int waiting() const { return static_cast<int>(m_waiting.size()); }
+
+private:
+    struct Entry {
+        ZvAction action;
+        QString prefix; // of the server in view when the user acted
+        QString key;
+    };
+
+    void next();
+    void send();
+    void take(const ZvOutcome &outcome);
+    void takeResolution(const ZvOutcome &outcome);
+    void resolveLater(const QString &reason);
+    void resolve();
+    ZvRequest requestFor(const Entry &entry, bool isResolution) const;
+    void endWith(const ZvOutcome &outcome);
+    void endFailed(const QString &message);
+
+    ZvExchangeLink *m_link;
+    std::deque<Entry> m_waiting; // the first one is under way while `m_isBusy`
+    bool m_isBusy = false;
+    qint64 m_unknownSince = -1;
+    int m_resolutions = 0;
+    ZvTimer m_pause;
+};

@@ -1,0 +1,125 @@
+#pragma once
+
+#include "ZvModelKit/zvubbriefinfo.h"
+#include "ZvModelKit/zvubdealitem.h"
+#include "ZvModelKit/zvubobject.h"
+#include "ZvModelKit/zvubproitem.h"
+#include "ZvModelKit/zvubtopfive.h"
+#include "ZvNetworkKit/zvmarketlist.h"
+#include "ZvNetworkKit/zvnetworkkit_export.h"
+
+#include <QByteArray>
+#include <QDate>
+#include <QHash>
+#include <QList>
+#include <QMap>
+#include <QPair>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <optional>
+
+// What every answer begins with.
+struct ZvEnvelope {
+    QString status; // a word of the closed list, such as "ok" or "refused"
+    QString message; // a sentence for the user where `status` is not "ok"
+    QString reason; // a word for programs where `status` is "refused"
+    QString boot; // the run of the service that its versions count in
+    qint64 time = 0; // the service's clock, UTC milliseconds
+    qint64 version = 0; // of the topic that was asked for; 0 without one
+};
+
+// A topic in an answer: its data, or the word that they are to be asked for.
+template <typename Value>
+struct ZvTopicPart {
+    qint64 version = 0;
+    bool gap = false; // ask the topic's path
+    bool unknown = false; // there is no such collection
+    std::optional<Value> data;
+};
+
+// Whether the market is open, and on which business date.
+struct ZvMarketCheck {
+    bool open = false;
+    QDate tradingDay;
+
+    bool operator==(const ZvMarketCheck &other) const
+    {
+        return open == other.open && tradingDay == other.tradingDay;
+    }
+};
+
+// What belongs to one collection.
+template <typename Value>
+struct ZvOfCollection {
+    QString collectionId;
+    Value value;
+};
+
+template <typename Value>
+using ZvTopic = std::optional<ZvTopicPart<Value>>;
+
+// A decoded answer: items with their texts, ready for the cache. The poll and the topics' own paths
+// give the same; what was not in the answer is not set.
+struct ZvReply {
+    ZvEnvelope envelope;
+    ZvTopic<QList<QPair<QString, QString>>> market;
+    ZvTopic<QList<QPair<QString, QString>>> message;
+    ZvTopic<ZvMarketCheck> check;
+    ZvTopic<std::optional<ZvUBObject>> composite;
+    ZvTopic<ZvUBBriefInfo> brief;
+    ZvTopic<QList<QPair<QString, int>>> type;
+    ZvTopic<ZvMarketList> list; // rows that are as they were share their memory
+    ZvTopic<ZvOfCollection<ZvUBProItem>> item;
+    ZvTopic<ZvOfCollection<ZvUBTopFive>> trade;
+    ZvTopic<ZvOfCollection<QList<ZvUBDealItem>>> latest;
+    QMap<QString, QString> texts; // the plain texts of an action's answer
+    QStringList ids; // the ids of an action's answer
+};
+
+// What an answer is to be read as.
+struct ZvDecodeTask {
+    enum Shape {
+        Envelope, // nothing but the envelope
+        Action, // texts and ids
+        Poll,
+        Market,
+        Message,
+        Check,
+        Composite,
+        Brief,
+        Type,
+        List,
+        Item,
+        Trade,
+        Latest
+    };
+
+    Shape shape = Envelope;
+    QString server; // prefix that was asked
+};
+
+// Turns answers into items. Every answer is hostile until it is decoded: it is refused as a whole
+// when it is not UTF-8 JSON of the shape asked for, with exact integers where integers are due,
+// without duplicate keys, within the bounds of size and depth. Unknown keys are skipped.
+//
+// Not shared between threads: it holds the rows of the market in view, onto which it lays the
+// changes of a poll.
+class ZVNETWORKKIT_EXPORT ZvDecoder
+{
+public:
+    static constexpr int bodyBound = 8 * 1024 * 1024; // bytes
+    static constexpr int depthBound = 16; // nested objects and arrays
+
+    ZvDecoder();
+    ~ZvDecoder();
+
+    // True and `reply`, or false and a sentence for the log; the decoder's rows are then as they
+    // were.
+    bool decode(const QByteArray &body, const ZvDecodeTask &task, ZvReply &reply, QString &error);
+
+private:
+    struct State;
+    std::unique_ptr<State> m_state;
+};

@@ -1,0 +1,107 @@
+#pragma once
+
+#include "ZvNetworkKit/zvclock.h"
+#include "ZvNetworkKit/zvdecoder.h"
+#include "ZvNetworkKit/zvexchangelink.h"
+#include "ZvNetworkKit/zvnetworkkit_export.h"
+
+#include <QObject>
+#include <QString>
+
+#include <array>
+
+class ZvExchangeTime;
+
+// Keeps the cache as the market is: one long poll that holds the versions of all topics in view,
+// and a question to a topic's own path where the poll says that it cannot tell the difference.
+//
+// The cache is written, and so its signals go out, only where the content differs or a page has
+// asked. When the exchange does not answer, polls go on under a back-off with jitter that never
+// exceeds `longestPause`; the first answer of another run of the service resets all versions.
+class ZVNETWORKKIT_EXPORT ZvMarketPoller : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum Topic { Market, Message, Check, Composite, Brief, Type, List, Item, Trade, Latest };
+
+    // Milliseconds.
+    static constexpr int longWait = 20000; // how long the exchange may hold a poll back
+    static constexpr int waitMargin = 5000; // how much later its answer may still come
+    static constexpr int recoveryDeadline = 3000; // for a poll that is not held back
+    static constexpr int shortestPause = 250; // after the first failure
+    static constexpr int longestPause = 3000; // after many
+    static constexpr int mostDeals = 200;
+
+    explicit ZvMarketPoller(ZvExchangeLink *link);
+    ~ZvMarketPoller() override;
+
+    void setCollection(const QString &collectionId);
+    void setDealLimit(int limit);
+    int dealLimit() const { return m_dealLimit; }
+
+    // While the market table is off view, its rows are not polled.
+    void setTableShown(bool shown);
+
+    // Asks for a topic; its signal follows whether or not the content differs.
+    void ask(Topic topic);
+
+    // Asks for the names and the rows of the market, and for its types where they may differ.
+    void askMarket();
+    void flushTopFive();
+
+private:
+    static constexpr std::size_t topicCount = 10;
+
+    struct State {
+        qint64 version = 0; // 0 while nothing of this server and boot is held
+        ZvCallId fetch = 0; // the open question to the topic's path
+        bool announce = false; // a page waits for the answer of `fetch`
+        ZvTimer retry;
+
+        bool isAsked() const { return fetch != 0 || retry; }
+    };
+
+    State &state(Topic topic) { return m_topics[topic]; }
+    bool watchesCollection() const;
+    bool isWatched(Topic topic) const;
+
+    void begin();
+    void end();
+    void changeServer();
+    void askServers();
+    void forget();
+
+    void schedule();
+    void sendPoll();
+    void takePoll(const ZvOutcome &outcome, bool isOfThisCollection);
+    void retryPoll(const QString &reason);
+    qint64 pause();
+
+    void fetch(Topic topic, bool announce);
+    void takeFetch(Topic topic, const ZvOutcome &outcome);
+    void take(const ZvReply &reply);
+    void takeRows(const ZvReply &reply);
+    void takeCollection(const ZvReply &reply);
+    template <typename Value>
+    bool takeVersion(Topic topic, const ZvTopic<Value> &part);
+    bool announces(Topic topic) const { return m_topics[topic].announce; }
+
+    ZvExchangeLink *m_link;
+    std::unique_ptr<ZvExchangeTime> m_time;
+    std::array<State, topicCount> m_topics;
+    QString m_boot;
+    QString m_collection;
+    bool m_isUnknownCollection = false;
+    int m_dealLimit = 10;
+    bool m_tableShown = true;
+    std::optional<ZvMarketCheck> m_check;
+
+    ZvCallId m_poll = 0;
+    bool m_isScheduled = false;
+    bool m_hasProgress = false; // the answer in hand brought a version that was not held
+    bool m_isRecovering = true;
+    int m_failures = 0;
+    ZvTimer m_pause;
+    ZvCallId m_flush = 0;
+};

@@ -1,0 +1,132 @@
+#include "kitbench.h"
+
+#include "ZvNetworkKit/serverpaths.h"
+#include "ZvNetworkKit/zvexchangelink.h"
+#include "ZvNetworkKit/zvscriptedtransport.h"
+#include "ZvNetworkKit/zvserveraccessmanager.h"
+#include "ZvNetworkKit/zvserverengine.h"
+
+#include <QtTest/QtTest>
+
+namespace {
+
+ZvServerAccessManager *access()
+{
+    return ZvServerAccessManager::getZvServerAccessManagerInstance();
+}
+
+} // namespace
+
+KitBench::KitBench() : exchange(new ZvScriptedTransport)
+{
+    access()->setClock(&clock);
+    access()->setTransport(std::unique_ptr<ZvTransport>(exchange));
+    ZvServerEngine::getZvServerEngineInstance();
+}
+
+KitBench::~KitBench()
+{
+    access()->stop();
+    access()->setTransport(nullptr);
+    access()->setClock(nullptr);
+    settle();
+}
+
+void KitBench::startOn(const QString &prefix)
+{
+    exchange->answer(zvPath_market_collection, ZvScriptedTransport::ok(brief({"1001", "1002"})));
+    exchange->answer(zvPath_collection_type,
+                     ZvScriptedTransport::ok("{\"types\": [{\"id\": 1, \"name\": \"邮票\"},"
+                                             " {\"id\": 2, \"name\": \"钱币\"}]}"));
+    exchange->answer(zvPath_market_list,
+                     ZvScriptedTransport::ok(rows({row("1001", 1), row("1002", 2)}), 5));
+    access()->setUrlPrefix(prefix);
+    access()->start();
+    exchange->answer(zvPath_sync,
+                     ZvScriptedTransport::ok("{\"topics\": {\"check\": {\"version\": 1, \"data\": "
+                                             + check(true) + "}}}"));
+    settle();
+    exchange->takeRequests();
+}
+
+void KitBench::answerPoll(const QByteArray &topics, const QByteArray &boot)
+{
+    exchange->answer(zvPath_sync,
+                     ZvScriptedTransport::ok("{\"topics\": {" + topics + "}}", 0, boot));
+    settle();
+}
+
+void KitBench::settle()
+{
+    // The decoder is first in, first out: an answer of our own comes out after all others. Each
+    // round may send new requests, whose prepared answers come with the next one.
+    for (int round = 0; round < 6; ++round) {
+        ZvExchangeLink *link = access()->link();
+        bool isThrough = false;
+        link->afterDecoding([&isThrough] { isThrough = true; });
+        QVERIFY(QTest::qWaitFor([&isThrough] { return isThrough; }, 20000));
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+    }
+}
+
+QByteArray KitBench::row(const QByteArray &id, int type, qint64 latest, qint64 volume)
+{
+    return "{\"id\": \"" + id + "\", \"code\": \"10" + id + "\", \"name\": \"藏品" + id
+        + "\", \"type\": " + QByteArray::number(type)
+        + ", \"listed\": 1000, \"introduction\": \"http://example.com/" + id
+        + "\", \"latest\": " + QByteArray::number(latest)
+        + ", \"previousClose\": 990, \"open\": 991, \"high\": 1010, \"low\": 980, \"bid\": 999, "
+          "\"ask\": null, \"bidQuantity\": 3, \"askQuantity\": null, \"volume\": "
+        + QByteArray::number(volume) + ", \"amount\": 10000}";
+}
+
+QByteArray KitBench::rows(const QList<QByteArray> &rows)
+{
+    return "{\"rows\": [" + QByteArrayList(rows).join(", ") + "]}";
+}
+
+QByteArray KitBench::brief(const QList<QByteArray> &ids)
+{
+    QByteArrayList entries;
+    for (const QByteArray &id : ids) {
+        entries.append("{\"id\": \"" + id + "\", \"code\": \"10" + id + "\", \"name\": \"藏品" + id
+                       + "\", \"initials\": [\"cp\"]}");
+    }
+    return "{\"collections\": [" + entries.join(", ") + "]}";
+}
+
+QByteArray KitBench::item(const QByteArray &id, qint64 volume)
+{
+    return "{\"id\": \"" + id
+        + "\", \"latest\": 1000, \"previousClose\": 990, \"open\": 991, \"high\": 1010, \"low\": "
+          "980, \"volume\": "
+        + QByteArray::number(volume)
+        + ", \"amount\": 10000, \"listed\": 1000, \"outer\": 6, \"inner\": 4, \"buyQuantity\": 3, "
+          "\"sellQuantity\": 0}";
+}
+
+QByteArray KitBench::trade(const QByteArray &id, qint64 latest)
+{
+    return "{\"id\": \"" + id + "\", \"code\": \"10" + id + "\", \"name\": \"藏品" + id
+        + "\", \"latest\": " + QByteArray::number(latest)
+        + ", \"previousClose\": 990, \"lowerLimit\": 891, \"upperLimit\": 1089, \"sells\": "
+          "[[1001, 5], [1002, 6]], \"buys\": [[999, 3]]}";
+}
+
+QByteArray KitBench::latest(const QByteArray &id, int deals)
+{
+    QByteArrayList entries;
+    for (int i = 1; i <= deals; ++i) {
+        entries.append("{\"sequence\": " + QByteArray::number(i)
+                       + ", \"time\": 1577840400000, \"price\": 1000, \"quantity\": 2, "
+                         "\"side\": 1}");
+    }
+    return "{\"id\": \"" + id + "\", \"deals\": [" + entries.join(", ") + "]}";
+}
+
+QByteArray KitBench::check(bool open)
+{
+    return QByteArray("{\"open\": ") + (open ? "true" : "false")
+        + ", \"tradingDay\": \"2020-01-01\", \"session\": 1}";
+}
