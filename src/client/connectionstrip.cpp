@@ -32,14 +32,15 @@ ConnectionStrip::ConnectionStrip(QWidget *parent)
     setStyleSheet(QStringLiteral("ConnectionStrip{background-color:#101114;"
                                  "border-top:1px solid #242931;}"));
     m_mark->setFixedSize(markSide, markSide);
+    // The words come and go; the window keeps its size, whatever they are.
+    m_words->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_words->setAccessibleName(QStringLiteral("连接状态"));
 
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(20, 0, 20, 0);
     layout->setSpacing(8);
     layout->addWidget(m_mark);
-    layout->addWidget(m_words);
-    layout->addStretch(1);
+    layout->addWidget(m_words, 1);
 
     m_timer->setInterval(1000);
     connect(m_timer, &QTimer::timeout, this, &ConnectionStrip::refresh);
@@ -62,26 +63,33 @@ void ConnectionStrip::refresh()
     if (isConnected) {
         parts << QStringLiteral("已连接") << QStringLiteral("行情实时更新");
     } else if (access->dataAge() < 0) {
-        parts << QStringLiteral("正在连接交易所");
+        parts << QStringLiteral("正在连接交易所 %1").arg(span(access->awayFor()));
     } else {
-        parts << QStringLiteral("连接已断开 %1").arg(span(access->awayFor()))
+        parts << QStringLiteral("连接已断开")
               << QStringLiteral("行情停在 %1前").arg(span(access->dataAge()))
               << QStringLiteral("正在重新连接");
     }
     if (!isConnected && !m_serviceNotice.isEmpty())
         parts << m_serviceNotice;
-    m_words->setText(parts.join(QStringLiteral("  ·  ")));
-
-    const QString colour = isConnected ? QStringLiteral("#8c939d") : QStringLiteral("#e2ef33");
-    m_words->setStyleSheet(QStringLiteral("color:%1;font-size:12px;").arg(colour));
-    m_mark->setStyleSheet(
-        QStringLiteral("background-color:%1;border-radius:4px;")
-            .arg(isConnected ? QStringLiteral("#4a9e5c") : QStringLiteral("#e2ef33")));
+    const QString words = parts.join(QStringLiteral("  ·  "));
+    m_words->setText(words);
+    m_words->setToolTip(isConnected ? QString() : words);
+    if (!m_shownState || *m_shownState != isConnected)
+        showColours(isConnected);
     // While connected nothing here moves, so nothing is painted either.
     if (isConnected)
         m_timer->stop();
     else if (!m_timer->isActive())
         m_timer->start();
+}
+
+void ConnectionStrip::showColours(bool isConnected)
+{
+    m_shownState = isConnected;
+    const QString words = isConnected ? QStringLiteral("#8c939d") : QStringLiteral("#e2ef33");
+    const QString mark = isConnected ? QStringLiteral("#4a9e5c") : QStringLiteral("#e2ef33");
+    m_words->setStyleSheet(QStringLiteral("color:%1;font-size:12px;").arg(words));
+    m_mark->setStyleSheet(QStringLiteral("background-color:%1;border-radius:4px;").arg(mark));
 }
 
 QString ConnectionStrip::text() const

@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+#include <optional>
+
 class QLabel;
 class QTimer;
 
@@ -25,6 +27,9 @@ public:
     QString text() const;
 
 private:
+    void showColours(bool isConnected);
+
+    std::optional<bool> m_shownState; // the connection as the colours tell it
     QLabel *m_mark;
     QLabel *m_words;
     QTimer *m_timer;

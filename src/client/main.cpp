@@ -1,5 +1,5 @@
 #include "client/clientoptions.h"
-#include "client/connectionstrip.h"
+#include "client/display.h"
 #include "client/embeddedexchange.h"
 #include "client/mainwindow.h"
 
@@ -9,11 +9,10 @@
 
 #include <QApplication>
 #include <QFontDatabase>
+#include <QIcon>
 #include <QTextStream>
 #include <QTimer>
 
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 
 namespace {
@@ -21,16 +20,15 @@ namespace {
 constexpr int exitUsage = 2;
 constexpr int exitNoPicture = 1;
 
+// The size of the window where there is no screen to fill: all columns of the table fit in.
+constexpr QSize pictureSize(1760, 900);
+
+// How long a picture waits for the first rows beyond the time that was asked for.
+constexpr int longestWaitForRowsMs = 30000;
+
 void complain(const QString &sentence)
 {
     QTextStream(stderr) << "zvclient: " << sentence << '\n';
-}
-
-// Qt itself ends the process where it finds no display, with a page of advice.
-bool hasDisplay()
-{
-    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY")
-        || qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
 }
 
 QStringList argumentsOf(int argc, char **argv)
@@ -41,6 +39,14 @@ QStringList argumentsOf(int argc, char **argv)
     return arguments;
 }
 
+// Reads the options before there is an application: help and errors need no display. The parser
+// wants an application object to ask for its name.
+bool readOptions(ClientOptions &options, int argc, char **argv)
+{
+    QCoreApplication reader(argc, argv);
+    return options.parse(argumentsOf(argc, argv));
+}
+
 // The first family that draws Chinese, one with tabular digits where there is a choice.
 void chooseFont()
 {
@@ -48,7 +54,7 @@ void chooseFont()
     const QStringList preferred{QStringLiteral("Noto Sans CJK SC"),
                                 QStringLiteral("Source Han Sans SC"),
                                 QStringLiteral("Microsoft YaHei"), QStringLiteral("微软雅黑")};
-    QStringList chinese = fonts.families(QFontDatabase::SimplifiedChinese);
+    const QStringList chinese = fonts.families(QFontDatabase::SimplifiedChinese);
     QString family = chinese.value(0);
     for (const QString &name : preferred) {
         if (chinese.contains(name)) {
@@ -71,30 +77,50 @@ QString exchangeProgram()
     return QCoreApplication::applicationDirPath() + QStringLiteral("/zvexchange");
 }
 
-// Writes the picture and leaves with 0, or with 1 where it cannot be written.
-void leaveWithPicture(QWidget *window, const QString &file)
+// Shows the window as large as the screen: the table shares the screen's width among its columns.
+void show(QWidget &window)
 {
-    const bool isSaved = window->grab().save(file);
+    if (QGuiApplication::platformName() == QLatin1String("offscreen")) {
+        window.resize(pictureSize);
+        window.show();
+    } else {
+        window.showMaximized();
+    }
+}
+
+// Writes the picture and leaves with 0, or with 1 where it cannot be written.
+void leaveWithPicture(QWidget &window, const QString &file)
+{
+    const bool isSaved = window.grab().save(file, "PNG");
     if (!isSaved)
         complain(QStringLiteral("the picture cannot be written to %1").arg(file));
     QCoreApplication::exit(isSaved ? 0 : exitNoPicture);
+}
+
+// Takes the picture when the time has come and rows are there, or have not come for long.
+void planPicture(MainWindow &window, const QString &file, int afterSeconds)
+{
+    QTimer::singleShot(afterSeconds * 1000, &window, [&window, file] {
+        const auto leave = [&window, file] { leaveWithPicture(window, file); };
+        if (window.hasMarket()) {
+            leave();
+            return;
+        }
+        QObject::connect(&window, &MainWindow::marketShown, &window, leave, Qt::QueuedConnection);
+        QTimer::singleShot(longestWaitForRowsMs, &window, leave);
+    });
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    // Read before the application is made: help and errors need no display.
     QCoreApplication::setApplicationName(QStringLiteral("zvclient"));
     QCoreApplication::setApplicationVersion(QStringLiteral(ZV_VERSION));
     ClientOptions options;
-    {
-        // The parser asks the application for its name and arguments.
-        QCoreApplication reader(argc, argv);
-        if (!options.parse(argumentsOf(argc, argv))) {
-            complain(options.error);
-            return exitUsage;
-        }
+    if (!readOptions(options, argc, argv)) {
+        complain(options.error);
+        return exitUsage;
     }
     if (options.wantsHelp) {
         QTextStream(stdout) << options.helpText;
@@ -104,52 +130,48 @@ int main(int argc, char **argv)
         QTextStream(stdout) << "zvclient " ZV_VERSION "\n";
         return 0;
     }
-    if (!options.screenshotFile.isEmpty() && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM")
-        && !hasDisplay())
+    // A picture disturbs nobody who works at the screen.
+    if (!options.screenshotFile.isEmpty() && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    if (!hasDisplay()) {
+    if (!display::isThere()) {
         complain(QStringLiteral(
             "There is no display here to open a window on; "
             "./run --screenshot FILE --after SECONDS makes a picture of it instead."));
         return exitUsage;
     }
 
+    // Text and lines follow the screen's own scale, 125 and 150 % included. Where there is no
+    // screen there is no scale either, though Qt works one out from the size in millimetres.
+    if (qgetenv("QT_QPA_PLATFORM") != "offscreen")
+        QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    QApplication application(argc, argv);
+    QApplication::setHighDpiScaleFactorRoundingPolicy(
+        Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+    // Qt would take --platform for its own.
+    int onlyProgram = 1;
+    QApplication application(onlyProgram, argv);
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/appicon.png")));
     chooseFont();
     ZvServerConfig *config = ZvServerConfig::getZvServerConfigInstance();
     config->setCurrentPlatform(options.platform);
     BreltDarkStyle::install(application, QColor(config->getStyleOf_MarketTableSelectRow()));
 
-    MainWindow window;
-    window.setWindowTitle(QStringLiteral("藏品交易"));
-    window.resize(1440, 860);
-    window.show();
-
-    ZvServerAccessManager *access = ZvServerAccessManager::getZvServerAccessManagerInstance();
+    // Declared before the window, which follows it to its end.
     std::unique_ptr<EmbeddedExchange> embedded;
+    MainWindow window;
+    ZvServerAccessManager *access = ZvServerAccessManager::getZvServerAccessManagerInstance();
     if (options.exchange.isEmpty()) {
         embedded = std::make_unique<EmbeddedExchange>(exchangeProgram(), options.stateFolder);
-        QObject::connect(embedded.get(), &EmbeddedExchange::available, access,
-                         [access, &window](const QUrl &address) {
-                             window.connectionStrip()->setServiceNotice(QString());
-                             access->setExchangeAddress(address);
-                             access->start();
-                         });
-        QObject::connect(embedded.get(), &EmbeddedExchange::lost, &window,
-                         [&window](const QString &reason) {
-                             window.connectionStrip()->setServiceNotice(reason);
-                         });
+        window.followExchange(embedded.get());
         embedded->start();
     } else {
         access->setExchangeAddress(options.exchange);
         access->start();
     }
+    show(window);
+    if (!options.screenshotFile.isEmpty())
+        planPicture(window, options.screenshotFile, options.screenshotAfterSeconds);
 
-    if (!options.screenshotFile.isEmpty()) {
-        QTimer::singleShot(options.screenshotAfterSeconds * 1000, &window,
-                           [&] { leaveWithPicture(&window, options.screenshotFile); });
-    }
     const int code = QApplication::exec();
     access->stop();
     return code;

@@ -4,6 +4,7 @@
 
 class Collection_TableView;
 class ConnectionStrip;
+class EmbeddedExchange;
 class QSplitter;
 
 // The one window: title bar, market half over trading half, status bar, and the strip that tells
@@ -15,17 +16,26 @@ class MainWindow : public QWidget
 public:
     explicit MainWindow(QWidget *parent = nullptr);
 
+    // Takes the market from the embedded service, wherever it answers, and tells in the strip why
+    // it does not. The service has to be started by the caller and must not die before the window.
+    void followExchange(EmbeddedExchange *exchange);
+
     ConnectionStrip *connectionStrip() const { return m_strip; }
 
+    // True once the market has been on the screen.
+    bool hasMarket() const;
+
 signals:
-    void closed();
+    // The first rows have come.
+    void marketShown();
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
-    void closeEvent(QCloseEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
     void feedTable();
+    void widenNames();
 
     QSplitter *m_halves;
     Collection_TableView *m_table;
