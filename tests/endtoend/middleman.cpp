@@ -1,0 +1,95 @@
+#include "endtoend/middleman.h"
+
+#include <QTcpSocket>
+
+namespace endtoend {
+
+namespace {
+
+constexpr qint64 floodBytes = 100 * 1024 * 1024;
+constexpr int blockBytes = 256 * 1024;
+
+// Writes the flood as fast as the other side takes it.
+class Flood : public QObject
+{
+public:
+    explicit Flood(QTcpSocket *socket) : QObject(socket), m_socket(socket)
+    {
+        m_socket->write("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n\r\n[");
+        connect(m_socket, &QTcpSocket::bytesWritten, this, [this] { more(); });
+    }
+
+private:
+    void more()
+    {
+        if (m_socket->bytesToWrite() > 0)
+            return;
+        if (m_left <= 0) {
+            m_socket->disconnectFromHost();
+            return;
+        }
+        m_left -= blockBytes;
+        m_socket->write(QByteArray(blockBytes, ' '));
+    }
+
+    QTcpSocket *m_socket;
+    qint64 m_left = floodBytes;
+};
+
+} // namespace
+
+Middleman::Middleman(int servicePort) : m_servicePort(servicePort)
+{
+    m_server.listen(QHostAddress::LocalHost);
+    connect(&m_server, &QTcpServer::newConnection, this, [this] {
+        while (QTcpSocket *client = m_server.nextPendingConnection())
+            take(client);
+    });
+}
+
+QUrl Middleman::address() const
+{
+    return QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_server.serverPort()));
+}
+
+void Middleman::spoilNextPoll(const QByteArray &answer)
+{
+    m_answer = answer;
+    m_spoiled = false;
+}
+
+void Middleman::take(QTcpSocket *client)
+{
+    auto *service = new QTcpSocket(client);
+    connect(client, &QTcpSocket::disconnected, client, &QObject::deleteLater);
+    connect(service, &QTcpSocket::disconnected, client, &QTcpSocket::disconnectFromHost);
+    connect(service, &QTcpSocket::readyRead, client,
+            [client, service] { client->write(service->readAll()); });
+    connect(client, &QTcpSocket::readyRead, this, [this, client, service] {
+        const QByteArray request = client->readAll();
+        if (!m_answer.isEmpty() && request.contains("/sync.html")) {
+            service->disconnect(client);
+            service->abort();
+            spoil(client);
+        } else {
+            service->write(request);
+        }
+    });
+    service->connectToHost(QHostAddress(QHostAddress::LocalHost), quint16(m_servicePort));
+}
+
+void Middleman::spoil(QTcpSocket *client)
+{
+    const QByteArray answer = m_answer;
+    m_answer.clear();
+    m_spoiled = true;
+    if (answer == "flood") {
+        new Flood(client);
+        return;
+    }
+    if (answer != "close")
+        client->write(answer);
+    client->disconnectFromHost();
+}
+
+} // namespace endtoend

@@ -1,0 +1,76 @@
+#include "client/mainwindow.h"
+
+#include "endtoend/programs.h"
+#include "support/testregistry.h"
+
+#include "ZvNetworkKit/zvserveraccessmanager.h"
+#include "ZvNetworkKit/zvservercache.h"
+
+#include <QTableView>
+#include <QtTest/QtTest>
+
+using endtoend::patience;
+
+namespace {
+
+// Counts what is painted anywhere in the program.
+class PaintCount : public QObject
+{
+public:
+    PaintCount() { qApp->installEventFilter(this); }
+
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        count += event->type() == QEvent::Paint;
+        return false;
+    }
+};
+
+} // namespace
+
+// A client on a market in which nothing happens.
+class IdleTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void paintsNothingWhileNothingChanges()
+    {
+        endtoend::StateFolder state;
+        endtoend::Exchange exchange;
+        QVERIFY(exchange.start(state, 0, 0));
+        auto *access = ZvServerAccessManager::getZvServerAccessManagerInstance();
+        MainWindow window;
+        window.show();
+        access->setExchangeAddress(exchange.address());
+        access->start();
+        QTRY_VERIFY_WITH_TIMEOUT(window.hasMarket() && access->isConnected(), patience);
+
+        PaintCount paints;
+        // The first answers and the first frame may still be on their way.
+        QVERIFY(endtoend::until([&] {
+            const int before = paints.count;
+            QTest::qWait(1500);
+            return paints.count == before;
+        }));
+        QSignalSpy ticks(ZvServerCache::getZvServerCacheInstance(),
+                         &ZvServerCache::signal_cache_MarketList_changed);
+        paints.count = 0;
+        QElapsedTimer elapsed;
+        elapsed.start();
+        endtoend::until([&] { return elapsed.hasExpired(6000); });
+        QVERIFY(access->isConnected());
+        QCOMPARE(ticks.count(), 0);
+        QCOMPARE(paints.count, 0);
+        // And the count does count.
+        window.findChild<QTableView *>()->selectRow(3);
+        QTRY_VERIFY(paints.count > 0);
+        access->stop();
+    }
+};
+
+ZV_TEST(IdleTest)
+#include "test_idle.moc"
