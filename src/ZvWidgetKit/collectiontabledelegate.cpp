@@ -56,9 +56,6 @@ void CollectionTableDelegate::paint(QPainter *painter, const QStyleOptionViewIte
             = rect.top() + TopShift + (rect.bottom() - rect.top() + 1 - triangle.height()) / 2;
         painter->drawPixmap(left, top, triangle);
     }
-    // The table's sheet has no rule for cells; without the widget, the style below is not asked
-    // through the sheet's for each of them.
-    cell.widget = nullptr;
     TableCellDelegate::paint(painter, cell, index);
 }
 
