@@ -116,8 +116,11 @@ private:
     // Sends a turn of the wheel and says whether it was accepted.
     bool wheel(int delta, Qt::Orientation orientation = Qt::Vertical)
     {
+        return wheel(orientation == Qt::Vertical ? QPoint(0, delta) : QPoint(delta, 0));
+    }
+    bool wheel(const QPoint &angle)
+    {
         const QPointF at(middle(0));
-        const QPoint angle = orientation == Qt::Vertical ? QPoint(0, delta) : QPoint(delta, 0);
         QWheelEvent event(at, m_view->viewport()->mapToGlobal(at.toPoint()), QPoint(), angle,
                           Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
         event.setAccepted(false);
@@ -314,6 +317,17 @@ private slots:
         m_view->selectRow(3);
         zvtest::CallTrace trace;
         fill(4);
+        QCOMPARE(selectedRow(), 0);
+        QCOMPARE(trace.take(), QStringList{setGlobal(QStringLiteral("1001"))});
+    }
+
+    void pollThatFindsNoSelectionSelectsTheFirst()
+    {
+        fill(5);
+        m_view->selectRow(3);
+        deselect();
+        zvtest::CallTrace trace;
+        fill(5);
         QCOMPARE(selectedRow(), 0);
         QCOMPARE(trace.take(), QStringList{setGlobal(QStringLiteral("1001"))});
     }
@@ -613,11 +627,185 @@ private slots:
         QCOMPARE(trace.take(), QStringList());
     }
 
+    void wheelAslantTurnsTheWayOfItsLargerPart()
+    {
+        fill(10);
+        m_view->selectRow(5);
+        QVERIFY(wheel(QPoint(-240, -120)));
+        QVERIFY(wheel(QPoint(240, 120)));
+        QCOMPARE(selectedRow(), 5);
+        QVERIFY(wheel(QPoint(120, -240)));
+        QCOMPARE(selectedRow(), 6);
+    }
+
+    void wheelTurnedThePlatformsOldWayIsReadByItsDelta()
+    {
+        fill(10);
+        m_view->selectRow(5);
+        const QPointF at(middle(0));
+        // As a platform reports a vertical turn under Alt: the angle lies on its
+        // side.
+        QT_WARNING_PUSH
+        QT_WARNING_DISABLE_DEPRECATED
+        QWheelEvent event(at, m_view->viewport()->mapToGlobal(at.toPoint()), QPoint(),
+                          QPoint(120, 0), 120, Qt::Vertical, Qt::NoButton, Qt::AltModifier);
+        QT_WARNING_POP
+        QApplication::sendEvent(m_view->viewport(), &event);
+        QCOMPARE(selectedRow(), 4);
+    }
+
+    void wheelBeforeHidingStillChangesTheCollection()
+    {
+        fill(10);
+        wheel(-120);
+        m_view->hide();
+        zvtest::CallTrace trace;
+        fireTimer();
+        QCOMPARE(trace.take(), QStringList{setGlobal(QStringLiteral("1002"))});
+    }
+
+    void wheelBeforeAResetNamesARowThatIsGone()
+    {
+        fill(10);
+        m_view->selectRow(8);
+        wheel(-120);
+        fill(4);
+        zvtest::CallTrace trace;
+        fireTimer();
+        QCOMPARE(trace.take(), QStringList{setGlobal(QStringLiteral("1010"))});
+        QCOMPARE(selectedRow(), 0);
+    }
+
     void wheelDoesNotScrollThePage()
     {
         fill(200);
         QVERIFY(wheel(-120));
         QCOMPARE(m_view->verticalScrollBar()->value(), 0);
+    }
+
+    void clickOnTheHeaderSorts()
+    {
+        fill(6);
+        QHeaderView *header = m_view->horizontalHeader();
+        const QPoint latest(header->sectionViewportPosition(3) + header->sectionSize(3) / 2,
+                            header->height() / 2);
+        const auto prices = [this] {
+            QList<float> all;
+            for (int row = 0; row < proxy()->rowCount(); ++row)
+                all << source()
+                           ->data(proxy()->mapToSource(proxy()->index(row, 3)), Qt::EditRole)
+                           .toFloat();
+            return all;
+        };
+        const QString selected = m_view->currentCollectionId();
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, Qt::NoModifier, latest);
+        const QList<float> once = prices();
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, Qt::NoModifier, latest);
+        const QList<float> twice = prices();
+        QCOMPARE(proxy()->sortColumn(), 3);
+        QVERIFY(once != twice);
+        QVERIFY(std::is_sorted(once.begin(), once.end())
+                || std::is_sorted(once.rbegin(), once.rend()));
+        QVERIFY(std::is_sorted(twice.begin(), twice.end())
+                || std::is_sorted(twice.rbegin(), twice.rend()));
+        QCOMPARE(m_view->currentCollectionId(), selected);
+    }
+
+    void viewsOnOnePoolFollowOnePress()
+    {
+        fill(5);
+        Collection_TableView other;
+        other.show();
+        QList<ZvUBObject> rows = collections(5);
+        rows.removeAt(1);
+        other.setMarketList(rows);
+        zvtest::CallTrace trace;
+        QTest::mouseClick(m_view->viewport(), Qt::LeftButton, Qt::NoModifier, middle(3));
+        QCOMPARE(m_view->currentCollectionId(), QStringLiteral("1004"));
+        QCOMPARE(other.currentCollectionId(), QStringLiteral("1004"));
+        QCOMPARE(trace.take(), QStringList{setGlobal(QStringLiteral("1004"))});
+        // What the other does not hold leaves it where it is.
+        QTest::mouseClick(m_view->viewport(), Qt::LeftButton, Qt::NoModifier, middle(1));
+        QCOMPARE(m_view->currentCollectionId(), QStringLiteral("1002"));
+        QCOMPARE(other.currentCollectionId(), QStringLiteral("1004"));
+    }
+
+    void viewMayDieBetweenPressAndRelease()
+    {
+        fill(5);
+        QTest::mousePress(m_view->viewport(), Qt::LeftButton, Qt::NoModifier, middle(2));
+        QTest::mouseMove(m_view->viewport(), middle(3));
+        QList<ZvUBObject> rows = collections(5);
+        rows[0] = moved(rows[0], 100);
+        m_view->setMarketList(rows);
+        m_view.reset();
+        // The pool and its signals outlive the table.
+        zvtest::CallTrace trace;
+        pool()->slot_collectionTableView_clicked(QStringLiteral("1001"));
+        pool()->slot_showCollectionInfo_clicked();
+        QCOMPARE(trace.take(), QStringList{setGlobal(QStringLiteral("1001"))});
+        QCOMPARE(m_opened, QStringList());
+    }
+
+    void viewMayDieWithItsMenuOpen()
+    {
+        fill(5);
+        const QPointer<QMenu> menu = openMenu(middle(2));
+        QVERIFY(menu);
+        m_view.reset();
+        QVERIFY(!menu);
+        QVERIFY(!QApplication::activePopupWidget());
+    }
+
+    void menuOverATableThatWasResetActsOnWhatIsThereNow()
+    {
+        fill(5);
+        m_view->selectRow(4);
+        QMenu *menu = openMenu(middle(4));
+        QVERIFY(menu);
+        m_view->setMarketList(collections(2));
+        menu->actions().at(1)->trigger();
+        QCOMPARE(cache()->getMarketListOption(QString()), QStringList{"1001"});
+        m_view->setMarketList({});
+        for (QAction *action : {menu->actions().at(0), menu->actions().at(1)})
+            action->trigger();
+        QCOMPARE(cache()->getMarketListOption(QString()), QStringList{"1001"});
+        QCOMPARE(m_opened, QStringList());
+        closeMenu(menu);
+    }
+
+    void usedMenuCloses()
+    {
+        fill(3);
+        const QPointer<QMenu> menu = openMenu(middle(1));
+        QVERIFY(menu);
+        QSignalSpy chart(pool(), &Pool::signal_collectionKDayLine_action);
+        const QRect action = menu->actionGeometry(menu->actions().at(4));
+        QTest::mouseClick(menu.data(), Qt::LeftButton, Qt::NoModifier, action.center());
+        QCOMPARE(chart.size(), 1);
+        QTRY_VERIFY(!menu);
+    }
+
+    void oddTextsAreShownAndFound()
+    {
+        ZvUBObject::Data data = zvtest::collectionData(1001);
+        data.collectionId = QStringLiteral("99999999999999999999");
+        data.name
+            = QString(20000, QChar(0x9f99)) + QChar(QChar::LineSeparator) + QStringLiteral("<b>&");
+        data.code = QString();
+        ZvUBObject::Data nameless;
+        m_view->setMarketList({ZvUBObject(data), ZvUBObject(nameless)});
+        QVERIFY(!m_view->grab().isNull());
+        pool()->slot_collectionTableView_clicked(data.collectionId);
+        QCOMPARE(m_view->currentCollectionId(), data.collectionId);
+        // A row without an id is no collection: nobody is told of it and it has no
+        // menu.
+        const int row = ids().indexOf(QString());
+        zvtest::CallTrace trace;
+        QTest::mouseClick(m_view->viewport(), Qt::LeftButton, Qt::NoModifier, middle(row));
+        QCOMPARE(trace.take(), QStringList());
+        QCOMPARE(selectedRow(), row);
+        QVERIFY(!openMenu(middle(row)));
     }
 
     void noRowsOpenNoMenu()
@@ -646,6 +834,21 @@ private slots:
         QCOMPARE(
             texts,
             (QStringList{"藏品介绍", "添加自选", "-", "分时图", "日K图", "周K图", "月K图", "-"}));
+        closeMenu(menu);
+    }
+
+    void menuKeyOpensTheMenuOfTheCurrentRow()
+    {
+        fill(6);
+        m_view->selectRow(4);
+        // As Qt makes it of the key: at the cursor of the widget that has the focus.
+        const QPoint cursor = m_view->inputMethodQuery(Qt::ImCursorRectangle).toRect().center();
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, cursor, m_view->mapToGlobal(cursor));
+        QApplication::sendEvent(m_view.get(), &event);
+        QMenu *menu = m_view->findChild<QMenu *>();
+        QVERIFY(menu);
+        const QPoint at = m_view->viewport()->mapFromGlobal(menu->pos());
+        QCOMPARE(m_view->collectionIdAt(at), QStringLiteral("1005"));
         closeMenu(menu);
     }
 
@@ -710,6 +913,15 @@ private slots:
         QCOMPARE(m_opened, QStringList{collection(1003).displayDataForModelUse(20)});
         m_opened.clear();
         useMenu(QStringLiteral("藏品介绍"));
+        QCOMPARE(m_opened, QStringList{collection(1003).displayDataForModelUse(20)});
+    }
+
+    void introductionFollowsTheOrderOnScreen()
+    {
+        fill(3);
+        m_view->sortByColumn(1, Qt::DescendingOrder);
+        m_view->selectRow(0);
+        pool()->slot_showCollectionInfo_clicked();
         QCOMPARE(m_opened, QStringList{collection(1003).displayDataForModelUse(20)});
     }
 

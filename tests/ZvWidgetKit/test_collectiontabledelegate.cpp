@@ -155,6 +155,12 @@ private slots:
         m_model->setData(index(), colour, Qt::ForegroundRole);
         QVERIFY(count(cell(option(QStyle::State_Selected)), colour) > 50);
         QVERIFY(count(cell(option()), colour) > 50);
+        // In a window behind others and in a disabled table too.
+        for (const QStyle::StateFlag missing : {QStyle::State_Active, QStyle::State_Enabled}) {
+            QStyleOptionViewItem with = option(QStyle::State_Selected);
+            with.state &= ~missing;
+            QVERIFY(count(cell(with), colour) > 50);
+        }
     }
 
     void foregroundThatIsNoColourIsLeftToThePalette()
@@ -213,6 +219,21 @@ private slots:
         for (int y = 0; y < side; ++y) {
             for (int x = 0; x < side; ++x)
                 QCOMPARE(image.pixelColor(at + QPoint(x, y)), scaled.pixelColor(x, y));
+        }
+    }
+
+    void triangleGrowsWithTheFont()
+    {
+        m_model->setData(index(), QString(), Qt::DisplayRole);
+        m_model->setData(index(), triangle(Qt::cyan), Qt::UserRole);
+        for (const int pixels : {12, 24, 12}) {
+            QFont font = m_view->font();
+            font.setPixelSize(pixels);
+            QStyleOptionViewItem with = option();
+            with.font = font;
+            with.fontMetrics = QFontMetrics(font);
+            const int side = with.fontMetrics.averageCharWidth();
+            QCOMPARE(extent(cell(with), QColor(Qt::cyan)).size(), QSize(side, side));
         }
     }
 

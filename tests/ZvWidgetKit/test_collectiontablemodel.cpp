@@ -499,6 +499,39 @@ private slots:
         QVERIFY(!model.data(other.index(0, column), FlashRole).isValid());
     }
 
+    void backgroundAsksForTheVeryIndex()
+    {
+        // Makes indexes of its own that hold a pointer.
+        class PointingModel : public CollectionTableModel
+        {
+        public:
+            QModelIndex pointing(int row, int column)
+            {
+                return createIndex(row, column, static_cast<void *>(this));
+            }
+        };
+        PointingModel model;
+        const QList<ZvUBObject> start = collections(1);
+        model.setMarketList(start);
+        model.setMarketList({moved(start.at(0), 100)});
+        const int column = differing(start.at(0), moved(start.at(0), 100)).first();
+        QVERIFY(model.data(model.index(0, column), FlashRole).isValid());
+        QVERIFY(!model.data(model.pointing(0, column), FlashRole).isValid());
+    }
+
+    void listenersOfAResetSeeNoFlash()
+    {
+        CollectionTableModel model;
+        const QList<ZvUBObject> start = collections(2);
+        model.setMarketList(start);
+        model.setMarketList({moved(start.at(0), 100), start.at(1)});
+        QVERIFY(!blueCells(model).isEmpty());
+        QStringList seen{QStringLiteral("not asked")};
+        connect(&model, &QAbstractItemModel::modelReset, &model, [&] { seen = blueCells(model); });
+        model.setMarketList(collections(9));
+        QCOMPARE(seen, QStringList());
+    }
+
     void timerEndsWithTheModel()
     {
         auto model = std::make_unique<CollectionTableModel>();
