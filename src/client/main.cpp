@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QIcon>
+#include <QScreen>
 #include <QTextStream>
 #include <QTimer>
 
@@ -84,6 +85,8 @@ void show(QWidget &window)
         window.resize(pictureSize);
         window.show();
     } else {
+        // Where no window manager is there to do it, nobody else gives the window its size.
+        window.setGeometry(QGuiApplication::primaryScreen()->availableGeometry());
         window.showMaximized();
     }
 }
