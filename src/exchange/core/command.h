@@ -38,9 +38,11 @@ enum class Status : std::uint8_t {
     BadPrice = 21, ///< a listing's previous close or tick
     BadDay = 22, ///< earlier than the trading day that ends
     AlreadyThere = 23, ///< the account or collection was opened or listed before
+    KeyBurnt = 24, ///< the key was burnt before anything was done under it; comes before KeyDiffers
+    BadKey = 25, ///< the null key, where a key is needed
 };
 
-constexpr Status kLastStatus = Status::AlreadyThere;
+constexpr Status kLastStatus = Status::BadKey;
 
 /** A short English name for logs and tables of tests: "accepted", "not enough money". */
 const char *name(Status status);
@@ -138,9 +140,20 @@ struct SetPhase {
     bool open = true;
 };
 
-using Command
-    = std::variant<ListCollection, SuspendCollection, OpenAccount, FreezeAccount, SetFeeRate,
-                   Deposit, Withdraw, GrantHolding, PlaceOrder, RevokeOrders, SettleDay, SetPhase>;
+/**
+ * Asks what became of the action that has this key, and makes sure that the answer stays true. A
+ * key that was used gives its first answer. Any other is burnt and answers KeyBurnt: an action that
+ * is still on its way will then be refused with KeyBurnt, as long as keys are kept. Frozen accounts
+ * may ask as well. TooManyActions leaves the key as it was.
+ */
+struct BurnKey {
+    AccountId account;
+    ActionKey key;
+};
+
+using Command = std::variant<ListCollection, SuspendCollection, OpenAccount, FreezeAccount,
+                             SetFeeRate, Deposit, Withdraw, GrantHolding, PlaceOrder, RevokeOrders,
+                             SettleDay, SetPhase, BurnKey>;
 
 /** The answer to a command. */
 struct Result {

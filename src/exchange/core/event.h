@@ -116,12 +116,12 @@ struct OrderDone {
     Quantity releasedPieces;
 };
 
-/** The answer that a key stands for from now on. */
+/** The answer that a key stands for from now on: of the command that used it, or KeyBurnt. */
 struct ActionAnswered {
     TimeMs at;
     AccountId account;
     ActionKey key;
-    std::uint64_t fingerprint; ///< of the command's content
+    std::uint64_t fingerprint; ///< of the command's content; 0 of a burnt key
     Status status;
     OrderNumber order; ///< 0 where no order was placed
     std::int64_t revoked;

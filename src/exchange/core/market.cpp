@@ -57,6 +57,18 @@ Result answer(Status status)
     return result;
 }
 
+/** What is answered to anybody who comes with a key that was answered before. */
+Result answerAgain(const core::ActionLog::Entry &known)
+{
+    if (known.status == Status::KeyBurnt)
+        return answer(Status::KeyBurnt);
+    Result result = answer(Status::Exists);
+    result.first = known.status;
+    result.order = known.order;
+    result.revoked = known.revoked;
+    return result;
+}
+
 bool isPrice(Fen price)
 {
     return price >= Fen(1) && price < Fen(kPriceBound);
@@ -101,13 +113,9 @@ Result Market::State::once(const Keyed &command, Context &context, bool refusalF
     if (keyed) {
         print = fingerprint(command);
         if (const auto *known = actions.find(account, command.key)) {
-            if (known->fingerprint != print)
+            if (known->status != Status::KeyBurnt && known->fingerprint != print)
                 return answer(Status::KeyDiffers);
-            Result result = answer(Status::Exists);
-            result.first = known->status;
-            result.order = known->order;
-            result.revoked = known->revoked;
-            return result;
+            return answerAgain(*known);
         }
         if (accounts[account].keys >= limits.keysOfAccount)
             return answer(Status::TooManyActions);
@@ -480,6 +488,27 @@ Result Market::State::decide(const SetPhase &command, Context &context)
     return {};
 }
 
+Result Market::State::decide(const BurnKey &command, Context &context)
+{
+    const std::uint32_t account = findAccount(command.account);
+    if (account == kNone)
+        return answer(Status::AccountUnknown);
+    if (command.key.isNull())
+        return answer(Status::BadKey);
+    if (const auto *known = actions.find(account, command.key))
+        return answerAgain(*known);
+    if (accounts[account].keys >= limits.keysOfAccount)
+        return answer(Status::TooManyActions);
+    ActionAnswered burnt{};
+    burnt.at = context.now;
+    burnt.account = command.account;
+    burnt.key = command.key;
+    burnt.status = Status::KeyBurnt;
+    if (!fault("burnt-key-forgotten"))
+        happen(context, burnt, account);
+    return answer(Status::KeyBurnt);
+}
+
 TradingDay Market::day() const
 {
     return m_state->day;
@@ -633,11 +662,7 @@ std::optional<Result> Market::answerOf(AccountId account, ActionKey key) const
     const core::ActionLog::Entry *entry = m_state->actions.find(index, key);
     if (!entry)
         return std::nullopt;
-    Result result = answer(Status::Exists);
-    result.first = entry->status;
-    result.order = entry->order;
-    result.revoked = entry->revoked;
-    return result;
+    return answerAgain(*entry);
 }
 
 void Market::takeDirty(std::vector<CollectionId> &out)

@@ -180,7 +180,7 @@ public:
     PartsPerMillion feeRate(AccountId account, CollectionId collection) const;
 
     /** The answer that stands for a key; none where the key was never used or is forgotten. The
-     *  result has status Exists. */
+     *  result has status Exists, or KeyBurnt where the key was burnt. */
     std::optional<Result> answerOf(AccountId account, ActionKey key) const;
 
     /** Replaces `out` by the collections whose quote, book or figures changed since the last call.

@@ -64,6 +64,7 @@ struct Market::State {
     Result decide(const RevokeOrders &command, Context &context);
     Result decide(const SettleDay &command, Context &context);
     Result decide(const SetPhase &command, Context &context);
+    Result decide(const BurnKey &command, Context &context);
 
     // What an event changes. Throws Damaged where the event cannot follow what is there.
     void on(const CollectionListed &event);

@@ -53,6 +53,10 @@ const char *name(Status status)
         return "bad day";
     case Status::AlreadyThere:
         return "already there";
+    case Status::KeyBurnt:
+        return "key burnt";
+    case Status::BadKey:
+        return "bad key";
     }
     return "unknown status";
 }

@@ -76,6 +76,7 @@ struct Intent {
 struct Message {
     std::size_t intent = 0;
     bool stale = false; ///< a copy of something answered long ago
+    bool asking = false; ///< the client gave up waiting and asks what became of it
 };
 
 /** An answer that waits for the commit of its batch. */
@@ -378,11 +379,14 @@ private:
 
     void send(std::size_t intent)
     {
-        m_network.push_back({intent, false});
+        m_network.push_back({intent, false, false});
         if (m_random.chance(12)) {
             ++m_counts["message doubled"];
-            m_network.push_back({intent, false});
+            m_network.push_back({intent, false, false});
         }
+        // An impatient client asks while its action may still be on its way.
+        if (m_random.chance(6))
+            m_network.push_back({intent, false, true});
     }
 
     void deliver()
@@ -399,7 +403,16 @@ private:
         // A network does not keep a message for two trading days.
         if (intent.session + 1 < m_market.session().value())
             return;
-        const Result result = serve(intent.command);
+        const Result result = serve(
+            message.asking
+                ? Command(BurnKey{intent.account, m_random.chance(99) ? intent.key : ActionKey()})
+                : intent.command);
+        if (result.status == Status::BadKey)
+            return;
+        if (message.asking && result.status == Status::Exists)
+            ++m_counts["answer told to who asked"];
+        if (!message.asking && result.status == Status::KeyBurnt)
+            ++m_counts["action refused for its burnt key"];
         if (result.status == Status::Exists)
             ++m_counts["action answered from its key"];
         if (!message.stale)
@@ -415,7 +428,7 @@ private:
             = static_cast<std::size_t>(m_random.below(static_cast<std::int64_t>(m_intents.size())));
         if (m_intents[which].resolved && !m_intents[which].ambiguous) {
             ++m_counts["old message replayed"];
-            m_network.push_back({which, true});
+            m_network.push_back({which, true, false});
         }
     }
 
@@ -516,6 +529,8 @@ private:
                 ++m_counts["answer lost"];
                 if (m_random.chance(70))
                     send(waiting.intent);
+                if (m_random.chance(30))
+                    m_network.push_back({waiting.intent, false, true});
                 continue;
             }
             learn(waiting.intent, waiting.result);
@@ -716,6 +731,8 @@ Counts emptyCounts()
                              "old message replayed",
                              "answer lost",
                              "answer asked for by its key",
+                             "answer told to who asked",
+                             "action refused for its burnt key",
                              "action answered from its key",
                              "second answer to one action",
                              "key used for two things",
@@ -752,7 +769,9 @@ Counts emptyCounts()
                                 Status::NotYourOrder,
                                 Status::BadAmount,
                                 Status::BadRate,
-                                Status::BadDay})
+                                Status::BadDay,
+                                Status::KeyBurnt,
+                                Status::BadKey})
         counts[std::string("answer: ") + name(status)] = 0;
     return counts;
 }

@@ -11,6 +11,7 @@ namespace {
 
 constexpr Int kBound = 9'000'000'000'000'000;
 constexpr Int kTooHigh = 13'107'200;
+constexpr const char *kBurnt = "burnt";
 
 Result say(Status status)
 {
@@ -247,6 +248,8 @@ Result SlowMarket::keyed(const Command &command, const std::string &content, boo
     if (hasKey) {
         const auto known = m_answers[id].find(key);
         if (known != m_answers[id].end()) {
+            if (known->second.content == kBurnt)
+                return say(Status::KeyBurnt);
             if (known->second.content != content)
                 return say(Status::KeyDiffers);
             Result again = known->second.result;
@@ -489,6 +492,30 @@ Result SlowMarket::run(const zvx::SetPhase &command)
 {
     m_open = command.open;
     return {};
+}
+
+Result SlowMarket::run(const zvx::BurnKey &command)
+{
+    const Int id = command.account.value();
+    if (m_accounts.count(id) == 0)
+        return say(Status::AccountUnknown);
+    if (command.key.high == 0 && command.key.low == 0)
+        return say(Status::BadKey);
+    std::map<Key, Answer> &answers = m_answers[id];
+    const Key key(command.key.high, command.key.low);
+    const auto known = answers.find(key);
+    if (known == answers.end() && Int(answers.size()) >= m_bounds.keysOfAccount)
+        return say(Status::TooManyActions);
+    if (known == answers.end()) {
+        answers[key] = {say(Status::KeyBurnt), kBurnt, m_session};
+        return say(Status::KeyBurnt);
+    }
+    Result again = known->second.result;
+    if (known->second.content == kBurnt)
+        return again;
+    again.first = again.status;
+    again.status = Status::Exists;
+    return again;
 }
 
 std::string SlowMarket::picture() const

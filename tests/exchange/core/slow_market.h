@@ -104,6 +104,7 @@ private:
     zvx::Result run(const zvx::RevokeOrders &command);
     zvx::Result run(const zvx::SettleDay &command);
     zvx::Result run(const zvx::SetPhase &command);
+    zvx::Result run(const zvx::BurnKey &command);
 
     template <class Command>
     zvx::Result keyed(const Command &command, const std::string &content, bool freeing);

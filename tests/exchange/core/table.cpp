@@ -151,6 +151,8 @@ std::string Table::command(const std::vector<std::string> &words)
             revoke.orders.push_back(OrderNumber(at(i)));
         revoke.key = key(words);
         body = revoke;
+    } else if (verb == "burn") {
+        body = BurnKey{AccountId(at(1)), key(words)};
     } else if (verb == "phase") {
         body = SetPhase{words.at(1) == "open"};
     } else if (verb == "suspend") {

@@ -160,6 +160,13 @@ TEST(Ledger, WithoutAFeeEveryFenCounts)
         deposit 1 0.01                  = accepted
         buy 1 7 10.00 10                = accepted 1
         cash 1                          = 0.00 100.00
+        list 8 10000.00 100000          = accepted
+        account 2 0                     = accepted
+        deposit 2 9999999.99            = accepted
+        buy 2 8 10000.00 1000           = not enough money
+        deposit 2 0.01                  = accepted
+        buy 2 8 10000.00 1000           = accepted 2
+        cash 2                          = 0.00 10000000.00
     )");
 }
 

@@ -227,6 +227,66 @@ TEST_F(Matching, ARefusalStandsUnderItsKeyUnlessItFreesIt)
     EXPECT_FALSE(table.market().answerOf(AccountId(9), {0, 1}));
 }
 
+TEST_F(Matching, ABurntKeyNeverTakesEffect)
+{
+    table.play(R"(
+        burn 1 key 1                    = key burnt
+        burn 1 key 1                    = key burnt
+        buy 1 7 9.50 5 key 1            = key burnt
+        buy 1 7 9.50 5 key 1 freeing    = key burnt
+        sell 2 7 9.50 5 key 1           = accepted 1
+        revoke 1 1 key 1                = key burnt
+        deposit 1 1.00 key 1            = key burnt
+        withdraw 1 1.00 key 1           = key burnt
+        grant 1 7 1 9.00 key 1          = key burnt
+        cash 1                          = 100000.00 0.00
+        orders 1                        =
+    )");
+    const auto known = table.market().answerOf(AccountId(1), {0, 1});
+    ASSERT_TRUE(known);
+    EXPECT_EQ(known->meaning(), Status::KeyBurnt);
+}
+
+TEST_F(Matching, BurningAUsedKeyTellsItsFirstAnswer)
+{
+    table.play(R"(
+        burn 9 key 1                    = account unknown
+        burn 1                          = bad key
+        buy 1 7 9.50 5 key 1            = accepted 1
+        burn 1 key 1                    = exists accepted 1
+        buy 1 7 9.50 5 key 1            = exists accepted 1
+        withdraw 1 900000.00 key 2      = not enough money
+        burn 1 key 2                    = exists not enough money
+        buy 1 7 99.00 5 key 3 freeing   = price outside limits
+        burn 1 key 3                    = key burnt
+        buy 1 7 9.50 5 key 3 freeing    = key burnt
+        orders 1                        = 1:5
+    )");
+}
+
+TEST_F(Matching, ABurntKeyHoldsThroughFreezeCloseRestartAndOneSettlement)
+{
+    table.play(R"(
+        freeze 1 on                     = accepted
+        phase closed                    = accepted
+        burn 1 key 1                    = key burnt
+        buy 1 7 9.50 5 key 1            = key burnt
+        freeze 1 off                    = accepted
+        phase open                      = accepted
+        settle 20200102                 = accepted
+        buy 1 7 9.50 5 key 1            = key burnt
+    )");
+    Market restored = Market::restore(table.market().checkpoint());
+    EXPECT_EQ(restored.stateHash(), table.market().stateHash());
+    std::vector<Event> events;
+    Deposit late;
+    late.account = AccountId(1);
+    late.amount = Fen(100);
+    late.key = {0, 1};
+    EXPECT_EQ(restored.apply(late, TimeMs(0), events).status, Status::KeyBurnt);
+    EXPECT_TRUE(events.empty());
+}
+
 TEST_F(Matching, ARefusedCommandWithoutAKeyLeavesNoTrace)
 {
     const std::uint64_t hash = table.market().stateHash();
@@ -261,6 +321,8 @@ TEST(MatchingLimits, TooMuchIsRefused)
         deposit 2 1000.00               = accepted
         buy 1 7 10.00 1 key 2           = accepted 1
         buy 1 7 10.00 1 key 3           = too many actions
+        burn 1 key 3                    = too many actions
+        burn 1 key 2                    = exists accepted 1
         buy 1 7 10.00 1 key 2           = exists accepted 1
         buy 1 7 10.00 1                 = accepted 2
         buy 1 7 10.00 1                 = too many open orders
