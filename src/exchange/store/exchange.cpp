@@ -8,8 +8,8 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <map>
 #include <random>
-#include <set>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,17 +21,12 @@ namespace fs = std::filesystem;
 constexpr const char *kCatalogueFile = "catalogue.json";
 constexpr const char *kStoreEnding = ".market";
 
-void makeFolder(const fs::path &folder)
+/// The folder without slashes at its end, which would name its parent's place for itself.
+fs::path withoutSlash(fs::path folder)
 {
-    std::error_code error;
-    if (fs::is_directory(folder, error))
-        return;
-    if (!folder.parent_path().empty())
-        fs::create_directories(folder.parent_path(), error);
-    // Money and names of people live in there: the folder is the owner's alone.
-    if (error || (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST))
-        throw FolderError(folder.string() + ": cannot be made: "
-                          + (error ? error.message() : std::strerror(errno)));
+    while (!folder.has_filename() && folder.has_relative_path())
+        folder = folder.parent_path();
+    return folder;
 }
 
 /// A file descriptor that closes itself.
@@ -73,6 +68,21 @@ private:
     int m_file;
 };
 
+void makeFolder(const fs::path &folder)
+{
+    std::error_code error;
+    if (fs::is_directory(folder, error))
+        return;
+    if (!folder.parent_path().empty())
+        fs::create_directories(folder.parent_path(), error);
+    // Money and names of people live in there: the folder is the owner's alone.
+    if (error || (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST))
+        throw FolderError(folder.string() + ": cannot be made: "
+                          + (error ? error.message() : std::strerror(errno)));
+    // What is answered later lies in here: the folder itself has to outlive a power cut, too.
+    File(folder / "..", O_RDONLY | O_DIRECTORY).sync();
+}
+
 /// Writes a file that is there whole or not at all, whenever the power fails.
 void writeWhole(const fs::path &path, std::string_view text)
 {
@@ -86,6 +96,19 @@ void writeWhole(const fs::path &path, std::string_view text)
     if (::rename(draft.c_str(), path.c_str()) != 0)
         throw FolderError(path.string() + ": " + std::strerror(errno));
     File(path.parent_path(), O_RDONLY | O_DIRECTORY).sync();
+}
+
+/// A collection stays in the market that listed it first: its pieces are held there, and a second
+/// market would issue all of them again. Throws CatalogueError.
+void refuseMoved(const CatalogueMarket &market, const std::map<CollectionId, std::string> &owners)
+{
+    for (const CatalogueCollection &entry : market.collections) {
+        const auto owner = owners.find(entry.id);
+        if (owner != owners.end() && owner->second != market.prefix)
+            throw CatalogueError(market.prefix + ": collection " + std::to_string(entry.id.value())
+                                 + " belongs to " + owner->second
+                                 + ", whose accounts hold its pieces; it needs an id of its own");
+    }
 }
 
 std::uint64_t randomBits()
@@ -112,6 +135,7 @@ MarketServer::~MarketServer() = default;
 
 Exchange::Exchange(ExchangeOptions options) : m_options(std::move(options))
 {
+    m_options.folder = withoutSlash(m_options.folder);
     makeFolder(m_options.folder);
     m_lock = std::make_unique<StateLock>(m_options.folder);
     m_boot = hexText(randomBits());
@@ -133,7 +157,31 @@ Exchange::Exchange(ExchangeOptions options) : m_options(std::move(options))
     }
     const Catalogue catalogue = Catalogue::load(file, m_options.initials);
 
-    std::set<std::string> stores;
+    // All stores are open before one of them changes, so that a catalogue that cannot be followed
+    // leaves everything as it was.
+    std::map<std::string, std::unique_ptr<SqliteStore>> stores;
+    std::map<CollectionId, std::string> owners;
+    for (const CataloguePlatform &platform : catalogue.platforms()) {
+        for (const CatalogueMarket &market : platform.markets) {
+            const std::string name = market.fileStem() + kStoreEnding;
+            auto store = std::make_unique<SqliteStore>(m_options.folder / name, m_options.vfs);
+            for (const ListingRow &row : store->listings())
+                owners.emplace(row.collection, market.prefix);
+            stores[name] = std::move(store);
+        }
+    }
+    for (const fs::directory_entry &entry : fs::directory_iterator(m_options.folder)) {
+        const std::string name = entry.path().filename().string();
+        if (entry.path().extension() != kStoreEnding || stores.count(name) != 0)
+            continue;
+        notice(name + " stays closed: its market is not in the catalogue");
+        for (const ListingRow &row : SqliteStore(entry.path(), m_options.vfs).listings())
+            owners.emplace(row.collection, name);
+    }
+    for (const CataloguePlatform &platform : catalogue.platforms())
+        for (const CatalogueMarket &market : platform.markets)
+            refuseMoved(market, owners);
+
     for (const CataloguePlatform &platform : catalogue.platforms()) {
         Platform found{platform.id, platform.name, {}};
         for (const CatalogueMarket &market : platform.markets) {
@@ -149,22 +197,15 @@ Exchange::Exchange(ExchangeOptions options) : m_options(std::move(options))
                 if (m_options.fatal)
                     m_options.fatal(self->prefix() + ": " + reason);
             };
-            const std::string name = market.fileStem() + kStoreEnding;
-            stores.insert(name);
             server->m_writer = std::make_unique<MarketWriter>(
-                std::make_unique<SqliteStore>(m_options.folder / name, m_options.vfs), market,
-                m_options.clock, std::move(events), m_options.writer);
+                std::move(stores[market.fileStem() + kStoreEnding]), market, m_options.clock,
+                std::move(events), m_options.writer);
             for (const std::string &line : self->writer().notices())
                 notice(market.prefix + ": " + line);
             found.markets.push_back(self);
             m_markets.push_back(std::move(server));
         }
         m_platforms.push_back(std::move(found));
-    }
-    for (const fs::directory_entry &entry : fs::directory_iterator(m_options.folder)) {
-        const fs::path name = entry.path().filename();
-        if (name.extension() == kStoreEnding && stores.count(name.string()) == 0)
-            notice(name.string() + " stays closed: its market is not in the catalogue");
     }
     for (const auto &server : m_markets)
         server->m_writer->start();
@@ -190,8 +231,12 @@ void Exchange::announcePort(int port)
 
 void Exchange::settle()
 {
-    for (const auto &server : m_markets)
-        server->writer().execute({SettleDay{server->snapshot()->check.data->day}});
+    for (const auto &server : m_markets) {
+        const Result result
+            = server->writer().execute({SettleDay{server->snapshot()->check.data->day}}).front();
+        if (result.status != Status::Accepted)
+            throw StoreError(server->prefix() + ": cannot be settled: " + zvx::name(result.status));
+    }
 }
 
 void Exchange::stop()

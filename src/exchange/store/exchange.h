@@ -81,7 +81,8 @@ struct Platform {
  *
  * The folder holds catalogue.json, a store for each market, and the lock that keeps a second
  * service out. Constructing opens or makes all of it and brings the markets in line with the
- * catalogue: what is new is listed, what is missing is suspended.
+ * catalogue: what is new is listed, what is missing is suspended, what another market listed
+ * before is refused.
  * Throws FolderError, CatalogueError, StoreError or Damaged.
  */
 class Exchange
@@ -103,7 +104,8 @@ public:
     void announcePort(int port);
 
     /// Settles every open session of every market and opens the same date again, with the next
-    /// session number. Waits until that is durable.
+    /// session number. Waits until that is durable. Throws StoreError where a market ended or
+    /// refused.
     void settle();
 
     /// Carries out what waits, writes checkpoints, closes the stores. Idempotent.

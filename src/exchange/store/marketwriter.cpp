@@ -35,6 +35,7 @@ MarketWriter::MarketWriter(std::unique_ptr<Store> store, const CatalogueMarket &
     : m_store(std::move(store)), m_clock(std::move(clock)), m_events(std::move(events)),
       m_options(options)
 {
+    m_options.batchBound = std::max<std::size_t>(m_options.batchBound, 1);
     recover();
     followCatalogue(catalogue);
 
@@ -142,7 +143,7 @@ std::vector<CollectionInfo> MarketWriter::collectionInfos(const CatalogueMarket 
 
 void MarketWriter::start()
 {
-    if (!m_thread.joinable())
+    if (!m_thread.joinable() && m_store)
         m_thread = std::thread([this] { run(); });
 }
 
@@ -253,11 +254,11 @@ void MarketWriter::run()
         std::vector<Result> results;
         try {
             results = carryOut(batch);
+            publishDue();
         } catch (const std::exception &error) {
             fail(error.what(), batch);
             return;
         }
-        publishDue();
         for (std::size_t i = 0; i < batch.size(); ++i) {
             ++m_counters.commands;
             if (batch[i].answered)

@@ -27,7 +27,7 @@ struct StoredCheckpoint;
 
 struct WriterOptions {
     std::size_t queueBound = 4096; ///< commands that may wait; more are refused
-    std::size_t batchBound = 512; ///< commands in one commit
+    std::size_t batchBound = 512; ///< commands in one commit, at least 1
     std::int64_t checkpointEvery = 50'000; ///< stored commands between two checkpoints
     bool openAtStart = true; ///< a closed market is opened when the writer is made
     Limits limits;
@@ -66,7 +66,7 @@ public:
 
     struct Events {
         /// After each publication but the first, which the constructor makes. On the writer's
-        /// thread.
+        /// thread; what it throws ends the writer.
         std::function<void(const std::shared_ptr<const MarketSnapshot> &, const TopicSet &)>
             published;
         /// The writer ended by a fault, with the reason for the log. On the writer's thread.
@@ -88,6 +88,7 @@ public:
     MarketWriter(const MarketWriter &) = delete;
     MarketWriter &operator=(const MarketWriter &) = delete;
 
+    /// Starts the thread; does nothing after stop().
     void start();
 
     /// Hands a command in, from any thread. Exactly one of the two endings is called, once, unless

@@ -45,10 +45,14 @@ Recovered recoverMarket(Store &store, const Limits &limits)
 {
     Recovered found{emptyMarket(limits), store.lastCommand(), 0, {}};
     for (const std::int64_t number : store.checkpoints()) {
+        // Both are written in one commit, so commands that ended earlier were lost since.
+        if (number > found.lastCommand)
+            throw Damaged("checkpoint " + std::to_string(number) + " is of a later command than "
+                          + std::to_string(found.lastCommand) + ", the last one that is stored");
         const StoredCheckpoint checkpoint = store.checkpoint(number);
         try {
             Market market = Market::restore(checkpoint.state, limits);
-            if (number > found.lastCommand || market.stateHash() != checkpoint.hash)
+            if (market.stateHash() != checkpoint.hash)
                 throw Damaged("it is not the state that it was made from");
             found.market = std::move(market);
             found.checkpoint = number;

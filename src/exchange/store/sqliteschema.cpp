@@ -106,8 +106,8 @@ CREATE TABLE listings (
     return migrations;
 }
 
-void migrate(SQLite::Database &database, int applicationId,
-             const std::vector<std::string> &migrations)
+int checkVersion(SQLite::Database &database, int applicationId,
+                 const std::vector<std::string> &migrations)
 {
     const std::string file = database.getFilename();
     const int newest = static_cast<int>(migrations.size());
@@ -120,7 +120,14 @@ void migrate(SQLite::Database &database, int applicationId,
         throw StoreError(file + ": version " + std::to_string(version)
                          + " was written by a newer program; this one knows versions up to "
                          + std::to_string(newest));
-    for (int step = version; step < newest; ++step) {
+    return version;
+}
+
+void migrate(SQLite::Database &database, int applicationId,
+             const std::vector<std::string> &migrations)
+{
+    const int newest = static_cast<int>(migrations.size());
+    for (int step = checkVersion(database, applicationId, migrations); step < newest; ++step) {
         SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
         database.exec(migrations[static_cast<std::size_t>(step)]);
         database.exec("PRAGMA application_id = " + std::to_string(applicationId));

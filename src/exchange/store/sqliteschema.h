@@ -17,6 +17,13 @@ constexpr int kMarketApplicationId = 0x5a56584d;
 const std::vector<std::string> &marketMigrations();
 
 /**
+ * The version of a file, 0 of an empty one. Reads only.
+ * Throws StoreError for a file of another kind or of a newer version.
+ */
+int checkVersion(SQLite::Database &database, int applicationId,
+                 const std::vector<std::string> &migrations);
+
+/**
  * Brings a file to the newest version, each step in a transaction of its own with its version
  * number. An empty file is version 0.
  * Throws StoreError for a file of another kind or of a newer version, and leaves it as it was.

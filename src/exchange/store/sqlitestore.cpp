@@ -126,6 +126,8 @@ public:
         : m_database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, 5'000, vfs),
           m_mostFrames(logFrames)
     {
+        // First of all, since even the journal's mode stays in a file.
+        checkVersion(m_database, kMarketApplicationId, marketMigrations());
         const std::string mode = m_database.execAndGet("PRAGMA journal_mode = WAL").getString();
         if (mode != "wal")
             throw StoreError(file.string() + ": the file system does not allow a write-ahead log");

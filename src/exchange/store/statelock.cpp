@@ -38,8 +38,9 @@ StateLock::StateLock(const std::filesystem::path &folder)
         throw FolderError(path.string() + ": " + std::strerror(errno));
     int reason = 0;
     LockHolder holder;
-    // Somebody who only asks for the holder has the lock for a moment and leaves no name.
-    for (int attempt = 0; attempt < kAttempts && holder.pid == 0; ++attempt) {
+    // Somebody who only asks for the holder has the lock for a moment. The file may name a holder
+    // that was killed meanwhile, so a name proves nothing.
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
         if (attempt > 0)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         if (::flock(m_file, LOCK_EX | LOCK_NB) == 0) {

@@ -128,6 +128,53 @@ TEST(Exchange, FollowsTheOperatorsCatalogue)
     EXPECT_TRUE((*snapshot->infos.data)[8]->suspended);
 }
 
+TEST(Exchange, ACollectionStaysInTheMarketThatListedItFirst)
+{
+    // A second market would issue all its pieces once more.
+    const TempFolder folder;
+    const std::filesystem::path file = folder / "state/catalogue.json";
+    {
+        Exchange exchange(smallExchange(folder));
+    }
+    const auto refused = [&](const std::string &why) {
+        try {
+            Exchange exchange(smallExchange(folder));
+            ADD_FAILURE() << "opened in spite of " << why;
+        } catch (const CatalogueError &error) {
+            EXPECT_NE(std::string(error.what()).find(why), std::string::npos) << error.what();
+        }
+    };
+    const std::string original = readFile(file);
+    {
+        SCOPED_TRACE("moved to another market");
+        replaceInFile(file, "\"id\": 1100,", "\"id\": 1999,");
+        replaceInFile(file, "\"id\": 2100,", "\"id\": 1100,");
+        refused("collection 1100 belongs to /ch/youbi/");
+    }
+    {
+        SCOPED_TRACE("the market has another prefix");
+        test::writeFile(file, original);
+        replaceInFile(file, "/ch/youbi/", "/ch/other/");
+        refused("belongs to ch-youbi.market");
+    }
+    // Nothing was changed on the way.
+    test::writeFile(file, original);
+    Exchange exchange(smallExchange(folder));
+    EXPECT_EQ(exchange.market("/ch/youbi/")->snapshot()->infos.data->size(), 8u);
+    EXPECT_FALSE((*exchange.market("/ch/youbi/")->snapshot()->infos.data)[0]->suspended);
+}
+
+TEST(Exchange, ASlashAtTheEndOfTheFolderDoesNotOpenItToOthers)
+{
+    const TempFolder folder;
+    ExchangeOptions options = smallExchange(folder);
+    options.folder = (folder / "deep/state").string() + "//";
+    Exchange exchange(options);
+    struct stat facts;
+    ASSERT_EQ(::stat((folder / "deep/state").c_str(), &facts), 0);
+    EXPECT_EQ(facts.st_mode & 0777, 0700u);
+}
+
 TEST(Exchange, ABrokenCatalogueIsNamedAndNothingIsLocked)
 {
     const TempFolder folder;

@@ -230,6 +230,64 @@ TEST(MarketWriter, AStopBeforeTheStartLosesNobody)
     EXPECT_EQ(lost.value(), 1);
 }
 
+TEST(MarketWriter, NothingStartsAfterAStop)
+{
+    Desk desk;
+    desk.writer->stop();
+    desk.writer->start();
+    EXPECT_FALSE(desk.writer->submit(Desk::account(1), [](const Result &) { FAIL(); }));
+    desk.writer->stop();
+    EXPECT_FALSE(desk.writer->failed());
+}
+
+TEST(MarketWriter, APublicationThatFailsEndsIt)
+{
+    const TempFolder folder;
+    Counter fatals;
+    Counter lost;
+    Counter answers;
+    MarketWriter::Events events;
+    events.published = [](const auto &, const TopicSet &) { throw std::runtime_error("no room"); };
+    events.fatal = [&](const std::string &reason) {
+        EXPECT_EQ(reason, "no room");
+        fatals.add();
+    };
+    MarketWriter writer(std::make_unique<SqliteStore>(folder / "m.market"), test::smallMarket(),
+                        std::make_shared<ManualClock>(kMorning), std::move(events));
+    writer.start();
+    ASSERT_TRUE(writer.submit(
+        SuspendCollection{CollectionId(1100), true}, [&](const Result &) { answers.add(); },
+        [&] { lost.add(); }));
+    ASSERT_TRUE(fatals.reaches(1));
+    writer.stop();
+    EXPECT_EQ(lost.value(), 1);
+    EXPECT_EQ(answers.value(), 0);
+    SqliteStore store(folder / "m.market");
+    EXPECT_TRUE(recoverMarket(store).market.collection(CollectionId(1100))->suspended);
+}
+
+TEST(MarketWriter, ABatchTakesOneCommandAtLeast)
+{
+    WriterOptions options;
+    options.batchBound = 0;
+    Desk desk({}, options);
+    desk.writer->start();
+    EXPECT_EQ(desk.writer->execute({Desk::account(1)})[0].status, Status::Accepted);
+}
+
+TEST(MarketWriter, ABurntKeyIsDurable)
+{
+    const ActionKey key{7, 9};
+    Desk desk;
+    desk.writer->start();
+    desk.writer->execute({Desk::account(1), BurnKey{AccountId(1), key}});
+    desk.writer->stop();
+    desk.open();
+    desk.writer->start();
+    EXPECT_EQ(desk.writer->execute({Deposit{AccountId(1), Fen(1), key}})[0].status,
+              Status::KeyBurnt);
+}
+
 TEST(MarketWriter, CheckpointsComeEveryNCommandsAndAtSettlement)
 {
     WriterOptions options;

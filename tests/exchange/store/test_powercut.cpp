@@ -132,7 +132,7 @@ TEST(PowerCut, WhatWasAnsweredIsThere)
 {
     const char *cuts = std::getenv("ZVX_CUTS");
     const char *seed = std::getenv("ZVX_SEED");
-    const int wanted = cuts ? std::atoi(cuts) : 300;
+    const int wanted = cuts ? std::atoi(cuts) : 2'000;
     const auto start = static_cast<std::uint32_t>(seed ? std::atoi(seed) : 1);
     PowerCutDisk disk(start);
     const Tally tally = tradeThroughCuts(disk, start, wanted);

@@ -184,6 +184,26 @@ TEST(SqliteStore, ADamagedCheckpointIsPassedOver)
     EXPECT_EQ(recovered.checkpoint, 0);
 }
 
+TEST(SqliteStore, ACheckpointBehindTheLastCommandShowsThatCommandsWereLost)
+{
+    const TempFolder folder;
+    {
+        SqliteStore store(folder / "m.market");
+        Scribe scribe(store, Market());
+        trade(scribe, 8, 800);
+        // Only money moves, so that the tables of orders and deals would not tell.
+        scribe.carryOut({Deposit{AccountId(1), Fen(5), {}}}, true);
+    }
+    {
+        SQLite::Database database((folder / "m.market").string(), SQLite::OPEN_READWRITE);
+        ASSERT_EQ(
+            database.exec("DELETE FROM commands WHERE number = (SELECT max(number) FROM commands)"),
+            1);
+    }
+    SqliteStore store(folder / "m.market");
+    EXPECT_THROW(recoverMarket(store), Damaged);
+}
+
 TEST(SqliteStore, DamagedEventsAreRefused)
 {
     struct Damage {
@@ -314,7 +334,9 @@ TEST(SqliteStore, RefusesWhatIsNoStore)
                                SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
         other.exec("CREATE TABLE shopping (item TEXT)");
     }
+    const std::string before = test::readFile(folder / "other");
     EXPECT_THROW(SqliteStore(folder / "other"), StoreError);
+    EXPECT_EQ(test::readFile(folder / "other"), before);
     EXPECT_THROW(SqliteStore("/nowhere/at/all"), StoreError);
     EXPECT_THROW(SqliteStore(folder / "new", "no-such-vfs"), StoreError);
 }

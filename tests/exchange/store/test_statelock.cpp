@@ -5,7 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace zvx {
@@ -76,6 +79,18 @@ TEST(StateLock, EndsWithAKilledProcess)
     EXPECT_NO_THROW(StateLock(folder.path()));
     ::close(ready[0]);
     ::close(ready[1]);
+}
+
+TEST(StateLock, ANameThatAKilledServiceLeftDoesNotKeepTheNextOneOut)
+{
+    const TempFolder folder;
+    test::writeFile(folder / StateLock::kFileName, "pid 4711\nport 40123\n");
+    // Somebody asks for the holder at the very moment in which a service starts.
+    const int asking = ::open((folder / StateLock::kFileName).c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(asking, LOCK_SH | LOCK_NB), 0);
+    std::thread leaving([asking] { ::close(asking); });
+    EXPECT_NO_THROW(StateLock(folder.path()));
+    leaving.join();
 }
 
 TEST(StateLock, SaysWhyAFolderCannotBeUsed)
