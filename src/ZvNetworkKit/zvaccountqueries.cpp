@@ -52,6 +52,8 @@ void ZvAccountQueries::take(Kind kind, const QString &path, const ZvOutcome &out
             outcome.reply.latest->data->value);
         return;
     }
+    if (outcome.isLogged)
+        return;
     const QString reason = outcome.isReadable()
         ? outcome.reply.envelope.status + QLatin1String(": ") + outcome.reply.envelope.message
         : outcome.error;

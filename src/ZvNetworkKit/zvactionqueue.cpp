@@ -32,6 +32,17 @@ QString messageOf(const ZvEnvelope &envelope)
     return QStringLiteral("交易所拒绝了该请求");
 }
 
+// What a busy or stopping exchange says of an action is not its end: it may still be done.
+bool isFinal(const ZvEnvelope &envelope)
+{
+    return envelope.status != QLatin1String("busy") && envelope.status != QLatin1String("failed");
+}
+
+QString reasonOf(const ZvOutcome &outcome)
+{
+    return outcome.isReadable() ? outcome.reply.envelope.status : outcome.error;
+}
+
 } // namespace
 
 ZvActionQueue::ZvActionQueue(ZvExchangeLink *link) : m_link(link) { }
@@ -40,11 +51,12 @@ ZvActionQueue::~ZvActionQueue() = default;
 
 void ZvActionQueue::enqueue(ZvAction action)
 {
-    if (!m_link->hasTransport()) {
+    if (!m_link->hasTransport() || m_link->prefix().isEmpty()) {
         fail(action, QStringLiteral("尚未连接交易所，请稍后再试"));
         return;
     }
-    m_waiting.push_back({std::move(action), m_link->prefix(), makeKey()});
+    const QString key = action.key.isEmpty() ? makeKey() : action.key;
+    m_waiting.push_back({std::move(action), m_link->prefix(), key});
     next();
 }
 
@@ -95,16 +107,14 @@ void ZvActionQueue::send()
 void ZvActionQueue::take(const ZvOutcome &outcome)
 {
     const bool isQuestion = m_waiting.front().action.isQuestion;
-    const bool isAboutToStop
-        = outcome.isReadable() && outcome.reply.envelope.status == QLatin1String("failed");
-    if (outcome.isReadable() && (isQuestion || !isAboutToStop))
+    if (outcome.isReadable() && (isQuestion || isFinal(outcome.reply.envelope)))
         endWith(outcome);
     else if (outcome.ending == ZvAnswer::NotSent)
         endFailed(QStringLiteral("无法连接交易所，请稍后再试"));
     else if (isQuestion)
         endFailed(QStringLiteral("交易所没有答复，请稍后再试"));
     else
-        resolveLater(outcome.error);
+        resolveLater(reasonOf(outcome));
 }
 
 void ZvActionQueue::resolveLater(const QString &reason)
@@ -116,6 +126,9 @@ void ZvActionQueue::resolveLater(const QString &reason)
                                        << "has no answer and is asked for by its key:" << reason;
     }
     if (now - m_unknownSince > resolveBound) {
+        const Entry &entry = m_waiting.front();
+        if (entry.action.lose)
+            entry.action.lose(entry.key);
         endFailed(QStringLiteral("交易所没有答复，结果未知，请查询后再操作"));
         return;
     }
@@ -158,11 +171,13 @@ void ZvActionQueue::endWith(const ZvOutcome &outcome)
     const ZvAction action = std::move(m_waiting.front().action);
     m_waiting.pop_front();
     m_isBusy = false;
-    if (action.keep)
-        action.keep(outcome.reply);
+    const bool isKept = !action.keep || action.keep(outcome.reply);
     // The next one leaves before this one is told: a page may open a box and stay in it.
     next();
-    action.succeed(outcome.reply);
+    if (isKept)
+        action.succeed(outcome.reply);
+    else
+        action.fail(QStringLiteral("交易所的答复无法识别，请稍后再试"));
 }
 
 void ZvActionQueue::endFailed(const QString &message)

@@ -14,11 +14,17 @@ struct ZvAction {
     QString path;
     ZvRequest::Parameters parameters;
     bool isQuestion = false; // changes nothing: a query that waits for its turn among the actions
+    QString key; // of an earlier attempt whose end is not known; empty for a new one
 
-    // What the kit keeps of a success, before the next action goes out; may be empty.
-    std::function<void(const ZvReply &)> keep;
+    // What the kit keeps of a success, before the next action goes out; may be empty. False where
+    // the answer does not hold it, which is a failure.
+    std::function<bool(const ZvReply &)> keep;
     std::function<void(const ZvReply &)> succeed;
     std::function<void(const QString &message)> fail;
+
+    // Told before `fail` where the end could not be learnt, with the key that still stands for the
+    // action; may be empty.
+    std::function<void(const QString &key)> lose;
 };
 
 // Sends actions one after the other, in the order of the calls, each once under a key of its own.

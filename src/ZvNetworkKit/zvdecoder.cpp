@@ -397,6 +397,7 @@ ZvTopic<Value> whole(qint64 number, Value value)
 // What the decoder knows between two answers.
 struct ZvDecoder::State {
     // The market in view as of `version`.
+    int exchange = 0;
     QString server;
     QString boot;
     qint64 version = 0;
@@ -407,7 +408,8 @@ struct ZvDecoder::State {
 
     bool isOf(const ZvDecodeTask &task, const ZvEnvelope &envelope) const
     {
-        return server == task.server && boot == envelope.boot && version > 0;
+        return exchange == task.exchange && server == task.server && boot == envelope.boot
+            && version > 0;
     }
 
     // Reading and keeping are two steps: what a refused answer said is not kept.
@@ -502,7 +504,7 @@ ZvTopic<ZvMarketList> ZvDecoder::State::changes(const Node &entry, const ZvDecod
         rows.replace(index, rows.at(index).updated(data));
         kept.previousClose.insert(id, data.previousClose);
     }
-    kept.rows = ZvMarketList(rows);
+    kept.rows = list.withRows(rows);
     kept.version = part.version;
     part.data = kept.rows;
     return part;
@@ -602,7 +604,7 @@ void ZvDecoder::State::readOne(const Node &data, const ZvDecodeTask &task, ZvRep
 
 namespace {
 
-// The answer of an action: texts and whole numbers by name, and one list of ids.
+// The answer of an action: texts and whole numbers by name, and one list of collections.
 void readAction(const Node &data, ZvReply &reply)
 {
     if (data.kind != Node::Object)
@@ -613,9 +615,9 @@ void readAction(const Node &data, ZvReply &reply)
             reply.texts.insert(key, entry.text);
         } else if (entry.kind == Node::Integer) {
             reply.texts.insert(key, QString::number(entry.integer));
-        } else if (entry.key == "ids") {
-            for (const Node &id : arrayIn(entry, "ids"))
-                reply.ids.append(collectionIdIn(id, "ids"));
+        } else if (entry.key == "collections") {
+            for (const Node &id : arrayIn(entry, "collections"))
+                reply.ids.append(collectionIdIn(id, "collections"));
         }
     }
 }
@@ -649,6 +651,7 @@ bool ZvDecoder::decode(const QByteArray &body, const ZvDecodeTask &task, ZvReply
                 m_state->readOne(member(root, "data"), task, read, kept);
         }
         if (kept.rows) {
+            m_state->exchange = task.exchange;
             m_state->server = task.server;
             m_state->boot = read.envelope.boot;
             m_state->version = kept.version;

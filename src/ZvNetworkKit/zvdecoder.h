@@ -75,7 +75,7 @@ struct ZvReply {
     ZvTopic<ZvOfCollection<ZvUBTopFive>> trade;
     ZvTopic<ZvOfCollection<QList<ZvUBDealItem>>> latest;
     QMap<QString, QString> texts; // the plain texts of an action's answer
-    QStringList ids; // the ids of an action's answer
+    QStringList ids; // the collections of an action's answer
 };
 
 // What an answer is to be read as.
@@ -98,6 +98,7 @@ struct ZvDecodeTask {
 
     Shape shape = Envelope;
     QString server; // prefix that was asked
+    int exchange = 0; // another number is another exchange, whose versions are others too
 };
 
 // Turns answers into items. Every answer is hostile until it is decoded: it is refused as a whole

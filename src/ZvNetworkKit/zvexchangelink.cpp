@@ -22,6 +22,7 @@ ZvExchangeLink::~ZvExchangeLink()
 void ZvExchangeLink::setTransport(std::unique_ptr<ZvTransport> transport)
 {
     m_transport = std::move(transport);
+    ++m_transports;
     m_transportAddress.clear();
     if (m_transport)
         m_transport->setClock(m_clock);
@@ -110,11 +111,12 @@ ZvRequest ZvExchangeLink::makeRequest(const QString &path,
 ZvCallId ZvExchangeLink::ask(const ZvRequest &request, Fate fate, QObject *context, Done done,
                              const ZvDecodeTask &task)
 {
-    if (!m_transport)
+    if (!m_transport || request.prefix.isEmpty())
         return 0;
     const ZvCallId id = ++m_lastQuestion;
     Question question{request, fate, context, std::move(done), task};
     question.task.server = request.prefix;
+    question.task.exchange = m_transports;
     question.call = m_transport->send(
         request, this, [this, id](const ZvAnswer &answer) { takeAnswer(id, answer); });
     m_questions.insert(id, question);
@@ -162,6 +164,7 @@ void ZvExchangeLink::takeAnswer(ZvCallId id, const ZvAnswer &answer)
         if (answer.ending == ZvAnswer::TooLarge) {
             qCWarning(zvNetworkLog).noquote()
                 << "The answer of" << found->request.path << "is refused: longer than its bound";
+            outcome.isLogged = true;
         }
         tell(id, outcome);
         return;
@@ -175,6 +178,7 @@ void ZvExchangeLink::takeAnswer(ZvCallId id, const ZvAnswer &answer)
                           outcome.reply = reply;
                           outcome.error = error;
                           if (!error.isEmpty()) {
+                              outcome.isLogged = true;
                               qCWarning(zvNetworkLog).noquote().nospace()
                                   << "The answer of " << path << " (HTTP " << httpStatus
                                   << ") is refused: " << error;
@@ -239,9 +243,10 @@ void ZvExchangeLink::noteAnswer()
 
 void ZvExchangeLink::noteFailure(const QString &reason)
 {
-    if (!m_awayIsLogged)
+    if (!m_awayIsLogged && !reason.isEmpty()) {
         qCInfo(zvNetworkLog).noquote() << "The exchange does not answer:" << reason;
-    m_awayIsLogged = true;
+        m_awayIsLogged = true;
+    }
     setConnected(false);
 }
 

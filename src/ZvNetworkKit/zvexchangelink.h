@@ -18,6 +18,7 @@ class ZvDecoderThread;
 struct ZVNETWORKKIT_EXPORT ZvOutcome {
     ZvAnswer::Ending ending = ZvAnswer::Failed;
     QString error; // why there is no readable answer; empty when there is one
+    bool isLogged = false; // the error is in the log already
     ZvReply reply; // with an empty status when there is no readable answer
 
     bool isReadable() const { return error.isEmpty() && !reply.envelope.status.isEmpty(); }
@@ -68,8 +69,8 @@ public:
     ZvRequest makeRequest(const QString &path, const ZvRequest::Parameters &parameters) const;
 
     // Sends a request and calls `done` from the event loop, once, unless the answer's generation
-    // has passed or `context` has died by then. Gives an id for cancel(); 0 without a transport,
-    // and then `done` is never called.
+    // has passed or `context` has died by then. Gives an id for cancel(); 0 without a transport or
+    // a server, and then `done` is never called.
     ZvCallId ask(const ZvRequest &request, Fate fate, QObject *context, Done done,
                  const ZvDecodeTask &task = ZvDecodeTask());
 
@@ -87,7 +88,7 @@ public:
     qint64 awayFor() const;
     qint64 dataAge() const;
 
-    // The poller's word on whether the exchange answers.
+    // The poller's word on whether the exchange answers; an empty reason adds no line to the log.
     void noteAnswer();
     void noteFailure(const QString &reason);
 
@@ -129,6 +130,7 @@ private:
     qint64 m_lastAnswer = -1;
     std::unique_ptr<ZvDecoderThread> m_decoder;
     std::unique_ptr<ZvTransport> m_transport;
+    int m_transports = 0; // how many there have been
     QUrl m_transportAddress; // of a transport that start() made; empty for one that was given
     QHash<ZvCallId, Question> m_questions;
     ZvCallId m_lastQuestion = 0;

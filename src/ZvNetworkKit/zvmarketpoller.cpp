@@ -46,8 +46,11 @@ ZvServerCache *cache()
     return ZvServerCache::getZvServerCacheInstance();
 }
 
+// Empty where the log has it already.
 QString reasonOf(const ZvOutcome &outcome)
 {
+    if (outcome.isLogged)
+        return QString();
     if (!outcome.isReadable())
         return outcome.error;
     const ZvEnvelope &envelope = outcome.reply.envelope;
@@ -124,8 +127,9 @@ void ZvMarketPoller::flushTopFive()
         [this, id](const ZvOutcome &outcome) {
             m_flush = 0;
             if (!outcome.isOk() || !outcome.reply.trade || !outcome.reply.trade->data) {
-                qCInfo(zvNetworkLog).noquote()
-                    << "The quote cannot be renewed:" << reasonOf(outcome);
+                const QString reason = reasonOf(outcome);
+                if (!reason.isEmpty())
+                    qCInfo(zvNetworkLog).noquote() << "The quote cannot be renewed:" << reason;
                 return;
             }
             const auto &quote = *outcome.reply.trade->data;
@@ -184,7 +188,9 @@ void ZvMarketPoller::forget()
 {
     for (State &topic : m_topics) {
         m_link->cancel(topic.fetch);
+        const bool waitsForServer = topic.announce && topic.fetch == 0;
         topic = State();
+        topic.announce = waitsForServer;
     }
     m_isUnknownCollection = false;
 }
@@ -204,6 +210,11 @@ void ZvMarketPoller::changeServer()
     fetch(Type, false);
     if (m_tableShown)
         fetch(List, false);
+    // And what a page has asked for before there was a server to ask.
+    for (std::size_t i = 0; i < topicCount; ++i) {
+        if (m_topics[i].announce)
+            fetch(static_cast<Topic>(i), true);
+    }
     schedule();
 }
 
@@ -257,9 +268,12 @@ void ZvMarketPoller::schedule()
 void ZvMarketPoller::sendPoll()
 {
     m_pause.reset();
-    if (m_poll != 0 && !m_link->cancel(m_poll))
-        return; // its answer is being decoded, and the next poll follows it
+    if (m_poll != 0 && !m_link->cancel(m_poll)) {
+        m_isOutdated = true; // its answer is being decoded, and the next poll follows it
+        return;
+    }
     m_poll = 0;
+    m_isOutdated = false;
 
     const int wait = m_isRecovering ? 0 : longWait;
     ZvRequest::Parameters parameters{{"wait", QString::number(wait)}};
@@ -300,7 +314,8 @@ void ZvMarketPoller::takePoll(const ZvOutcome &outcome, bool isOfThisCollection)
     const bool wasHeldBack = !m_isRecovering;
     m_failures = 0;
     m_isRecovering = false;
-    m_hasProgress = false;
+    m_hasProgress = m_isOutdated;
+    m_isOutdated = false;
     m_time->setTime(outcome.reply.envelope.time);
     m_link->noteAnswer();
     take(outcome.reply);
@@ -346,6 +361,8 @@ void ZvMarketPoller::fetch(Topic topic, bool announce)
     if (asked.fetch != 0)
         return;
     asked.retry.reset();
+    if (m_link->hasTransport() && m_link->prefix().isEmpty())
+        return; // the first server is asked as soon as it is known
 
     ZvRequest::Parameters parameters;
     if (isOfCollection(topic)) {
@@ -368,13 +385,15 @@ void ZvMarketPoller::takeFetch(Topic topic, const ZvOutcome &outcome)
 {
     state(topic).fetch = 0;
     if (outcome.isOk()) {
+        state(topic).isLogged = false;
         take(outcome.reply);
         takeCollection(outcome.reply);
     } else {
-        if (state(topic).announce || m_link->isConnected()) {
-            qCInfo(zvNetworkLog).noquote()
-                << nameOf(topic).path << "cannot be served:" << reasonOf(outcome);
-        }
+        const bool isNews = state(topic).announce || !state(topic).isLogged;
+        const QString reason = reasonOf(outcome);
+        if (isNews && !reason.isEmpty())
+            qCInfo(zvNetworkLog).noquote() << nameOf(topic).path << "cannot be served:" << reason;
+        state(topic).isLogged = true;
         // Kept out of the poll for the while, which would only say again that it is to be asked.
         if (m_link->isStarted() && state(topic).version == 0) {
             state(topic).retry

@@ -56,7 +56,8 @@ private:
     struct State {
         qint64 version = 0; // 0 while nothing of this server and boot is held
         ZvCallId fetch = 0; // the open question to the topic's path
-        bool announce = false; // a page waits for the answer of `fetch`
+        bool announce = false; // a page waits for the answer of `fetch`, or for the first server
+        bool isLogged = false; // that the last question failed
         ZvTimer retry;
 
         bool isAsked() const { return fetch != 0 || retry; }
@@ -99,6 +100,7 @@ private:
 
     ZvCallId m_poll = 0;
     bool m_isScheduled = false;
+    bool m_isOutdated = false; // the view changed while the poll's answer was being decoded
     bool m_hasProgress = false; // the answer in hand brought a version that was not held
     bool m_isRecovering = true;
     int m_failures = 0;

@@ -7,6 +7,7 @@
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 
 #include <QHash>
+#include <QRandomGenerator>
 #include <QRegularExpression>
 
 #include <cmath>
@@ -43,6 +44,13 @@ std::optional<qint64> fenOfAmount(const QString &amount)
     const qint64 fen = match.captured(1).toLongLong() * 100
         + match.captured(2).leftJustified(2, QLatin1Char('0')).toLongLong();
     return fen > 0 ? std::optional<qint64>(fen) : std::nullopt;
+}
+
+// What may stand in a header after "Bearer".
+bool isToken(const QString &token)
+{
+    static const QRegularExpression form(QStringLiteral("\\A[A-Za-z0-9._~+/=-]{1,512}\\z"));
+    return form.match(token).hasMatch();
 }
 
 const QString invalidPrice = QStringLiteral("价格无效，请输入大于零且不超过两位小数的价格");
@@ -103,8 +111,16 @@ public:
     Result *q;
     ZvActionQueue queue;
 
+    // Names this client to the exchange, so that its own second sign-in is none from elsewhere.
+    const QString client = QStringLiteral("%1").arg(QRandomGenerator::system()->generate64(), 16,
+                                                    16, QLatin1Char('0'));
+
     // Prepared orders that are under way (false) or have succeeded (true).
     QHash<QString, bool> prepared;
+
+    // Keys of prepared orders whose end is not known: sent again under its key, an order that has
+    // arrived after all is not made twice.
+    QHash<QString, QString> lost;
 };
 
 ZvServerActionResult *ZvServerActionResult::getZvServerActionResultInstance()
@@ -121,10 +137,16 @@ void ZvServerActionResult::sendRequest_login(QString phone, QString password)
     zvtrace::call("ZvServerActionResult::sendRequest_login", phone, zvtrace::Secret{password});
     ZvAction login;
     login.path = zvPath_login;
-    login.parameters = {{QStringLiteral("phone"), phone}, {QStringLiteral("password"), password}};
+    login.parameters = {{QStringLiteral("phone"), phone},
+                        {QStringLiteral("password"), password},
+                        {QStringLiteral("client"), d->client}};
     // Pages reload as soon as they hear of it, so the session is in place before.
     login.keep = [](const ZvReply &reply) {
-        theLink()->setToken(reply.texts.value(QStringLiteral("token")).toLatin1());
+        const QString token = reply.texts.value(QStringLiteral("token"));
+        if (!isToken(token))
+            return false;
+        theLink()->setToken(token.toLatin1());
+        return true;
     };
     login.succeed = [this](const ZvReply &) { emit signal_login_succeed(); };
     login.fail = [this](const QString &message) { emit signal_login_failed(message); };
@@ -238,8 +260,10 @@ void ZvServerActionResult::sendRequest_prepay_send(QString md5, int direction, Q
     }
     d->prepared.insert(md5, false);
     ZvAction order;
+    order.key = d->lost.take(md5);
+    order.lose = [this, md5](const QString &key) { d->lost.insert(md5, key); };
     order.path = direction == 1 ? zvPath_trade_buy : zvPath_trade_sell;
-    order.parameters = {{QStringLiteral("prepared"), md5}};
+    order.parameters = {{QStringLiteral("prepared"), QStringLiteral("1")}};
     order.succeed = [this, md5](const ZvReply &) {
         d->prepared.insert(md5, true);
         emit signal_prepay_send_succeed(md5);
@@ -262,7 +286,7 @@ void ZvServerActionResult::sendRequest_delivery(QString collectionId, int count,
     d->send(zvPath_trade_take,
             {{QStringLiteral("collection"), collectionId},
              {QStringLiteral("quantity"), QString::number(count)},
-             {QStringLiteral("name"), name},
+             {QStringLiteral("person"), name},
              {QStringLiteral("phone"), phone},
              {QStringLiteral("address"), address}},
             &Result::signal_delivery_succeed, &Result::signal_delivery_falied);

@@ -10,9 +10,14 @@
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvservercache.h"
 
+#include <algorithm>
+
 using Queries = ZvAccountQueries;
 
 namespace {
+
+// The exchange gives no longer page of deals.
+constexpr int mostDetails = 5000;
 
 ZvExchangeLink *theLink()
 {
@@ -66,7 +71,16 @@ ZvServerEngine *ZvServerEngine::getZvServerEngineInstance()
     return ZvKitSingleton<ZvServerEngine, ZvKitEnd::Engine>::get();
 }
 
-ZvServerEngine::ZvServerEngine() : d(std::make_unique<Private>()) { }
+ZvServerEngine::ZvServerEngine() : d(std::make_unique<Private>())
+{
+    connect(theLink(), &ZvExchangeLink::prefixChanged, this, [this] {
+        if (isLogged)
+            d->queries.renewAccount();
+    });
+    connect(theLink(), &ZvExchangeLink::sessionEnded, this, [](const QString &message) {
+        ZvServerCache::getZvServerCacheInstance()->storeLoggedOtherPlace(message);
+    });
+}
 
 ZvServerEngine::~ZvServerEngine() = default;
 
@@ -216,7 +230,7 @@ void ZvServerEngine::sendRequest_Market_Detail(QString collectionId, int page, i
     zvtrace::call("ZvServerEngine::sendRequest_Market_Detail", collectionId, page, pageSize);
     d->queries.ask(Queries::MarketDetail, zvPath_market_detail,
                    {parameter("collection", collectionId), parameter("page", page),
-                    parameter("size", pageSize)});
+                    parameter("size", std::min(pageSize, mostDetails))});
 }
 
 void ZvServerEngine::sendRequest_Message()
@@ -234,7 +248,7 @@ void ZvServerEngine::sendRequest_Cap()
 void ZvServerEngine::sendRequest_Mybankcard()
 {
     zvtrace::call("ZvServerEngine::sendRequest_Mybankcard");
-    d->queries.ask(Queries::Bankcard, zvPath_pay_qrcode, {parameter("card", 1)});
+    d->queries.ask(Queries::Bankcard, zvPath_pay_hx);
 }
 
 void ZvServerEngine::sendRequest_getURL_INOUT()
@@ -246,8 +260,7 @@ void ZvServerEngine::sendRequest_getURL_INOUT()
 void ZvServerEngine::sendRequest_ApplyList(int page)
 {
     zvtrace::call("ZvServerEngine::sendRequest_ApplyList", page);
-    d->queries.ask(Queries::OpenApplications, zvPath_hold_list,
-                   {parameter("open", 1), parameter("page", page)});
+    d->queries.ask(Queries::OpenApplications, zvPath_hold_list, {parameter("page", page)});
 }
 
 void ZvServerEngine::sendRequest_RevokeList(int page, int pageSize)
@@ -288,7 +301,7 @@ void ZvServerEngine::sendRequest_Select_ApplyRecord(int page, QString startDate,
 {
     zvtrace::call("ZvServerEngine::sendRequest_Select_ApplyRecord", page, startDate, stopDate);
     d->queries.ask(Queries::ApplyRecord, zvPath_hold_list,
-                   period(startDate, stopDate) << parameter("page", page));
+                   period(startDate, stopDate) << parameter("mine", 1) << parameter("page", page));
 }
 
 void ZvServerEngine::sendRequest_Select_DeliveryRecord(int page, QString startDate,
