@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -88,7 +89,11 @@ TEST(StateLock, ANameThatAKilledServiceLeftDoesNotKeepTheNextOneOut)
     // Somebody asks for the holder at the very moment in which a service starts.
     const int asking = ::open((folder / StateLock::kFileName).c_str(), O_RDONLY | O_CLOEXEC);
     ASSERT_EQ(::flock(asking, LOCK_SH | LOCK_NB), 0);
-    std::thread leaving([asking] { ::close(asking); });
+    // Long enough for the first attempt to find the name, far shorter than all attempts.
+    std::thread leaving([asking] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        ::close(asking);
+    });
     EXPECT_NO_THROW(StateLock(folder.path()));
     leaving.join();
 }
