@@ -39,7 +39,7 @@ struct Choices {
     std::string listen = "127.0.0.1:0";
     std::string catalogue;
     std::uint64_t seed = 1;
-    double robots = 4;
+    double robots = 6;
     bool untilStdinCloses = false;
     bool attached = false;
 };
@@ -280,7 +280,9 @@ int runCommandLine(int argc, char **argv)
                  "log and the lock.",
                  "zvexchange");
     app.set_version_flag("--version", "zvexchange " ZVX_VERSION);
-    app.set_help_all_flag("--help-all", "Explain all commands and their options");
+    // One page for all: nobody should have to know a command before reading what it can do.
+    app.set_help_flag();
+    app.set_help_all_flag("-h,--help", "Explain the commands and all their options");
     app.require_subcommand(1);
     app.footer("Try: zvexchange serve --state ~/exchange\n"
                "     curl http://127.0.0.1:PORT/lc/market.html");

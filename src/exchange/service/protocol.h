@@ -13,10 +13,6 @@ namespace zvx {
 
 constexpr std::int64_t protocolNumber = 1;
 
-/// What a client is told of its own releases.
-constexpr std::string_view newestClient = ZVX_VERSION;
-constexpr std::string_view oldestClient = "0.1.0";
-
 /// The pieces of market state that have a version. In the order in which answers hold them.
 enum class Topic {
     Market,
@@ -59,6 +55,7 @@ enum class PathKind {
 
 struct PathEntry {
     std::string_view path;
+    std::string_view method;
     PathKind kind;
 };
 

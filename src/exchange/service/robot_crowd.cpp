@@ -12,6 +12,8 @@ constexpr std::int64_t milli = 1000;
 constexpr int wantedLevels = 5;
 /// Books that are laid out anew in one step, after a start or a settlement.
 constexpr int fillsPerStep = 24;
+/// Collections that get their first deal of a session in one step.
+constexpr int openingsPerStep = 10;
 /// How far back the orders of an earlier run are looked for, and how many at a time.
 constexpr std::int64_t sweepReach = 20'000;
 constexpr std::int64_t sweepChunk = 1000;
@@ -80,6 +82,8 @@ RobotCrowd::RobotCrowd(std::uint64_t seed, std::vector<Listing> listings,
     : m_source(seed), m_options(options),
       m_moneyOnItsWay(static_cast<std::size_t>(options.accounts))
 {
+    for (int robot = options.accounts; robot > 0; --robot)
+        m_unopened.push_back(robot - 1);
     for (Listing &listing : listings) {
         Book book;
         book.listing = listing;
@@ -101,7 +105,7 @@ void RobotCrowd::step(std::int64_t nowMs, const Books &books, std::size_t room,
     const std::int64_t passed
         = m_lastStep < 0 ? 0 : std::min<std::int64_t>(nowMs - m_lastStep, 2000);
     m_lastStep = nowMs;
-    if (m_opened < m_options.accounts) {
+    if (!m_unopened.empty()) {
         openAccounts(turn);
         return;
     }
@@ -120,11 +124,12 @@ void RobotCrowd::step(std::int64_t nowMs, const Books &books, std::size_t room,
 
 void RobotCrowd::openAccounts(Turn &turn)
 {
-    for (; m_opened < m_options.accounts && turn.hasRoom(); ++m_opened) {
+    while (!m_unopened.empty() && turn.hasRoom()) {
         OpenAccount open;
-        open.account = accountOf(m_opened);
+        open.account = accountOf(m_unopened.back());
         open.fee = PartsPerMillion(0);
-        turn.wish(open, m_opened, 0);
+        turn.wish(open, m_unopened.back(), 0);
+        m_unopened.pop_back();
     }
 }
 
@@ -161,25 +166,32 @@ void RobotCrowd::helpOut(Turn &turn)
 void RobotCrowd::fillNext(Turn &turn)
 {
     int filled = 0;
+    int opened = 0;
     for (std::size_t looked = 0; looked < m_books.size() && filled < fillsPerStep; ++looked) {
         m_fillCursor = (m_fillCursor + 1) % m_books.size();
         Book &book = m_books[m_fillCursor];
-        const TradeLevels &levels = *turn.books(m_fillCursor);
-        const int missingBuys = wantedLevels - static_cast<int>(levels.buys.size());
-        const int missingSells = wantedLevels - static_cast<int>(levels.sells.size());
         // The answer to the last fill may not have been published yet.
-        if (book.listing.suspended || book.waiting > 0 || turn.now - book.filledAt < 2000
-            || (missingBuys < 3 && missingSells < 3))
+        if (book.listing.suspended || book.waiting > 0 || turn.now - book.filledAt < 2000)
             continue;
         if (!turn.hasRoom())
             return;
-        ++filled;
-        book.filledAt = turn.now;
-        wander(book, levels);
-        for (int i = 0; i < missingBuys; ++i)
-            quote(turn, m_fillCursor, levels, Side::Buy, wantedLevels - missingBuys + i);
-        for (int i = 0; i < missingSells; ++i)
-            quote(turn, m_fillCursor, levels, Side::Sell, wantedLevels - missingSells + i);
+        const TradeLevels &levels = *turn.books(m_fillCursor);
+        const int missingBuys = wantedLevels - static_cast<int>(levels.buys.size());
+        const int missingSells = wantedLevels - static_cast<int>(levels.sells.size());
+        if (missingBuys >= 3 || missingSells >= 3) {
+            ++filled;
+            book.filledAt = turn.now;
+            wander(book, levels);
+            for (int i = 0; i < missingBuys; ++i)
+                quote(turn, m_fillCursor, levels, Side::Buy, wantedLevels - missingBuys + i);
+            for (int i = 0; i < missingSells; ++i)
+                quote(turn, m_fillCursor, levels, Side::Sell, wantedLevels - missingSells + i);
+        } else if (!levels.latest && opened < openingsPerStep) {
+            ++opened;
+            book.filledAt = turn.now;
+            wander(book, levels);
+            take(turn, m_fillCursor, levels);
+        }
     }
 }
 
@@ -219,7 +231,7 @@ void RobotCrowd::revokeOldest(Turn &turn, std::size_t index, std::size_t count)
 
 void RobotCrowd::act(Turn &turn)
 {
-    const std::size_t index = pickBook();
+    const std::size_t index = pickBook(turn.now);
     Book &book = m_books[index];
     if (book.listing.suspended)
         return;
@@ -312,8 +324,23 @@ void RobotCrowd::wander(Book &book, const TradeLevels &levels)
                             levels.upperLimit.value() * milli - margin);
 }
 
+/// Trade gathers where trade is: half of the orders go to the few that are hot just now.
+std::size_t RobotCrowd::pickBook(std::int64_t now)
+{
+    if (m_hot.empty() || now - m_hotSince >= m_options.hotMs) {
+        m_hotSince = now;
+        m_hot.resize(std::max<std::size_t>(1, m_options.hotCollections));
+        for (std::size_t &each : m_hot)
+            each = pickPopular();
+    }
+    if (m_source.chance(50))
+        return m_hot[static_cast<std::size_t>(
+            m_source.below(static_cast<std::int64_t>(m_hot.size())))];
+    return pickPopular();
+}
+
 /// Some collections are asked for far more than others.
-std::size_t RobotCrowd::pickBook()
+std::size_t RobotCrowd::pickPopular()
 {
     const auto count = static_cast<std::int64_t>(m_popularity.size());
     const std::int64_t u = m_source.below(1'000'000);
@@ -377,7 +404,7 @@ void RobotCrowd::dropped(std::uint64_t token)
     if (std::holds_alternative<Deposit>(found->second.command))
         m_moneyOnItsWay[static_cast<std::size_t>(found->second.account)] = false;
     if (std::holds_alternative<OpenAccount>(found->second.command))
-        m_opened = std::min(m_opened, found->second.account);
+        m_unopened.push_back(found->second.account);
     m_pending.erase(found);
 }
 

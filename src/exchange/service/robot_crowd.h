@@ -28,10 +28,13 @@ private:
 };
 
 struct RobotOptions {
-    double ordersPerSecond = 4; ///< of the whole market, 0.01 to 1000
+    /// Of the whole market, 0.01 to 1000. Laying out thin books again comes on top.
+    double ordersPerSecond = 6;
     int accounts = 8;
-    std::int64_t restingMs = 20 * 60 * 1000; ///< how long an order may stay in its book
+    std::int64_t restingMs = 2 * 60 * 60 * 1000; ///< how long an order may stay in its book
     std::size_t restingOfCollection = 24; ///< orders in one book, both sides
+    std::size_t hotCollections = 12; ///< that draw half of the orders for a while
+    std::int64_t hotMs = 45'000; ///< until others become hot
 };
 
 /**
@@ -40,7 +43,9 @@ struct RobotOptions {
  *
  * Every collection has a value that wanders slowly within its daily limits and is drawn back to the
  * previous close. The robots lay out levels around it on either side, take what stands in the way
- * of their opinion, and revoke what became old. Money and pieces are handed to them when a refusal
+ * of their opinion, and revoke what became old. A session begins with one small deal in every
+ * collection, so that nobody looks at an empty list, and half of all orders go to a few collections
+ * that change every now and then. Money and pieces are handed to them when a refusal
  * shows that they lack some, a sixty-fourth of an issue at a time.
  */
 class RobotCrowd
@@ -112,19 +117,22 @@ private:
     void revokeOldest(Turn &turn, std::size_t index, std::size_t count);
     void wander(Book &book, const TradeLevels &levels);
     std::int64_t usualQuantity(const Book &book, std::int64_t price);
-    std::size_t pickBook();
+    std::size_t pickBook(std::int64_t now);
+    std::size_t pickPopular();
 
     SeededSource m_source;
     RobotOptions m_options;
     std::vector<Book> m_books;
     std::vector<std::size_t> m_popularity;
+    std::vector<std::size_t> m_hot;
+    std::int64_t m_hotSince = 0;
     std::unordered_map<std::uint64_t, Pending> m_pending;
     std::vector<Command> m_help;
     std::vector<bool> m_moneyOnItsWay; ///< by robot
     std::int64_t m_lastStep = -1;
     std::int64_t m_credit = 0; ///< thousandths of an order
     std::uint64_t m_lastToken = 0;
-    int m_opened = 0;
+    std::vector<int> m_unopened; ///< robots without an account yet
     std::size_t m_fillCursor = 0;
     std::size_t m_staleCursor = 0;
     std::int64_t m_sweepFrom = 0; ///< numbers below it may be orders of an earlier run

@@ -24,6 +24,10 @@ namespace {
 
 using Steady = std::chrono::steady_clock;
 
+/// What a client is told of its own releases.
+constexpr std::string_view newestClient = ZVX_VERSION;
+constexpr std::string_view oldestClient = "0.1.0";
+
 constexpr std::int64_t longestWait = 25'000;
 constexpr std::int64_t mostDeals = 200;
 constexpr std::int64_t usualDeals = 10;
@@ -47,7 +51,8 @@ public:
     void stop();
 
     const HttpServer &http() const { return *m_server; }
-    const Exchange &state() const { return *m_exchange; }
+    /// Known beyond the end, when the exchange itself is gone.
+    const std::string &boot() const { return m_envelope->boot(); }
 
 private:
     /// One market with its answers. Stays where it is: polls hold its board's address.
@@ -73,7 +78,8 @@ private:
     HttpAnswer syncAnswer(MarketBoard &board, const SyncQuestion &question) const;
     HttpAnswer data(HttpFragment versioned) const;
     HttpAnswer update() const;
-    std::optional<HttpAnswer> checkMethod(const HttpRequest &request, PathKind kind) const;
+    std::optional<HttpAnswer> checkMethod(const HttpRequest &request,
+                                          std::string_view method) const;
     HttpAnswer badParameter(const std::string &name) const;
     HttpAnswer notFound() const;
     HttpAnswer wrongProtocol() const;
@@ -102,17 +108,18 @@ private:
 Service::Impl::Impl(ServiceOptions options, ServiceLog &log)
     : m_options(std::move(options)), m_log(log), m_refusals(log), m_messages(m_options.folder)
 {
+    // An address that cannot be had is found out before the folder is touched.
+    HttpServer::Options listen;
+    listen.address = m_options.address;
+    listen.port = m_options.port;
+    listen.limits = m_options.limits;
+    m_server = std::make_unique<HttpServer>(listen, *this);
     openExchange();
     const SystemClock clock;
     m_envelope
         = std::make_unique<Envelope>(m_exchange->boot(), [clock] { return clock.wall().value(); });
     makeBoards();
 
-    HttpServer::Options listen;
-    listen.address = m_options.address;
-    listen.port = m_options.port;
-    listen.limits = m_options.limits;
-    m_server = std::make_unique<HttpServer>(listen, *this);
     m_polls = std::make_unique<PollHub>(
         m_options.parkedPolls,
         [this](MarketBoard &board, const SyncQuestion &question) {
@@ -255,7 +262,7 @@ void Service::Impl::handle(HttpRequest request, HttpResponder responder)
         responder.answer(notFound());
         return;
     }
-    if (auto wrong = checkMethod(request, entry->kind)) {
+    if (auto wrong = checkMethod(request, entry->method)) {
         responder.answer(std::move(*wrong));
         return;
     }
@@ -266,12 +273,12 @@ void Service::Impl::handle(HttpRequest request, HttpResponder responder)
 }
 
 std::optional<HttpAnswer> Service::Impl::checkMethod(const HttpRequest &request,
-                                                     PathKind kind) const
+                                                     std::string_view method) const
 {
-    if (request.method == "GET" || (kind == PathKind::Unserved && request.method == "POST"))
+    if (request.method == method)
         return std::nullopt;
     HttpAnswer answer = m_envelope->refusal(WireStatus::Method, "此地址不支持这种请求方法。");
-    answer.allow = kind == PathKind::Unserved ? "GET, POST" : "GET";
+    answer.allow = method;
     return answer;
 }
 
@@ -280,7 +287,7 @@ HttpAnswer Service::Impl::answerRoot(const HttpRequest &request)
     const bool health = request.path == "/healthz";
     if (!health && request.path != "/metrics")
         return notFound();
-    if (auto wrong = checkMethod(request, PathKind::Check))
+    if (auto wrong = checkMethod(request, "GET"))
         return std::move(*wrong);
     HttpAnswer answer = health
         ? HttpAnswer::of(m_failed ? 503 : 200, m_failed ? "failed\n" : "ok\n")
@@ -296,7 +303,7 @@ HttpAnswer Service::Impl::answerPlatform(const std::string &id, std::string_view
     const bool isUpdate = rest == "update.html";
     if (platform == m_platforms.end() || (!isUpdate && rest != "market.html"))
         return notFound();
-    if (auto wrong = checkMethod(request, PathKind::Market))
+    if (auto wrong = checkMethod(request, "GET"))
         return std::move(*wrong);
     if (isUpdate)
         return update();
@@ -311,6 +318,8 @@ HttpAnswer Service::Impl::query(Place &place, PathKind kind, const HttpParameter
     // A client of another protocol has to be able to learn that it is too old.
     if (kind == PathKind::Update)
         return update();
+    if (kind == PathKind::Unserved)
+        return m_envelope->refusal(WireStatus::Unserved, "此功能尚未开通。");
     ParameterReader read(parameters);
     if (!read.protocolFits())
         return read.fault().empty() ? wrongProtocol() : badParameter(read.fault());
@@ -523,7 +532,7 @@ std::uint16_t Service::port() const
 
 const std::string &Service::boot() const
 {
-    return m_impl->state().boot();
+    return m_impl->boot();
 }
 
 void Service::settle()

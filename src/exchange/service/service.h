@@ -22,7 +22,7 @@ struct ServiceOptions {
     std::optional<std::string> firstCatalogue;
     std::uint64_t seed = 1;
     /// Orders a second of the robots of each market; 0 lets nobody but people trade.
-    double robotOrdersPerSecond = 4;
+    double robotOrdersPerSecond = 6;
     HttpLimits limits;
     /// Polls that may wait for a change at once; one more is told to come back.
     std::size_t parkedPolls = 4000;

@@ -1,0 +1,369 @@
+#include "exchange/service/lifeline.h"
+
+#include "exchange/service/raw_client.h"
+#include "exchange/service/temporary_folder.h"
+#include "exchange/service/until.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <csignal>
+#include <fstream>
+#include <optional>
+#include <sstream>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace std::chrono_literals;
+using nlohmann::json;
+using zvxtest::fetch;
+using zvxtest::TemporaryFolder;
+using zvxtest::until;
+
+/// The program as a child process, with pipes on its three ends.
+class Program
+{
+public:
+    enum Input { Pipe, Nothing };
+
+    explicit Program(std::vector<std::string> arguments, Input input = Pipe)
+    {
+        int in[2];
+        int out[2];
+        int err[2];
+        if (::pipe2(in, O_CLOEXEC) != 0 || ::pipe2(out, O_CLOEXEC) != 0
+            || ::pipe2(err, O_CLOEXEC) != 0)
+            throw std::runtime_error("no pipes");
+        arguments.insert(arguments.begin(), ZVX_PROGRAM);
+        std::vector<char *> list;
+        for (std::string &argument : arguments)
+            list.push_back(argument.data());
+        list.push_back(nullptr);
+        m_child = ::fork();
+        if (m_child == 0) {
+            ::dup2(input == Pipe ? in[0] : ::open("/dev/null", O_RDONLY), STDIN_FILENO);
+            ::dup2(out[1], STDOUT_FILENO);
+            ::dup2(err[1], STDERR_FILENO);
+            ::execv(ZVX_PROGRAM, list.data());
+            ::_exit(127);
+        }
+        for (const int end : {in[0], out[1], err[1]})
+            ::close(end);
+        m_in = in[1];
+        m_out = out[0];
+        m_err = err[0];
+    }
+
+    ~Program()
+    {
+        if (!m_status) {
+            ::kill(m_child, SIGKILL);
+            wait();
+        }
+        closeInput();
+        ::close(m_out);
+        ::close(m_err);
+    }
+    Program(const Program &) = delete;
+
+    void closeInput()
+    {
+        if (m_in >= 0)
+            ::close(m_in);
+        m_in = -1;
+    }
+
+    void signal(int number) const { ::kill(m_child, number); }
+
+    bool isRunning()
+    {
+        drain();
+        int status = 0;
+        if (!m_status && ::waitpid(m_child, &status, WNOHANG) == m_child)
+            m_status = status;
+        return !m_status;
+    }
+
+    /// The exit code, -1 after a signal.
+    int wait()
+    {
+        until([&] { return !isRunning(); }, 60s);
+        if (!m_status)
+            return -2;
+        while (drain()) { }
+        return WIFEXITED(*m_status) ? WEXITSTATUS(*m_status) : -1;
+    }
+
+    /// The port of the first line of output.
+    std::uint16_t port()
+    {
+        until(
+            [&] {
+                drain();
+                return output.find('\n') != std::string::npos || !isRunning();
+            },
+            60s);
+        EXPECT_EQ(output.substr(0, 5), "PORT ") << errors;
+        return output.size() > 5 ? static_cast<std::uint16_t>(std::stoi(output.substr(5))) : 0;
+    }
+
+    std::string output;
+    std::string errors;
+
+private:
+    /// Reads what is there. False when both ends are empty.
+    bool drain()
+    {
+        bool any = false;
+        pollfd files[2] = {{m_out, POLLIN, 0}, {m_err, POLLIN, 0}};
+        ::poll(files, 2, 0);
+        for (int i = 0; i < 2; ++i) {
+            char bytes[4096];
+            const ssize_t count
+                = (files[i].revents & POLLIN) ? ::read(files[i].fd, bytes, sizeof bytes) : 0;
+            if (count > 0)
+                (i == 0 ? output : errors).append(bytes, static_cast<std::size_t>(count));
+            any = any || count > 0;
+        }
+        return any;
+    }
+
+    pid_t m_child = -1;
+    int m_in = -1;
+    int m_out = -1;
+    int m_err = -1;
+    std::optional<int> m_status;
+};
+
+/// A process that holds a connection to the folder's socket until it is killed.
+class AttachedProcess
+{
+public:
+    explicit AttachedProcess(const std::filesystem::path &folder)
+    {
+        const std::string path = (folder / zvx::Lifeline::socketName).string();
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        const int file = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        attached = ::connect(file, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
+        m_child = ::fork();
+        if (m_child == 0) {
+            for (;;)
+                ::pause();
+        }
+        ::close(file);
+    }
+    ~AttachedProcess() { kill(); }
+
+    void kill()
+    {
+        if (m_child > 0) {
+            ::kill(m_child, SIGKILL);
+            ::waitpid(m_child, nullptr, 0);
+        }
+        m_child = -1;
+    }
+
+    bool attached = false;
+
+private:
+    pid_t m_child = -1;
+};
+
+class ProgramTest : public testing::Test
+{
+protected:
+    std::vector<std::string> serving(std::vector<std::string> more = {}) const
+    {
+        std::vector<std::string> all
+            = {"serve", "--state", state(), "--catalogue", ZVX_SMALL_CATALOGUE, "--robots", "0"};
+        all.insert(all.end(), more.begin(), more.end());
+        return all;
+    }
+    std::string state() const { return (folder.path() / "state").string(); }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(ProgramTest, ExplainsItself)
+{
+    Program help({"--help"});
+    EXPECT_EQ(help.wait(), 0);
+    for (const char *word : {"serve", "settle", "outbox", "--version", "--help"})
+        EXPECT_NE(help.output.find(word), std::string::npos) << word;
+    Program serve({"serve", "--help"});
+    EXPECT_EQ(serve.wait(), 0);
+    for (const char *word : {"--state", "--listen", "--robots", "--attached", "PORT", "SIGTERM"})
+        EXPECT_NE(serve.output.find(word), std::string::npos) << word;
+    Program version({"--version"});
+    EXPECT_EQ(version.wait(), 0);
+    EXPECT_EQ(version.output, "zvexchange 0.1.0\n");
+}
+
+TEST_F(ProgramTest, EndsWithTwoAndASentenceWhenItCannotBeUsed)
+{
+    std::ofstream(folder.path() / "file") << "x";
+    const std::string file = (folder.path() / "file").string();
+    std::ofstream(folder.path() / "broken.json") << "{";
+    const std::vector<std::vector<std::string>> table = {
+        {},
+        {"serve"},
+        {"fly"},
+        {"serve", "--state", state(), "--robots", "-1"},
+        {"serve", "--state", state(), "--listen", "here"},
+        {"serve", "--state", state(), "--listen", "127.0.0.1:99999"},
+        {"serve", "--state", state(), "--listen", "localhost:0"},
+        {"serve", "--state", state(), "--attached", "--until-stdin-closes"},
+        {"serve", "--state", state(), "--catalogue", "/nowhere"},
+        {"serve", "--state", state(), "--catalogue", (folder.path() / "broken.json").string()},
+        {"serve", "--state", file},
+        {"settle", "--state", (folder.path() / "nothing").string()},
+        {"outbox", "--state", (folder.path() / "nothing").string()},
+    };
+    for (const auto &arguments : table) {
+        std::filesystem::remove_all(state());
+        Program program(arguments);
+        EXPECT_EQ(program.wait(), 2) << testing::PrintToString(arguments);
+        EXPECT_NE(program.errors.find("zvexchange: "), std::string::npos) << program.errors;
+        EXPECT_EQ(program.output, "");
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder.path() / "state" / "catalogue.json"));
+}
+
+TEST_F(ProgramTest, ServesUntilItIsToldToEndAndKeepsItsState)
+{
+    json list;
+    for (int run = 0; run < 2; ++run) {
+        Program program(serving(), Program::Nothing);
+        const std::uint16_t port = program.port();
+        EXPECT_EQ(program.output, "PORT " + std::to_string(port) + "\n");
+        EXPECT_EQ(fetch(port, "/healthz").body, "ok\n");
+        const json data = json::parse(fetch(port, "/lc/youbika/market/list.html").body)["data"];
+        if (run == 0)
+            list = data;
+        EXPECT_EQ(data, list);
+        program.signal(run == 0 ? SIGTERM : SIGINT);
+        EXPECT_EQ(program.wait(), 0) << program.errors;
+        EXPECT_NE(program.errors.find("stopped"), std::string::npos);
+        EXPECT_THROW(zvxtest::RawClient{port}, std::runtime_error);
+    }
+    EXPECT_TRUE(std::filesystem::exists(folder.path() / "state" / "zvexchange.log"));
+    EXPECT_FALSE(std::filesystem::exists(folder.path() / "state" / zvx::Lifeline::socketName));
+}
+
+TEST_F(ProgramTest, AKillLosesNothingAndLeavesTheFolderUsable)
+{
+    {
+        Program program(serving(), Program::Nothing);
+        program.port();
+        Program settle({"settle", "--state", state()});
+        EXPECT_EQ(settle.wait(), 0) << settle.errors;
+        program.signal(SIGKILL);
+        EXPECT_EQ(program.wait(), -1);
+    }
+    Program again(serving(), Program::Nothing);
+    const std::uint16_t port = again.port();
+    EXPECT_EQ(json::parse(fetch(port, "/lc/youbika/market/check.html").body)["data"]["session"], 2);
+    again.signal(SIGTERM);
+    EXPECT_EQ(again.wait(), 0);
+}
+
+TEST_F(ProgramTest, ASecondServiceNamesTheFirst)
+{
+    Program first(serving(), Program::Nothing);
+    const std::string port = std::to_string(first.port());
+    Program second(serving(), Program::Nothing);
+    EXPECT_EQ(second.wait(), 2);
+    EXPECT_NE(second.errors.find("port " + port), std::string::npos) << second.errors;
+    EXPECT_EQ(second.output, "");
+    EXPECT_TRUE(first.isRunning());
+}
+
+TEST_F(ProgramTest, EndsWithItsStandardInput)
+{
+    Program program(serving({"--until-stdin-closes"}));
+    program.port();
+    EXPECT_TRUE(program.isRunning());
+    program.closeInput();
+    EXPECT_EQ(program.wait(), 0);
+}
+
+TEST_F(ProgramTest, AttachedItLivesAsLongAsAnyClient)
+{
+    Program program(serving({"--attached"}));
+    const std::uint16_t port = program.port();
+    AttachedProcess first(state());
+    AttachedProcess second(state());
+    ASSERT_TRUE(first.attached);
+    ASSERT_TRUE(second.attached);
+    program.closeInput();
+    first.kill();
+    // Longer than the two seconds that nobody may be attached.
+    EXPECT_FALSE(until([&] { return !program.isRunning(); }, 2500ms));
+    EXPECT_EQ(fetch(port, "/healthz").status, 200);
+    second.kill();
+    EXPECT_EQ(program.wait(), 0) << program.errors;
+    EXPECT_NE(program.errors.find("nobody attached"), std::string::npos);
+}
+
+TEST_F(ProgramTest, AttachedItEndsWithAKilledStarter)
+{
+    Program program(serving({"--attached"}));
+    program.port();
+    // The system closes the pipe of a process that is killed, which is all that a service sees.
+    program.closeInput();
+    EXPECT_EQ(program.wait(), 0);
+}
+
+TEST_F(ProgramTest, SettlesThroughTheRunningServiceAndAlone)
+{
+    const auto session = [](std::uint16_t port) {
+        return json::parse(fetch(port, "/ch/youbi/market/check.html").body)["data"]["session"];
+    };
+    {
+        Program program(serving(), Program::Nothing);
+        const std::uint16_t port = program.port();
+        Program settle({"settle", "--state", state()});
+        EXPECT_EQ(settle.wait(), 0) << settle.errors;
+        EXPECT_TRUE(until([&] { return session(port) == 2; }));
+        EXPECT_EQ(zvx::Lifeline::send(state(), "dance"), "unknown command");
+        program.signal(SIGTERM);
+        EXPECT_EQ(program.wait(), 0);
+    }
+    Program alone({"settle", "--state", state()});
+    EXPECT_EQ(alone.wait(), 0) << alone.errors;
+    Program program(serving(), Program::Nothing);
+    EXPECT_EQ(session(program.port()), 3);
+}
+
+TEST_F(ProgramTest, TheOutboxSaysThatItIsEmpty)
+{
+    Program program(serving(), Program::Nothing);
+    program.port();
+    Program outbox({"outbox", "--state", state()});
+    EXPECT_EQ(outbox.wait(), 0);
+    EXPECT_NE(outbox.output.find("no codes"), std::string::npos);
+}
+
+TEST_F(ProgramTest, WorksInAFolderWithALongName)
+{
+    const auto deep = folder.path() / std::string(120, 'x') / "state";
+    Program program(
+        {"serve", "--state", deep.string(), "--catalogue", ZVX_SMALL_CATALOGUE, "--robots", "0"},
+        Program::Nothing);
+    program.port();
+    Program settle({"settle", "--state", deep.string()});
+    EXPECT_EQ(settle.wait(), 0) << settle.errors;
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.wait(), 0);
+}
+
+} // namespace
