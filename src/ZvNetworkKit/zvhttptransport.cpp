@@ -155,8 +155,14 @@ void ZvHttpTransport::abandon(ZvCallId id)
     QNetworkReply *reply = found->reply;
     m_transfers.erase(found);
     reply->disconnect(this);
-    reply->abort();
-    reply->deleteLater();
+    // Not from inside the reply's own signals, where an abort makes it fail twice.
+    QMetaObject::invokeMethod(
+        reply,
+        [reply] {
+            reply->abort();
+            reply->deleteLater();
+        },
+        Qt::QueuedConnection);
 }
 
 void ZvHttpTransport::refuse(ZvCallId id, ZvAnswer::Ending ending, const QString &reason)

@@ -233,6 +233,13 @@ private slots:
             socket->write("HTTP/1.1 200 OK\r\nContent-Length: 104857600\r\n\r\n{");
         };
         QCOMPARE(ask(query(zvPath_cap)).ending, ZvAnswer::TooLarge);
+
+        // And where the connection breaks in the same moment.
+        m_exchange->behaviour = [](QTcpSocket *socket, const QByteArray &) {
+            socket->write("HTTP/1.1 200 OK\r\nContent-Length: 104857600\r\n\r\n{");
+            socket->disconnectFromHost();
+        };
+        QCOMPARE(ask(query(zvPath_cap)).ending, ZvAnswer::TooLarge);
     }
 
     void endlessAnswerEndsAtTheBound()
