@@ -37,6 +37,22 @@ ZvWidgetSignalSLotPool *pool()
     return ZvWidgetSignalSLotPool::getSignalSlotPoolInstance();
 }
 
+// Whether a cell looks otherwise although its number is the same.
+bool differsBesideNumbers(const ZvUBObject &before, const ZvUBObject &after)
+{
+    if (before.sharesWith(after))
+        return false;
+    for (int column = 0, count = ZvUBObject::dataCountForModelUse(); column < count; ++column) {
+        if (before.editDataForModelUse(column) != after.editDataForModelUse(column))
+            continue;
+        if (before.displayDataForModelUse(column) != after.displayDataForModelUse(column)
+            || before.resultCompareFloatWithLast(column)
+                != after.resultCompareFloatWithLast(column))
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 Collection_TableView::Collection_TableView(QWidget *parent)
@@ -139,15 +155,12 @@ void Collection_TableView::setMarketList(QList<ZvUBObject> list)
     if (isHidden())
         return;
 
-    // Only numbers are announced. Where a row comes to hold another collection, its name changes
-    // too, and the cells on screen have to be painted once more.
-    const QStringList before = collectionIdsOnScreen();
+    const QList<ZvUBObject> before = rowsOnScreen();
     m_model.setMarketList(std::move(list));
     // A sorted table lays itself out later, and would paint the same frame once before and once
     // after.
     executeDelayedItemsLayout();
-    if (collectionIdsOnScreen() != before)
-        viewport()->update();
+    repaintWhatNoNumberTells(before);
 
     if (selectionModel()->hasSelection() || m_model.rowCount() == 0)
         return;
@@ -174,16 +187,35 @@ QString Collection_TableView::collectionIdAt(QPoint position) const
     return m_model.collectionId(m_proxy.mapToSource(indexAt(position)));
 }
 
-QStringList Collection_TableView::collectionIdsOnScreen() const
+QList<ZvUBObject> Collection_TableView::rowsOnScreen() const
 {
-    QStringList ids;
+    QList<ZvUBObject> rows;
     const int first = rowAt(0);
     if (first < 0)
-        return ids;
+        return rows;
     const int last = rowAt(viewport()->height() - 1);
     for (int row = first, end = last < 0 ? m_proxy.rowCount() - 1 : last; row <= end; ++row)
-        ids.append(collectionIdOfProxyRow(row));
-    return ids;
+        rows.append(m_model.item(m_proxy.mapToSource(m_proxy.index(row, 0)).row()));
+    return rows;
+}
+
+// The model announces numbers alone. A row that comes to hold another collection changes its name
+// too, a figure that appears may be zero like the one that was missing, and a price takes another
+// colour with the previous close: such rows are painted once more.
+void Collection_TableView::repaintWhatNoNumberTells(const QList<ZvUBObject> &before)
+{
+    const QList<ZvUBObject> after = rowsOnScreen();
+    if (after.size() != before.size()) {
+        viewport()->update();
+        return;
+    }
+    const int first = rowAt(0);
+    for (int i = 0; i < after.size(); ++i) {
+        if (!differsBesideNumbers(before.at(i), after.at(i)))
+            continue;
+        const int top = rowViewportPosition(first + i);
+        viewport()->update(0, top, viewport()->width(), rowHeight(first + i));
+    }
 }
 
 void Collection_TableView::selectCollectionRow(QString id)

@@ -52,7 +52,8 @@ private:
     void removeOption();
     void selectRowByWheel(const QWheelEvent *event);
     QModelIndex selectedSourceIndex() const;
-    QStringList collectionIdsOnScreen() const;
+    QList<ZvUBObject> rowsOnScreen() const;
+    void repaintWhatNoNumberTells(const QList<ZvUBObject> &before);
 
     CollectionTableModel m_model;
     CollectionSortFilterProxyModel m_proxy;

@@ -46,6 +46,9 @@ public:
     // The address of the collection's introduction, empty when it has none or `index` is invalid.
     QString introductionUrl(const QModelIndex &index) const;
 
+    // The collection in a row from 0 up to the row count.
+    const ZvUBObject &item(int row) const { return m_items.at(row); }
+
     // The number of a cell of this model, as its edit role gives it, without the QVariant.
     float number(const QModelIndex &index) const
     {

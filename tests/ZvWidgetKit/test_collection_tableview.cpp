@@ -1019,6 +1019,27 @@ private slots:
         QTRY_VERIFY(counter.painted.contains(name));
     }
 
+    void figureThatAppearsAsZeroIsPainted()
+    {
+        QList<ZvUBObject> rows = collections(3);
+        ZvUBObject::Data data = rows.at(1).data();
+        data.latest = zvub::noValue;
+        rows[1] = ZvUBObject(data);
+        m_view->setMarketList(rows);
+        QCoreApplication::processEvents();
+        const QModelIndex change = proxy()->index(1, 4);
+        QCOMPARE(change.data().toString(), QStringLiteral("--"));
+
+        // The first deal is at the previous close: no change, and the number behind it stays 0.
+        PaintCounter counter(m_view->viewport());
+        data.latest = data.previousClose;
+        rows[1] = rows.at(1).updated(data);
+        m_view->setMarketList(rows);
+        QCOMPARE(change.data().toString(), QStringLiteral("0.00"));
+        QVERIFY(!change.data(Qt::BackgroundRole).isValid());
+        QTRY_VERIFY(counter.painted.contains(m_view->visualRect(change).center()));
+    }
+
     void tickPaintsChangedCellsOnly()
     {
         fill(12);
