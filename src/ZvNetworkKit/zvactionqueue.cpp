@@ -126,10 +126,7 @@ void ZvActionQueue::resolveLater(const QString &reason)
                                        << "has no answer and is asked for by its key:" << reason;
     }
     if (now - m_unknownSince > resolveBound) {
-        const Entry &entry = m_waiting.front();
-        if (entry.action.lose)
-            entry.action.lose(entry.key);
-        endFailed(QStringLiteral("交易所没有答复，结果未知，请查询后再操作"));
+        endUnknown(QStringLiteral("交易所没有答复，结果未知，请查询后再操作"));
         return;
     }
     const int doublings = std::min(m_resolutions, 4);
@@ -154,8 +151,12 @@ void ZvActionQueue::takeResolution(const ZvOutcome &outcome)
     const ZvEnvelope &envelope = outcome.reply.envelope;
     const bool isPassing
         = envelope.status == QLatin1String("failed") || envelope.status == QLatin1String("busy");
+    const bool isSignedOut = envelope.status == QLatin1String("session")
+        || envelope.status == QLatin1String("elsewhere");
     if (!outcome.isReadable() || isPassing)
         resolveLater(outcome.error);
+    else if (isSignedOut) // the question is refused, which says nothing about the action
+        endUnknown(QStringLiteral("登录已失效，上一请求的结果未知，请重新登录后查询"));
     else if (envelope.reason == QLatin1String("unknown-key"))
         endFailed(QStringLiteral("请求未送达交易所，请重试"));
     else
@@ -178,6 +179,14 @@ void ZvActionQueue::endWith(const ZvOutcome &outcome)
         action.succeed(outcome.reply);
     else
         action.fail(QStringLiteral("交易所的答复无法识别，请稍后再试"));
+}
+
+void ZvActionQueue::endUnknown(const QString &message)
+{
+    const Entry &entry = m_waiting.front();
+    if (entry.action.lose)
+        entry.action.lose(entry.key);
+    endFailed(message);
 }
 
 void ZvActionQueue::endFailed(const QString &message)

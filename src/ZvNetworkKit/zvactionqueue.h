@@ -68,6 +68,7 @@ private:
     ZvRequest requestFor(const Entry &entry, bool isResolution) const;
     void endWith(const ZvOutcome &outcome);
     void endFailed(const QString &message);
+    void endUnknown(const QString &message);
 
     ZvExchangeLink *m_link;
     std::deque<Entry> m_waiting; // the first one is under way while `m_isBusy`

@@ -77,8 +77,7 @@ void ZvMarketPoller::setCollection(const QString &collectionId)
         return;
     m_collection = collectionId;
     m_isUnknownCollection = false;
-    for (const Topic topic : {Item, Trade, Latest})
-        state(topic).version = 0;
+    forgetCollection({Item, Trade, Latest});
     schedule();
 }
 
@@ -88,8 +87,17 @@ void ZvMarketPoller::setDealLimit(int limit)
     if (held == m_dealLimit)
         return;
     m_dealLimit = held;
-    state(Latest).version = 0;
+    forgetCollection({Latest});
     schedule();
+}
+
+// What is held and asked for of the collection is of another one, or of another length.
+void ZvMarketPoller::forgetCollection(std::initializer_list<Topic> topics)
+{
+    for (const Topic topic : topics) {
+        m_link->cancel(state(topic).fetch);
+        state(topic) = State();
+    }
 }
 
 void ZvMarketPoller::setTableShown(bool shown)
@@ -220,6 +228,7 @@ void ZvMarketPoller::changeServer()
 
 void ZvMarketPoller::askServers()
 {
+    m_sent = m_link->clock()->now();
     ZvRequest request = m_link->makeRequest(zvPath_market, {});
     request.prefix = m_link->platformRoot();
     request.deadline = recoveryDeadline;
@@ -274,6 +283,7 @@ void ZvMarketPoller::sendPoll()
     }
     m_poll = 0;
     m_isOutdated = false;
+    m_sent = m_link->clock()->now();
 
     const int wait = m_isRecovering ? 0 : longWait;
     ZvRequest::Parameters parameters{{"wait", QString::number(wait)}};
@@ -344,14 +354,16 @@ void ZvMarketPoller::retryPoll(const QString &reason)
 }
 
 // Doubles with each failure; a random quarter is taken off, so that many clients do not come back
-// in step.
+// in step. The time that the failed attempt took counts, so that a deadline and a pause do not add
+// up.
 qint64 ZvMarketPoller::pause()
 {
     const int doublings = std::min(m_failures, 4);
     ++m_failures;
     const int whole = std::min(longestPause, shortestPause << doublings);
     const int jitter = whole > shortestPause ? QRandomGenerator::global()->bounded(whole / 4) : 0;
-    return whole - jitter;
+    const qint64 spent = m_link->clock()->now() - m_sent;
+    return std::max<qint64>(shortestPause, whole - jitter - spent);
 }
 
 void ZvMarketPoller::fetch(Topic topic, bool announce)
@@ -374,20 +386,24 @@ void ZvMarketPoller::fetch(Topic topic, bool announce)
     task.shape = nameOf(topic).shape;
     asked.fetch = m_link->ask(
         m_link->makeRequest(nameOf(topic).path, parameters), ZvExchangeLink::DiesWithServer, this,
-        [this, topic](const ZvOutcome &outcome) { takeFetch(topic, outcome); }, task);
+        [this, topic, collection = m_collection, limit = m_dealLimit](const ZvOutcome &outcome) {
+            takeFetch(topic, outcome, collection == m_collection && limit == m_dealLimit);
+        },
+        task);
     if (asked.fetch == 0) {
         asked.announce = false;
         qCInfo(zvNetworkLog).noquote() << "No exchange to ask for" << nameOf(topic).path;
     }
 }
 
-void ZvMarketPoller::takeFetch(Topic topic, const ZvOutcome &outcome)
+void ZvMarketPoller::takeFetch(Topic topic, const ZvOutcome &outcome, bool isOfThisCollection)
 {
     state(topic).fetch = 0;
     if (outcome.isOk()) {
         state(topic).isLogged = false;
         take(outcome.reply);
-        takeCollection(outcome.reply);
+        if (isOfThisCollection)
+            takeCollection(outcome.reply);
     } else {
         const bool isNews = state(topic).announce || !state(topic).isLogged;
         const QString reason = reasonOf(outcome);

@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <array>
+#include <initializer_list>
 
 class ZvExchangeTime;
 
@@ -78,9 +79,10 @@ private:
     void takePoll(const ZvOutcome &outcome, bool isOfThisCollection);
     void retryPoll(const QString &reason);
     qint64 pause();
+    void forgetCollection(std::initializer_list<Topic> topics);
 
     void fetch(Topic topic, bool announce);
-    void takeFetch(Topic topic, const ZvOutcome &outcome);
+    void takeFetch(Topic topic, const ZvOutcome &outcome, bool isOfThisCollection);
     void take(const ZvReply &reply);
     void takeRows(const ZvReply &reply);
     void takeCollection(const ZvReply &reply);
@@ -104,6 +106,7 @@ private:
     bool m_hasProgress = false; // the answer in hand brought a version that was not held
     bool m_isRecovering = true;
     int m_failures = 0;
+    qint64 m_sent = 0; // when the last poll left
     ZvTimer m_pause;
     ZvCallId m_flush = 0;
 };
