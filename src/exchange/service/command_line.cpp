@@ -19,7 +19,9 @@
 #include <stdexcept>
 #include <string>
 
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace zvx {
 
@@ -217,6 +219,16 @@ int outbox(const Choices &choices)
     return 0;
 }
 
+/// A starter may have closed some of the three standard descriptors. The next file that is opened
+/// would take such a number, and the port and the log would be written into it.
+void occupyStandardDescriptors()
+{
+    for (int file = STDIN_FILENO; file <= STDERR_FILENO; ++file) {
+        if (::fcntl(file, F_GETFD) < 0 && ::open("/dev/null", O_RDWR) != file)
+            throw std::runtime_error("cannot open /dev/null");
+    }
+}
+
 /// Everything that keeps a command from doing its work becomes one sentence.
 template <class Work>
 int guarded(const Work &work)
@@ -274,6 +286,11 @@ void addServe(CLI::App &app, Choices &choices)
 
 int runCommandLine(int argc, char **argv)
 {
+    if (const int code = guarded([] {
+            occupyStandardDescriptors();
+            return 0;
+        }))
+        return code;
     Choices choices;
     CLI::App app("zvexchange: order books, ledger and quotes of the collectibles exchange.\n"
                  "A state folder holds everything: the catalogue, one store for each market, the "

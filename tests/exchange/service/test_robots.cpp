@@ -18,7 +18,7 @@ class VirtualMarket
 {
 public:
     VirtualMarket(std::uint64_t seed, const RobotOptions &options)
-        : m_crowd(seed, list(m_market), options), m_books(collections)
+        : m_listings(list(m_market)), m_crowd(seed, m_listings, options), m_books(collections)
     {
     }
 
@@ -46,6 +46,12 @@ public:
     {
         m_market.apply(SettleDay{TradingDay(20200101)}, TimeMs(m_now), m_events);
         m_crowd.sessionEnded();
+    }
+
+    /// New robots, which know nothing of what the old ones did.
+    void restart(std::uint64_t seed, const RobotOptions &options)
+    {
+        m_crowd = RobotCrowd(seed, m_listings, options);
     }
 
     const Market &market() const { return m_market; }
@@ -89,6 +95,7 @@ private:
     }
 
     Market m_market;
+    std::vector<RobotCrowd::Listing> m_listings;
     RobotCrowd m_crowd;
     std::vector<TradeLevels> m_books;
     std::vector<Event> m_events;
@@ -170,6 +177,24 @@ TEST(Robots, GoOnAfterASettlement)
     world.run(60'000);
     EXPECT_GT(world.market().openOrders(), std::size_t(collections));
     EXPECT_GT(dealsOf(world.market()), before);
+}
+
+TEST(Robots, RevokeWhatAnEarlierRunLeft)
+{
+    VirtualMarket world(6, busy());
+    world.run(60'000);
+    const OrderNumber last = world.market().lastOrder();
+    world.restart(6, busy());
+    world.run(60'000);
+    EXPECT_GT(world.market().lastOrder(), last);
+    for (const AccountId account : world.market().accounts()) {
+        std::vector<OrderView> open;
+        world.market().ordersOf(account, open);
+        EXPECT_FALSE(open.empty());
+        for (const OrderView &order : open)
+            EXPECT_GT(order.order, last);
+    }
+    EXPECT_EQ(world.market().audit(), std::nullopt);
 }
 
 TEST(Robots, BearAQueueThatIsOftenFull)
