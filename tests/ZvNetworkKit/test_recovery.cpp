@@ -148,6 +148,14 @@ private slots:
         QVERIFY(access()->dataAge() >= away);
         QCOMPARE(price(), qint64(1000)); // the old rows stay in view
 
+        if (how == ComingAndGoing::Silent) {
+            // The worst moment to return is just after a question has left for nobody.
+            for (const int open : {0, 1}) {
+                for (int i = 0; i < 200 && openPolls() != open; ++i)
+                    pass(50);
+                QCOMPARE(openPolls(), open);
+            }
+        }
         m_exchange->state = ComingAndGoing::Up;
         m_exchange->run = 2;
         m_exchange->price = 1234;
@@ -224,6 +232,8 @@ private:
         const QList<ZvUBObject> rows = cache()->getMarketListByTypeId(-1, QString());
         return rows.isEmpty() ? -1 : rows.first().data().latest;
     }
+
+    int openPolls() const { return m_bench->exchange->openCount(zvPath_sync); }
 
     // Lets `milliseconds` pass, with everything that happens on the way.
     void pass(int milliseconds)
