@@ -331,7 +331,7 @@ void ZvMarketPoller::takePoll(const ZvOutcome &outcome, bool isOfThisCollection)
     take(outcome.reply);
     if (isOfThisCollection)
         takeCollection(outcome.reply);
-    if (m_hasProgress || !wasHeldBack) {
+    if (m_hasProgress || !wasHeldBack || m_isScheduled) {
         schedule();
     } else {
         // An answer without news should have taken its time; a service that does not hold it back

@@ -27,8 +27,11 @@ public:
     enum Topic { Market, Message, Check, Composite, Brief, Type, List, Item, Trade, Latest };
 
     // Milliseconds.
-    static constexpr int longWait = 20000; // how long the exchange may hold a poll back
-    static constexpr int waitMargin = 5000; // how much later its answer may still come
+    // How long the exchange may hold a poll back, and how much later its answer may still come. An
+    // exchange that hangs is told from a quiet one after the two, and quotes on screen look live
+    // until then, so they are short; a poll without news costs next to nothing.
+    static constexpr int longWait = 5000;
+    static constexpr int waitMargin = 3000;
     static constexpr int recoveryDeadline = 3000; // for a poll that is not held back
     static constexpr int shortestPause = 250; // after the first failure
     static constexpr int longestPause = 3000; // after many
