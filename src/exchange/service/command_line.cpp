@@ -176,6 +176,7 @@ int serve(const Choices &choices)
     const Lifeline::End end
         = lifeline.wait([&](const std::string &command) { return obey(service, command); });
     log.info(std::string("ending reason=\"") + reasonOf(end) + '"');
+    lifeline.close();
     service.stop();
     return failed ? exitFault : 0;
 }

@@ -91,14 +91,20 @@ Lifeline::Lifeline(Options options) : m_options(std::move(options))
 
 Lifeline::~Lifeline()
 {
+    close();
     for (const Client &client : m_clients)
         ::close(client.file);
-    if (m_listener >= 0) {
-        ::unlink((m_options.folder / socketName).c_str());
-        ::close(m_listener);
-    }
     ::close(m_wake);
     ::close(m_signals);
+}
+
+void Lifeline::close()
+{
+    if (m_listener < 0)
+        return;
+    ::unlink((m_options.folder / socketName).c_str());
+    ::close(m_listener);
+    m_listener = -1;
 }
 
 void Lifeline::listen()

@@ -46,6 +46,10 @@ public:
     /// behind is replaced. Throws std::runtime_error with one sentence.
     void listen();
 
+    /// Closes `attach.sock` and removes it. Call it with the folder's lock still held: later it
+    /// would remove the socket of the next service. Idempotent.
+    void close();
+
     /// Gives the answer to a command line, without its line end.
     using Control = std::function<std::string(const std::string &command)>;
 
