@@ -63,7 +63,9 @@ Collection_TableView::Collection_TableView(QWidget *parent)
     m_proxy.setSourceModel(&m_model);
     m_proxy.setDynamicSortFilter(true);
     m_model.setEmissionWrapper(
-        [this](const CollectionTableModel::Emission &emission) { m_proxy.keepOrder(emission); });
+        [this](const QList<QModelIndex> &changed, const CollectionTableModel::Emission &emission) {
+            m_proxy.keepOrder(changed, emission);
+        });
     setModel(&m_proxy);
     applyStyle();
     createConnections();

@@ -4,6 +4,7 @@
 #include "ZvWidgetKit/collectioncolumns.h"
 #include "ZvWidgetKit/collectiontablemodel.h"
 
+#include <algorithm>
 #include <typeinfo>
 
 namespace {
@@ -36,12 +37,13 @@ bool CollectionSortFilterProxyModel::lessThan(const QModelIndex &left,
     return source->data(left, Qt::EditRole).toFloat() < source->data(right, Qt::EditRole).toFloat();
 }
 
-void CollectionSortFilterProxyModel::keepOrder(const std::function<void()> &emission)
+void CollectionSortFilterProxyModel::keepOrder(const QList<QModelIndex> &changed,
+                                               const std::function<void()> &emission)
 {
     // A dynamically sorting proxy moves one row at a time among rows that it takes to be sorted;
     // among rows that are not, it puts them into wrong places. So a broken order is sorted as a
     // whole. An order that holds costs no layout change when each row finds itself in place.
-    if (!dynamicSortFilter() || isInOrder()) {
+    if (!dynamicSortFilter() || isInOrder(changed)) {
         emission();
         return;
     }
@@ -50,31 +52,35 @@ void CollectionSortFilterProxyModel::keepOrder(const std::function<void()> &emis
     setDynamicSortFilter(true);
 }
 
-bool CollectionSortFilterProxyModel::isInOrder() const
+// The rows were in order before, so only those whose number changed can be out of place. Texts may
+// have changed with nothing said, and are looked through from end to end.
+bool CollectionSortFilterProxyModel::isInOrder(const QList<QModelIndex> &changed) const
 {
     const int column = sortColumn();
     if (column < 0)
         return true;
-    const bool isAscending = sortOrder() == Qt::AscendingOrder;
-    const int count = rowCount();
-    const CollectionTableModel *market = marketModel(sourceModel());
-    if (market && CollectionColumns::all().isNumber(column)) {
-        // The same as below; each number is read once.
-        float previous = 0;
-        for (int row = 0; row < count; ++row) {
-            const float current = market->number(mapToSource(index(row, column)));
-            if (row > 0 && (isAscending ? current < previous : previous < current))
-                return false;
-            previous = current;
-        }
-        return true;
+    if (CollectionColumns::all().isNumber(column)) {
+        return std::none_of(changed.begin(), changed.end(), [&](const QModelIndex &cell) {
+            return cell.column() == column && isOutOfPlace(mapFromSource(cell).row());
+        });
     }
-    QModelIndex previous;
-    for (int row = 0; row < count; ++row) {
-        const QModelIndex current = mapToSource(index(row, column));
-        if (row > 0 && (isAscending ? lessThan(current, previous) : lessThan(previous, current)))
+    for (int row = 1, count = rowCount(); row < count; ++row) {
+        if (isOutOfPlace(row))
             return false;
-        previous = current;
     }
     return true;
+}
+
+// Whether a row does not belong between the one above and the one below it.
+bool CollectionSortFilterProxyModel::isOutOfPlace(int row) const
+{
+    const auto isMisplaced = [this](int upper, int lower) {
+        if (upper < 0 || lower >= rowCount())
+            return false;
+        const QModelIndex first = mapToSource(index(upper, sortColumn()));
+        const QModelIndex second = mapToSource(index(lower, sortColumn()));
+        return sortOrder() == Qt::AscendingOrder ? lessThan(second, first)
+                                                 : lessThan(first, second);
+    };
+    return isMisplaced(row - 1, row) || isMisplaced(row, row + 1);
 }

@@ -186,13 +186,13 @@ void CollectionTableModel::setMarketList(QList<ZvUBObject> newList)
     m_items = std::move(newList);
 
     if (m_emissionWrapper)
-        m_emissionWrapper([this] { announceChanges(); });
+        m_emissionWrapper(m_flashIndexes, [this] { announceChanges(); });
     else
         announceChanges();
     QTimer::singleShot(FlashMilliseconds, this, [this] { endFlash(); });
 }
 
-void CollectionTableModel::setEmissionWrapper(std::function<void(const Emission &)> wrapper)
+void CollectionTableModel::setEmissionWrapper(EmissionWrapper wrapper)
 {
     m_emissionWrapper = std::move(wrapper);
 }

@@ -18,6 +18,8 @@ class CollectionTableModel : public QAbstractTableModel
 
 public:
     using Emission = std::function<void()>;
+    using EmissionWrapper
+        = std::function<void(const QList<QModelIndex> &changed, const Emission &emission)>;
 
     explicit CollectionTableModel(QObject *parent = nullptr);
     ~CollectionTableModel() override;
@@ -36,9 +38,10 @@ public:
     void setMarketList(QList<ZvUBObject> newList);
 
     // Calls `wrapper` in place of each announcement of changed cells, after the rows are replaced.
-    // It gets the announcement as a function and has to call it once. Who sorts the rows needs it:
-    // by then all of them are new, and to be told cell by cell is too late to keep an order.
-    void setEmissionWrapper(std::function<void(const Emission &)> wrapper);
+    // It gets the cells and the announcement as a function, and has to call that once. Who sorts
+    // the rows needs it: by then all of them are new, and to be told cell by cell is too late to
+    // keep an order.
+    void setEmissionWrapper(EmissionWrapper wrapper);
 
     // The id of the collection in the row of `index`; empty for an invalid index.
     QString collectionId(const QModelIndex &index) const;
@@ -70,5 +73,5 @@ private:
     QImage m_imageDown;
     QList<QModelIndex> m_flashIndexes;
     QBitArray m_flashMap; // the cells of m_flashIndexes, row by row; empty when none flashes
-    std::function<void(const Emission &)> m_emissionWrapper;
+    EmissionWrapper m_emissionWrapper;
 };

@@ -143,13 +143,14 @@ private slots:
         proxy.sort(3, Qt::AscendingOrder);
         int emissions = 0;
         bool duringEmission = false;
-        model.setEmissionWrapper([&](const CollectionTableModel::Emission &emission) {
-            proxy.keepOrder([&] {
-                ++emissions;
-                duringEmission = proxy.dynamicSortFilter();
-                emission();
+        model.setEmissionWrapper(
+            [&](const QList<QModelIndex> &changed, const CollectionTableModel::Emission &emission) {
+                proxy.keepOrder(changed, [&] {
+                    ++emissions;
+                    duringEmission = proxy.dynamicSortFilter();
+                    emission();
+                });
             });
-        });
         int layouts = 0;
         connect(&proxy, &QAbstractItemModel::layoutChanged, &proxy, [&layouts] { ++layouts; });
         model.setMarketList({priced(1, price), priced(2, 2000)});
