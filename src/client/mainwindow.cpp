@@ -13,6 +13,7 @@
 #include <QFontMetrics>
 #include <QHeaderView>
 #include <QResizeEvent>
+#include <QScrollBar>
 #include <QSplitter>
 #include <QVBoxLayout>
 
@@ -97,7 +98,10 @@ void MainWindow::feedTable()
 void MainWindow::widenNames()
 {
     QHeaderView *header = m_table->horizontalHeader();
-    const int spare = m_table->viewport()->width() - header->length();
+    // The first rows are in, but the bar that they need has not taken its place yet.
+    const QScrollBar *bar = m_table->verticalScrollBar();
+    const int barToCome = bar->isVisible() ? 0 : bar->sizeHint().width();
+    const int spare = m_table->viewport()->width() - barToCome - header->length();
     const int missing
         = widestName(m_table->model(), m_table->fontMetrics()) - header->sectionSize(nameColumn);
     if (spare > 0 && missing > 0)
