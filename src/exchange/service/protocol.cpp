@@ -51,33 +51,33 @@ const std::array<PathEntry, 46> &contractPaths()
         {"market/week.html", get, PathKind::Unserved},
         {"market/month.html", get, PathKind::Unserved},
         {"market/detail.html", get, PathKind::Unserved},
-        {"myaccount.html", get, PathKind::Unserved},
-        {"cap.html", get, PathKind::Unserved},
+        {"myaccount.html", get, PathKind::Account},
+        {"cap.html", get, PathKind::Cap},
         {"myaccount/gather.html", get, PathKind::Unserved},
         {"revoke.html", get, PathKind::Unserved},
-        {"myaccount/optional.html", get, PathKind::Unserved},
-        {"myaccount/append.html", post, PathKind::Unserved},
-        {"myaccount/remove.html", post, PathKind::Unserved},
+        {"myaccount/optional.html", get, PathKind::Favourites},
+        {"myaccount/append.html", post, PathKind::FavouriteAdd},
+        {"myaccount/remove.html", post, PathKind::FavouriteRemove},
         {"myaccount/entrust.html", get, PathKind::Unserved},
         {"myaccount/his-entrust.html", get, PathKind::Unserved},
         {"myaccount/trade.html", get, PathKind::Unserved},
         {"myaccount/hold.html", get, PathKind::Unserved},
         {"myaccount/take-list.html", get, PathKind::Unserved},
         {"pay/list.html", get, PathKind::Unserved},
-        {"login.html", post, PathKind::Unserved},
-        {"reg.html", post, PathKind::Unserved},
-        {"reg/send.html", post, PathKind::Unserved},
-        {"forget/validate.html", post, PathKind::Unserved},
-        {"forget/send.html", post, PathKind::Unserved},
+        {"login.html", post, PathKind::SignIn},
+        {"reg.html", post, PathKind::Register},
+        {"reg/send.html", post, PathKind::RegisterCode},
+        {"forget/validate.html", post, PathKind::Reset},
+        {"forget/send.html", post, PathKind::ResetCode},
         {"pay/qrcode.html", get, PathKind::Unserved},
         {"pay/send.html", post, PathKind::Unserved},
         {"pay/trade.html", post, PathKind::Unserved},
         {"pay/cash-deal.html", post, PathKind::Unserved},
         {"hold/list.html", get, PathKind::Unserved},
         {"pay/hx.html", get, PathKind::Unserved},
-        {"trade/buy.html", post, PathKind::Unserved},
-        {"trade/sell.html", post, PathKind::Unserved},
-        {"trade/revoke.html", post, PathKind::Unserved},
+        {"trade/buy.html", post, PathKind::Buy},
+        {"trade/sell.html", post, PathKind::Sell},
+        {"trade/revoke.html", post, PathKind::Revoke},
         {"myaccount/take.html", get, PathKind::Unserved},
         {"trade/take.html", post, PathKind::Unserved},
     }};
@@ -90,6 +90,29 @@ const PathEntry *findPath(std::string_view path)
     const auto found = std::find_if(paths.begin(), paths.end(),
                                     [&](const PathEntry &entry) { return entry.path == path; });
     return found == paths.end() ? nullptr : &*found;
+}
+
+PathRoom roomOf(PathKind kind)
+{
+    switch (kind) {
+    case PathKind::SignIn:
+    case PathKind::Register:
+    case PathKind::RegisterCode:
+    case PathKind::Reset:
+    case PathKind::ResetCode:
+    case PathKind::Account:
+    case PathKind::Favourites:
+    case PathKind::FavouriteAdd:
+    case PathKind::FavouriteRemove:
+        return PathRoom::Accounts;
+    case PathKind::Cap:
+    case PathKind::Buy:
+    case PathKind::Sell:
+    case PathKind::Revoke:
+        return PathRoom::Trading;
+    default:
+        return PathRoom::Market;
+    }
 }
 
 std::string_view wireName(WireStatus status)
@@ -116,12 +139,14 @@ std::string Envelope::open(WireStatus status) const
     return json.take();
 }
 
-HttpAnswer Envelope::refusal(WireStatus status, std::string_view message) const
+HttpAnswer Envelope::refusal(WireStatus status, std::string_view message,
+                             std::string_view reason) const
 {
-    JsonText text;
-    text.text(message);
-    HttpAnswer answer
-        = HttpAnswer::of(httpStatus(status), open(status) + ",\"message\":" + text.view() + '}');
+    JsonText rest;
+    rest.raw(open(status)).key("message").text(message);
+    if (!reason.empty())
+        rest.key("reason").text(reason);
+    HttpAnswer answer = HttpAnswer::of(httpStatus(status), rest.close('}').take());
     if (status == WireStatus::Method)
         answer.allow = "GET";
     return answer;

@@ -35,8 +35,7 @@ constexpr std::size_t indexOf(Topic topic)
     return static_cast<std::size_t>(topic);
 }
 
-/// What a path is for. Those from `Account` on belong to the contract, and this service does not
-/// serve them yet.
+/// What a path is for. `Unserved` belongs to the contract, and this service does not serve it yet.
 enum class PathKind {
     Sync,
     Update,
@@ -50,8 +49,29 @@ enum class PathKind {
     Trade,
     Latest,
     Type,
+    SignIn,
+    Register,
+    RegisterCode,
+    Reset,
+    ResetCode,
+    Account,
+    Favourites,
+    FavouriteAdd,
+    FavouriteRemove,
+    Cap,
+    Buy,
+    Sell,
+    Revoke,
     Unserved,
 };
+
+/// Who answers a path.
+enum class PathRoom {
+    Market, ///< what everybody may read
+    Accounts, ///< signing in, registering, favourites
+    Trading, ///< what an account has and does in one market
+};
+PathRoom roomOf(PathKind kind);
 
 struct PathEntry {
     std::string_view path;
@@ -95,8 +115,10 @@ public:
 
     /// `{"protocol":1,…,"time":…` without the closing brace.
     std::string open(WireStatus status) const;
-    /// A whole answer without data; `message` is a Chinese sentence for people.
-    HttpAnswer refusal(WireStatus status, std::string_view message) const;
+    /// A whole answer without data; `message` is a Chinese sentence for people, `reason` the word
+    /// for programs that goes with WireStatus::Refused.
+    HttpAnswer refusal(WireStatus status, std::string_view message,
+                       std::string_view reason = {}) const;
 
 private:
     std::string m_boot;

@@ -12,6 +12,7 @@
 #include "exchange/service/refusal_log.h"
 #include "exchange/service/robots.h"
 #include "exchange/service/service_log.h"
+#include "exchange/service/wire_answers.h"
 #include "exchange/store/exchange.h"
 
 #include <atomic>
@@ -76,13 +77,7 @@ private:
     HttpAnswer queryOfCollection(Place &place, PathKind kind, ParameterReader &read);
     void sync(Place &place, const HttpParameters &parameters, HttpResponder responder);
     HttpAnswer syncAnswer(MarketBoard &board, const SyncQuestion &question) const;
-    HttpAnswer data(HttpFragment versioned) const;
     HttpAnswer update() const;
-    std::optional<HttpAnswer> checkMethod(const HttpRequest &request,
-                                          std::string_view method) const;
-    HttpAnswer badParameter(const std::string &name) const;
-    HttpAnswer notFound() const;
-    HttpAnswer wrongProtocol() const;
     std::string metrics() const;
 
     ServiceOptions m_options;
@@ -90,6 +85,7 @@ private:
     RefusalLog m_refusals;
     std::unique_ptr<Initials> m_initials;
     std::unique_ptr<Envelope> m_envelope;
+    std::unique_ptr<WireAnswers> m_answers;
     MessageFile m_messages;
     BuildCounters m_builds{};
     std::map<std::string, std::shared_ptr<PlatformBoard>> m_platforms;
@@ -118,6 +114,7 @@ Service::Impl::Impl(ServiceOptions options, ServiceLog &log)
     const SystemClock clock;
     m_envelope
         = std::make_unique<Envelope>(m_exchange->boot(), [clock] { return clock.wall().value(); });
+    m_answers = std::make_unique<WireAnswers>(*m_envelope);
     makeBoards();
 
     m_polls = std::make_unique<PollHub>(
@@ -240,9 +237,7 @@ Service::Impl::Place *Service::Impl::placeOf(std::string_view path, std::string_
 void Service::Impl::handle(HttpRequest request, HttpResponder responder)
 {
     if (m_ending) {
-        HttpAnswer answer = m_envelope->refusal(WireStatus::Failed, "服务正在停止，请稍后再试。");
-        answer.close = true;
-        responder.answer(std::move(answer));
+        responder.answer(m_answers->stopping());
         return;
     }
     const std::string_view path = request.path;
@@ -259,36 +254,28 @@ void Service::Impl::handle(HttpRequest request, HttpResponder responder)
     }
     const PathEntry *entry = findPath(rest);
     if (!entry) {
-        responder.answer(notFound());
+        responder.answer(m_answers->notFound());
         return;
     }
-    if (auto wrong = checkMethod(request, entry->method)) {
-        responder.answer(std::move(*wrong));
+    if (request.method != entry->method) {
+        responder.answer(m_answers->wrongMethod(entry->method));
         return;
     }
-    if (entry->kind == PathKind::Sync)
+    if (roomOf(entry->kind) != PathRoom::Market)
+        responder.answer(m_answers->unserved());
+    else if (entry->kind == PathKind::Sync)
         sync(*place, request.query, std::move(responder));
     else
         responder.answer(query(*place, entry->kind, request.query));
-}
-
-std::optional<HttpAnswer> Service::Impl::checkMethod(const HttpRequest &request,
-                                                     std::string_view method) const
-{
-    if (request.method == method)
-        return std::nullopt;
-    HttpAnswer answer = m_envelope->refusal(WireStatus::Method, "此地址不支持这种请求方法。");
-    answer.allow = method;
-    return answer;
 }
 
 HttpAnswer Service::Impl::answerRoot(const HttpRequest &request)
 {
     const bool health = request.path == "/healthz";
     if (!health && request.path != "/metrics")
-        return notFound();
-    if (auto wrong = checkMethod(request, "GET"))
-        return std::move(*wrong);
+        return m_answers->notFound();
+    if (request.method != "GET")
+        return m_answers->wrongMethod("GET");
     HttpAnswer answer = health
         ? HttpAnswer::of(m_failed ? 503 : 200, m_failed ? "failed\n" : "ok\n")
         : HttpAnswer::of(200, metrics());
@@ -302,15 +289,16 @@ HttpAnswer Service::Impl::answerPlatform(const std::string &id, std::string_view
     const auto platform = m_platforms.find(id);
     const bool isUpdate = rest == "update.html";
     if (platform == m_platforms.end() || (!isUpdate && rest != "market.html"))
-        return notFound();
-    if (auto wrong = checkMethod(request, "GET"))
-        return std::move(*wrong);
+        return m_answers->notFound();
+    if (request.method != "GET")
+        return m_answers->wrongMethod("GET");
     if (isUpdate)
         return update();
     ParameterReader read(request.query);
     if (!read.protocolFits())
-        return read.fault().empty() ? wrongProtocol() : badParameter(read.fault());
-    return data(platform->second->market.text);
+        return read.fault().empty() ? m_answers->wrongProtocol()
+                                    : m_answers->badParameter(read.fault());
+    return m_answers->done(platform->second->market.text);
 }
 
 HttpAnswer Service::Impl::query(Place &place, PathKind kind, const HttpParameters &parameters)
@@ -319,31 +307,32 @@ HttpAnswer Service::Impl::query(Place &place, PathKind kind, const HttpParameter
     if (kind == PathKind::Update)
         return update();
     if (kind == PathKind::Unserved)
-        return m_envelope->refusal(WireStatus::Unserved, "此功能尚未开通。");
+        return m_answers->unserved();
     ParameterReader read(parameters);
     if (!read.protocolFits())
-        return read.fault().empty() ? wrongProtocol() : badParameter(read.fault());
+        return read.fault().empty() ? m_answers->wrongProtocol()
+                                    : m_answers->badParameter(read.fault());
     switch (kind) {
     case PathKind::Market:
-        return data(place.board->whole(Topic::Market));
+        return m_answers->done(place.board->whole(Topic::Market));
     case PathKind::Message:
-        return data(place.board->whole(Topic::Message));
+        return m_answers->done(place.board->whole(Topic::Message));
     case PathKind::Check:
-        return data(place.board->whole(Topic::Check));
+        return m_answers->done(place.board->whole(Topic::Check));
     case PathKind::Composite:
-        return data(place.board->whole(Topic::Composite));
+        return m_answers->done(place.board->whole(Topic::Composite));
     case PathKind::Brief:
-        return data(place.board->whole(Topic::Brief));
+        return m_answers->done(place.board->whole(Topic::Brief));
     case PathKind::Type:
-        return data(place.board->whole(Topic::Type));
+        return m_answers->done(place.board->whole(Topic::Type));
     case PathKind::List:
-        return data(place.board->whole(Topic::List));
+        return m_answers->done(place.board->whole(Topic::List));
     case PathKind::Item:
     case PathKind::Trade:
     case PathKind::Latest:
         return queryOfCollection(place, kind, read);
     default:
-        return m_envelope->refusal(WireStatus::Unserved, "此功能尚未开通。");
+        return m_answers->unserved();
     }
 }
 
@@ -353,24 +342,25 @@ HttpAnswer Service::Impl::queryOfCollection(Place &place, PathKind kind, Paramet
     const auto limit = kind == PathKind::Latest ? read.integer("limit", 0, mostDeals)
                                                 : std::optional<std::int64_t>();
     if (!read.fault().empty())
-        return badParameter(read.fault());
+        return m_answers->badParameter(read.fault());
     if (!collection)
-        return badParameter("collection");
+        return m_answers->badParameter("collection");
     const auto row = place.board->rowOf(*collection);
     if (!row)
         return m_envelope->refusal(WireStatus::NotFound, "没有这个藏品。");
     const Topic topic = kind == PathKind::Item ? Topic::Item
         : kind == PathKind::Trade              ? Topic::Trade
                                                : Topic::Latest;
-    return data(place.board->ofCollection(topic, *row,
-                                          static_cast<std::size_t>(limit.value_or(usualDeals))));
+    return m_answers->done(place.board->ofCollection(
+        topic, *row, static_cast<std::size_t>(limit.value_or(usualDeals))));
 }
 
 void Service::Impl::sync(Place &place, const HttpParameters &parameters, HttpResponder responder)
 {
     ParameterReader read(parameters);
     if (!read.protocolFits(ParameterReader::Required)) {
-        responder.answer(read.fault().empty() ? wrongProtocol() : badParameter(read.fault()));
+        responder.answer(read.fault().empty() ? m_answers->wrongProtocol()
+                                              : m_answers->badParameter(read.fault()));
         return;
     }
     SyncQuestion question;
@@ -386,7 +376,7 @@ void Service::Impl::sync(Place &place, const HttpParameters &parameters, HttpRes
         = static_cast<std::size_t>(read.integer("limit", 0, mostDeals).value_or(usualDeals));
     const auto collection = read.collection();
     if (!read.fault().empty()) {
-        responder.answer(badParameter(read.fault()));
+        responder.answer(m_answers->badParameter(read.fault()));
         return;
     }
     if (collection) {
@@ -396,7 +386,7 @@ void Service::Impl::sync(Place &place, const HttpParameters &parameters, HttpRes
     if (wait == 0 || place.board->differs(question)) {
         responder.answer(syncAnswer(*place.board, question));
     } else if (m_polls->isFull()) {
-        responder.answer(m_envelope->refusal(WireStatus::Busy, "服务繁忙，请稍后再试。"));
+        responder.answer(m_answers->busy());
     } else {
         m_polls->park(*place.board, question, std::move(responder),
                       Steady::now() + std::chrono::milliseconds(wait));
@@ -413,36 +403,13 @@ HttpAnswer Service::Impl::syncAnswer(MarketBoard &board, const SyncQuestion &que
     return answer;
 }
 
-HttpAnswer Service::Impl::data(HttpFragment versioned) const
-{
-    static const HttpFragment end = fragment("}");
-    HttpAnswer answer;
-    answer.body = {fragment(m_envelope->open(WireStatus::Ok) + ','), std::move(versioned), end};
-    return answer;
-}
-
 HttpAnswer Service::Impl::update() const
 {
     JsonText json;
     json.raw("\"version\":1").key("data").open('{');
     json.key("version").text(newestClient).key("minimum").text(oldestClient);
     json.key("protocol").number(protocolNumber).key("text").text("").close('}');
-    return data(fragment(json.take()));
-}
-
-HttpAnswer Service::Impl::badParameter(const std::string &name) const
-{
-    return m_envelope->refusal(WireStatus::BadRequest, "参数 " + name + " 不正确。");
-}
-
-HttpAnswer Service::Impl::notFound() const
-{
-    return m_envelope->refusal(WireStatus::NotFound, "没有这个地址。");
-}
-
-HttpAnswer Service::Impl::wrongProtocol() const
-{
-    return m_envelope->refusal(WireStatus::Protocol, "客户端与服务的协议版本不同，请更新客户端。");
+    return m_answers->done(fragment(json.take()));
 }
 
 HttpAnswer Service::Impl::refuse(const HttpFault &fault)
@@ -453,7 +420,7 @@ HttpAnswer Service::Impl::refuse(const HttpFault &fault)
     if (fault.status == 500)
         return m_envelope->refusal(WireStatus::Failed, "服务没有给出回答，请稍后再试。");
     if (fault.status == 503)
-        return m_envelope->refusal(WireStatus::Busy, "服务繁忙，请稍后再试。");
+        return m_answers->busy();
     return m_envelope->refusal(WireStatus::BadRequest, "请求格式不正确。");
 }
 
