@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QList>
+#include <QPair>
+#include <QString>
+#include <QWidget>
+
+class QPushButton;
+class QTimer;
+class QVBoxLayout;
+class ZvGuideTabItem;
+
+// The strip at the edge of the market table with one button for each trading server, and a switch
+// that shows or hides them. A click moves the whole client to the other server; all buttons are
+// blocked for a moment then, so that no second change begins while the first is under way.
+class ZvGuideTabPage : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit ZvGuideTabPage(QWidget *parent = nullptr);
+    ~ZvGuideTabPage() override;
+
+    // Makes the buttons anew; the pairs hold the name of a server, then its URL prefix. The first
+    // one is taken for the one in use, whatever was in use before. The kit is told nothing.
+    void setServerList(QList<QPair<QString, QString>> list);
+
+    // The prefix of the server in use; empty until there was a list.
+    QString getCurrentServer() const;
+
+signals:
+    // The client has moved to another server.
+    void signal_updateCollectionTypes(QString server);
+
+public slots:
+    void slot_kaiguan_clicked(bool checked);
+    void slot_ServerType_clicked(QString serverPrefix);
+    void slot_disable_timeout();
+
+private:
+    void applyStyle();
+    void createConnections();
+    void removeItems();
+    template <typename Action>
+    void forEachItem(Action action);
+
+    QPushButton *m_kaiguanButton;
+    QWidget *m_itemsWidget;
+    QVBoxLayout *m_itemsLayout;
+    QList<ZvGuideTabItem *> m_items;
+    QString m_currentServer;
+    QTimer *m_disableTimer;
+    int m_disableDuration;
+};
