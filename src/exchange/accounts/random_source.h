@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zvx {
+
+/// Where tokens and codes come from. Used by one thread at a time.
+class RandomSource
+{
+public:
+    virtual ~RandomSource() = default;
+    virtual void fill(void *to, std::size_t size) = 0;
+};
+
+/// The machine's, fit for secrets.
+class SystemRandom : public RandomSource
+{
+public:
+    SystemRandom();
+    void fill(void *to, std::size_t size) override;
+};
+
+/// A number from 0 to `bound` - 1, each as likely as the others; `bound` is at least 1.
+std::uint32_t uniform(RandomSource &random, std::uint32_t bound);
+
+} // namespace zvx
