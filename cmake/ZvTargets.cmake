@@ -1,5 +1,17 @@
 include(GenerateExportHeader)
 
+# zv_watch_sources(TARGET <source>...)
+#
+# The generated step that runs moc and uic looks at the sources it knew when it ran last. Where the
+# list has changed in a folder that was built before, it has to run again, or a new class would be
+# compiled without its meta-object and its form.
+function(zv_watch_sources target)
+    if(NOT "${ARGN}" STREQUAL "${ZV_SOURCES_OF_${target}}")
+        file(REMOVE "${CMAKE_CURRENT_BINARY_DIR}/${target}_autogen/timestamp")
+        set(ZV_SOURCES_OF_${target} "${ARGN}" CACHE INTERNAL "")
+    endif()
+endfunction()
+
 # zv_add_kit(NAME LINK <library>... KITS <kit>... HEADERS <precompiled header>...)
 #
 # One folder of src/ becomes one kit: every source in it is compiled once, as objects, and wrapped
@@ -9,6 +21,7 @@ function(zv_add_kit name)
     file(GLOB sources CONFIGURE_DEPENDS "*.cpp" "*.h" "forms/*.ui")
 
     add_library(${name}_objects OBJECT ${sources})
+    zv_watch_sources(${name}_objects ${sources})
     set_target_properties(${name}_objects PROPERTIES
         AUTOMOC ON AUTOUIC ON
         AUTOUIC_SEARCH_PATHS "${CMAKE_CURRENT_SOURCE_DIR}/forms"
@@ -59,6 +72,7 @@ function(zv_add_qt_tests name)
     file(GLOB sources CONFIGURE_DEPENDS "*.cpp" "*.h")
     add_executable(${name} ${sources} ${TEST_EXTRA})
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    zv_watch_sources(${name} ${sources})
     zv_kit_objects(objects ${TEST_KITS})
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/src" "${CMAKE_BINARY_DIR}/include"
         "${PROJECT_SOURCE_DIR}/tests")
