@@ -12,6 +12,8 @@
 #include "exchange/service/refusal_log.h"
 #include "exchange/service/robots.h"
 #include "exchange/service/service_log.h"
+#include "exchange/service/session_gate.h"
+#include "exchange/service/trading_paths.h"
 #include "exchange/service/wire_answers.h"
 #include "exchange/store/exchange.h"
 
@@ -59,14 +61,19 @@ private:
     /// One market with its answers. Stays where it is: polls hold its board's address.
     struct Place {
         MarketServer *market = nullptr;
+        /// Of the platform; null where it has no accounts.
+        const SessionGate *gate = nullptr;
         std::unique_ptr<MarketBoard> board;
         std::atomic<bool> stale{false};
+        ChangedAccounts changed;
     };
 
     void openExchange();
     void makeBoards();
     void published(const MarketServer &market);
     void refresh(Place &place);
+    void accountsChanged(const MarketServer &market, const std::vector<AccountId> &accounts);
+    void tellChangedAccounts(Place &place);
     void lookAtMessages();
     Place *placeOf(std::string_view path, std::string_view &rest);
 
@@ -75,6 +82,7 @@ private:
                               const HttpRequest &request);
     HttpAnswer query(Place &place, PathKind kind, const HttpParameters &parameters);
     HttpAnswer queryOfCollection(Place &place, PathKind kind, ParameterReader &read);
+    void trade(PathCall call, const SessionGate *gate);
     void sync(Place &place, const HttpParameters &parameters, HttpResponder responder);
     HttpAnswer syncAnswer(MarketBoard &board, const SyncQuestion &question) const;
     HttpAnswer update() const;
@@ -86,6 +94,7 @@ private:
     std::unique_ptr<Initials> m_initials;
     std::unique_ptr<Envelope> m_envelope;
     std::unique_ptr<WireAnswers> m_answers;
+    std::unique_ptr<TradingPaths> m_trading;
     MessageFile m_messages;
     BuildCounters m_builds{};
     std::map<std::string, std::shared_ptr<PlatformBoard>> m_platforms;
@@ -115,6 +124,7 @@ Service::Impl::Impl(ServiceOptions options, ServiceLog &log)
     m_envelope
         = std::make_unique<Envelope>(m_exchange->boot(), [clock] { return clock.wall().value(); });
     m_answers = std::make_unique<WireAnswers>(*m_envelope);
+    m_trading = std::make_unique<TradingPaths>(*m_answers);
     makeBoards();
 
     m_polls = std::make_unique<PollHub>(
@@ -149,6 +159,10 @@ void Service::Impl::openExchange()
     options.published
         = [this](const MarketServer &market, const std::shared_ptr<const MarketSnapshot> &,
                  const TopicSet &) { published(market); };
+    options.accountsChanged
+        = [this](const MarketServer &market, const std::vector<AccountId> &accounts) {
+              accountsChanged(market, accounts);
+          };
     options.fatal = [this](const std::string &reason) {
         m_failed = true;
         m_log.error("market failed: " + reason);
@@ -200,6 +214,30 @@ void Service::Impl::refresh(Place &place)
     place.stale = false;
     place.board->publish(place.market->snapshot());
     m_polls->wake(*place.board);
+}
+
+void Service::Impl::accountsChanged(const MarketServer &market,
+                                    const std::vector<AccountId> &accounts)
+{
+    // As above: whatever changes before somebody can ask belongs to the first versions.
+    if (!m_serving)
+        return;
+    std::vector<AccountId> people;
+    for (const AccountId account : accounts) {
+        if (account < AccountId(RobotCrowd::firstAccount))
+            people.push_back(account);
+    }
+    Place &place = m_places.find(market.prefix())->second;
+    if (place.changed.add(people))
+        m_server->post([this, &place] { tellChangedAccounts(place); });
+}
+
+void Service::Impl::tellChangedAccounts(Place &place)
+{
+    const std::vector<AccountId> accounts = place.changed.take();
+    for (const AccountId account : accounts)
+        place.board->accounts().raise(account);
+    m_polls->wake(*place.board, accounts);
 }
 
 void Service::Impl::lookAtMessages()
@@ -261,12 +299,35 @@ void Service::Impl::handle(HttpRequest request, HttpResponder responder)
         responder.answer(m_answers->wrongMethod(entry->method));
         return;
     }
-    if (roomOf(entry->kind) != PathRoom::Market)
+    switch (roomOf(entry->kind)) {
+    case PathRoom::Accounts:
         responder.answer(m_answers->unserved());
-    else if (entry->kind == PathKind::Sync)
+        return;
+    case PathRoom::Trading:
+        trade(
+            {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)},
+            place->gate);
+        return;
+    case PathRoom::Market:
+        break;
+    }
+    if (entry->kind == PathKind::Sync)
         sync(*place, request.query, std::move(responder));
     else
         responder.answer(query(*place, entry->kind, request.query));
+}
+
+void Service::Impl::trade(PathCall call, const SessionGate *gate)
+{
+    if (!gate) {
+        call.responder.answer(m_answers->unserved());
+        return;
+    }
+    auto asked = gate->ask(call.request);
+    if (auto *refusal = std::get_if<HttpAnswer>(&asked))
+        call.responder.answer(std::move(*refusal));
+    else
+        m_trading->handle(std::move(call), std::get<SignedIn>(asked).account);
 }
 
 HttpAnswer Service::Impl::answerRoot(const HttpRequest &request)
