@@ -13,8 +13,6 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
-#include <utility>
-
 namespace {
 
 constexpr int PageWidth = 28;
@@ -86,24 +84,15 @@ QString ZvGuideTabPage::getCurrentServer() const
 }
 
 // A new list may come while a click on one of the items is still on its way. Neither the item nor
-// Qt's button reads anything of its own after its signal, so the items go at once, and no dead one
-// is ever seen.
+// Qt's button touches itself after its signal, so they go at once: a dead item that waited for the
+// event loop would still be a child of the strip.
 void ZvGuideTabPage::removeItems()
 {
-    const QList<ZvGuideTabItem *> items = std::exchange(m_items, {});
-    for (ZvGuideTabItem *item : items) {
+    while (!m_items.isEmpty()) {
+        ZvGuideTabItem *item = m_items.takeFirst();
         m_itemsLayout->removeWidget(item);
         delete item;
     }
-}
-
-// A button that loses the focus tells the whole application, and so the list may be another one
-// after each step.
-template <typename Action>
-void ZvGuideTabPage::forEachItem(Action action)
-{
-    for (int i = 0; i < m_items.size(); ++i)
-        action(m_items.at(i));
 }
 
 void ZvGuideTabPage::slot_kaiguan_clicked(bool checked)
@@ -137,19 +126,22 @@ void ZvGuideTabPage::slot_ServerType_clicked(QString serverPrefix)
     if (access->urlPrefix() != serverPrefix)
         return;
 
-    forEachItem([&serverPrefix](ZvGuideTabItem *item) {
+    for (ZvGuideTabItem *item : qAsConst(m_items)) {
         if (item->getServerPrefix() == serverPrefix) {
             item->setEnabledLook();
             item->startProgress();
         } else {
             item->setDisabledLook();
         }
-    });
-    forEachItem([](ZvGuideTabItem *item) { item->disableButton(); });
+    }
+    for (ZvGuideTabItem *item : qAsConst(m_items))
+        item->disableButton();
     m_disableTimer->start(m_disableDuration);
 }
 
+// The timer goes on, which does no harm; a change of server starts it anew.
 void ZvGuideTabPage::slot_disable_timeout()
 {
-    forEachItem([](ZvGuideTabItem *item) { item->enableButton(); });
+    for (ZvGuideTabItem *item : qAsConst(m_items))
+        item->enableButton();
 }

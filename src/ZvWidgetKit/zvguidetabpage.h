@@ -41,8 +41,6 @@ private:
     void applyStyle();
     void createConnections();
     void removeItems();
-    template <typename Action>
-    void forEachItem(Action action);
 
     QPushButton *m_kaiguanButton;
     QWidget *m_itemsWidget;

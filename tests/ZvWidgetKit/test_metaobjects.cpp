@@ -2,6 +2,8 @@
 #include "ZvWidgetKit/collectionsortfilterproxymodel.h"
 #include "ZvWidgetKit/collectiontabledelegate.h"
 #include "ZvWidgetKit/collectiontablemodel.h"
+#include "ZvWidgetKit/zvguidetabitem.h"
+#include "ZvWidgetKit/zvguidetabpage.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 #include "support/testregistry.h"
 
@@ -104,6 +106,10 @@ private slots:
         QTest::newRow("delegate") << &CollectionTableDelegate::staticMetaObject
                                   << "CollectionTableDelegate"
                                   << &QStyledItemDelegate::staticMetaObject;
+        QTest::newRow("guide item")
+            << &ZvGuideTabItem::staticMetaObject << "ZvGuideTabItem" << &QWidget::staticMetaObject;
+        QTest::newRow("guide page")
+            << &ZvGuideTabPage::staticMetaObject << "ZvGuideTabPage" << &QWidget::staticMetaObject;
     }
 
     void classesStandBelowTheirQtClass()
@@ -113,6 +119,19 @@ private slots:
         QFETCH(const QMetaObject *, super);
         QCOMPARE(QString::fromUtf8(meta->className()), name);
         QCOMPARE(meta->superClass(), super);
+    }
+
+    void guideMethods()
+    {
+        QCOMPARE(ownMethods(ZvGuideTabItem::staticMetaObject),
+                 (QStringList{"public signal signal_ServerButtonClicked(QString serverPrefix)",
+                              "private slot slot_clickedOnButton()",
+                              "private slot slot_timerProgressTimeout()"}));
+        QCOMPARE(ownMethods(ZvGuideTabPage::staticMetaObject),
+                 (QStringList{"public signal signal_updateCollectionTypes(QString server)",
+                              "public slot slot_kaiguan_clicked(bool checked)",
+                              "public slot slot_ServerType_clicked(QString serverPrefix)",
+                              "public slot slot_disable_timeout()"}));
     }
 
     void tableClassesAddNoMethods()
