@@ -17,8 +17,8 @@ HttpFragment fragment(std::string text)
 }
 
 constexpr Topic allTopics[topicCount]
-    = {Topic::Market, Topic::Message, Topic::Check, Topic::Composite, Topic::Brief,
-       Topic::Type,   Topic::List,    Topic::Item,  Topic::Trade,     Topic::Latest};
+    = {Topic::Market, Topic::Message, Topic::Check, Topic::Composite, Topic::Brief, Topic::Type,
+       Topic::List,   Topic::Item,    Topic::Trade, Topic::Latest,    Topic::Cap};
 
 /// `"check":{`, with a comma in front for every entry but the first.
 const HttpFragment &entryOpening(Topic topic, bool first)
@@ -100,6 +100,8 @@ std::uint64_t MarketBoard::version(Topic topic, const SyncQuestion &question) co
         return m_snapshot->collections[*question.row]->trade.version;
     case Topic::Latest:
         return m_snapshot->collections[*question.row]->latest.version;
+    case Topic::Cap:
+        return m_accounts.of(*question.account);
     }
     return 0;
 }
@@ -107,7 +109,8 @@ std::uint64_t MarketBoard::version(Topic topic, const SyncQuestion &question) co
 bool MarketBoard::isWatched(Topic topic, const SyncQuestion &question) const
 {
     return question.held[indexOf(topic)]
-        && (!isOfCollection(topic) || question.row || question.unknownCollection);
+        && (!isOfCollection(topic) || question.row || question.unknownCollection)
+        && (topic != Topic::Cap || question.account);
 }
 
 bool MarketBoard::differs(const SyncQuestion &question) const
@@ -144,8 +147,9 @@ HttpFragment MarketBoard::entry(Topic topic, const SyncQuestion &question)
         return ofCollection(topic, *question.row, question.limit);
     if (topic == Topic::List)
         return listEntry(*question.held[indexOf(topic)]);
-    // The two lists of names are long and hardly ever change: who lacks them asks their own path.
-    if (topic == Topic::Brief || topic == Topic::Type)
+    // The two lists of names are long and hardly ever change, and what an account has is read from
+    // the store: who lacks them asks their own path.
+    if (topic == Topic::Brief || topic == Topic::Type || topic == Topic::Cap)
         return fragment(versionText(version(topic, question)) + ",\"gap\":true");
     return whole(topic);
 }

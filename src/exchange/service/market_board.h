@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exchange/service/account_versions.h"
 #include "exchange/service/protocol.h"
 #include "exchange/store/snapshot.h"
 
@@ -42,6 +43,8 @@ struct SyncQuestion {
     /// ... but a client that named a collection which is not there is told so.
     bool unknownCollection = false;
     std::size_t limit = 10;
+    /// Whose money, holdings and orders are watched; without it nothing of an account is.
+    std::optional<AccountId> account;
 };
 
 /**
@@ -57,6 +60,8 @@ public:
 
     void publish(std::shared_ptr<const MarketSnapshot> snapshot);
     std::optional<Row> rowOf(CollectionId id) const { return m_snapshot->rowOf(id); }
+
+    AccountVersions &accounts() { return m_accounts; }
 
     /// Whether the poll has to be answered now.
     bool differs(const SyncQuestion &question) const;
@@ -90,6 +95,7 @@ private:
     std::shared_ptr<const PlatformBoard> m_platform;
     BuildCounters &m_builds;
     std::shared_ptr<const MarketSnapshot> m_snapshot;
+    AccountVersions m_accounts;
     std::array<Cached, topicCount> m_whole;
     std::vector<CachedCollection> m_collections;
     /// Ways to the newest list, by the version that they start from.

@@ -11,8 +11,10 @@ void PollHub::park(MarketBoard &board, const SyncQuestion &question, HttpRespond
                    Time until)
 {
     const std::uint64_t id = ++m_lastId;
-    Polls &polls = m_polls[&board];
-    const auto poll = polls.emplace(id, Poll{question, std::move(responder), until}).first;
+    Room &room = m_rooms[&board];
+    const auto poll = room.polls.emplace(id, Poll{question, std::move(responder), until}).first;
+    if (question.account)
+        room.ofAccount.insert({*question.account, id});
     m_expiries.insert({until, id, &board});
     ++m_count;
     setAlarm();
@@ -21,15 +23,34 @@ void PollHub::park(MarketBoard &board, const SyncQuestion &question, HttpRespond
 
 void PollHub::wake(MarketBoard &board)
 {
-    const auto found = m_polls.find(&board);
-    if (found == m_polls.end())
+    const auto found = m_rooms.find(&board);
+    if (found == m_rooms.end())
         return;
-    Polls &polls = found->second;
-    for (auto poll = polls.begin(); poll != polls.end();) {
+    Room &room = found->second;
+    for (auto poll = room.polls.begin(); poll != room.polls.end();) {
         if (board.differs(poll->second.question))
-            poll = settle(board, polls, poll);
+            poll = settle(board, room, poll);
         else
             ++poll;
+    }
+}
+
+void PollHub::wake(MarketBoard &board, const std::vector<AccountId> &accounts)
+{
+    const auto found = m_rooms.find(&board);
+    if (found == m_rooms.end())
+        return;
+    Room &room = found->second;
+    std::vector<std::uint64_t> ids;
+    for (const AccountId account : accounts) {
+        for (auto entry = room.ofAccount.lower_bound({account, 0});
+             entry != room.ofAccount.end() && entry->first == account; ++entry)
+            ids.push_back(entry->second);
+    }
+    for (const std::uint64_t id : ids) {
+        const auto poll = room.polls.find(id);
+        if (poll != room.polls.end() && board.differs(poll->second.question))
+            settle(board, room, poll);
     }
 }
 
@@ -38,39 +59,45 @@ void PollHub::expire(Time now)
     m_alarmAt.reset();
     while (!m_expiries.empty() && m_expiries.begin()->until <= now) {
         const Expiry due = *m_expiries.begin();
-        Polls &polls = m_polls[due.board];
-        settle(*due.board, polls, polls.find(due.id));
+        Room &room = m_rooms[due.board];
+        settle(*due.board, room, room.polls.find(due.id));
     }
     setAlarm();
 }
 
 void PollHub::endAll()
 {
-    for (auto &[board, polls] : m_polls) {
-        for (auto poll = polls.begin(); poll != polls.end();)
-            poll = settle(*board, polls, poll);
+    for (auto &[board, room] : m_rooms) {
+        for (auto poll = room.polls.begin(); poll != room.polls.end();)
+            poll = settle(*board, room, poll);
     }
 }
 
-PollHub::Polls::iterator PollHub::settle(MarketBoard &board, Polls &polls, Polls::iterator poll)
+PollHub::Polls::iterator PollHub::settle(MarketBoard &board, Room &room, Polls::iterator poll)
 {
+    unlist(board, room, poll->first, poll->second);
     Poll told = std::move(poll->second);
-    m_expiries.erase({told.until, poll->first, &board});
-    --m_count;
-    const auto next = polls.erase(poll);
+    const auto next = room.polls.erase(poll);
     told.responder.answer(m_answer(board, told.question));
     return next;
 }
 
 void PollHub::forget(MarketBoard &board, std::uint64_t id)
 {
-    Polls &polls = m_polls[&board];
-    const auto poll = polls.find(id);
-    if (poll == polls.end())
+    Room &room = m_rooms[&board];
+    const auto poll = room.polls.find(id);
+    if (poll == room.polls.end())
         return;
-    m_expiries.erase({poll->second.until, id, &board});
+    unlist(board, room, id, poll->second);
+    room.polls.erase(poll);
+}
+
+void PollHub::unlist(MarketBoard &board, Room &room, std::uint64_t id, const Poll &poll)
+{
+    m_expiries.erase({poll.until, id, &board});
     --m_count;
-    polls.erase(poll);
+    if (poll.question.account)
+        room.ofAccount.erase({*poll.question.account, id});
 }
 
 void PollHub::setAlarm()

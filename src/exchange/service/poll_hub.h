@@ -11,6 +11,7 @@
 #include <set>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 namespace zvx {
 
@@ -38,6 +39,8 @@ public:
               Time until);
     /// Answers the board's polls for which something differs now.
     void wake(MarketBoard &board);
+    /// The same among the polls of these accounts alone.
+    void wake(MarketBoard &board, const std::vector<AccountId> &accounts);
     /// Answers the polls whose time has passed.
     void expire(Time now);
     /// Answers all of them as they stand.
@@ -50,6 +53,11 @@ private:
         Time until;
     };
     using Polls = std::unordered_map<std::uint64_t, Poll>;
+    /// What waits for one board.
+    struct Room {
+        Polls polls;
+        std::set<std::pair<AccountId, std::uint64_t>> ofAccount; ///< with the polls' ids
+    };
     struct Expiry {
         Time until;
         std::uint64_t id;
@@ -60,14 +68,15 @@ private:
         }
     };
 
-    Polls::iterator settle(MarketBoard &board, Polls &polls, Polls::iterator poll);
+    Polls::iterator settle(MarketBoard &board, Room &room, Polls::iterator poll);
+    void unlist(MarketBoard &board, Room &room, std::uint64_t id, const Poll &poll);
     void forget(MarketBoard &board, std::uint64_t id);
     void setAlarm();
 
     std::size_t m_bound;
     Answer m_answer;
     Alarm m_alarm;
-    std::unordered_map<MarketBoard *, Polls> m_polls;
+    std::unordered_map<MarketBoard *, Room> m_rooms;
     std::set<Expiry> m_expiries;
     std::optional<Time> m_alarmAt;
     std::size_t m_count = 0;

@@ -24,8 +24,8 @@ constexpr WireEntry wireEntries[] = {
 std::string_view topicName(Topic topic)
 {
     constexpr std::string_view names[topicCount]
-        = {"market", "message", "check", "composite", "brief",
-           "type",   "list",    "item",  "trade",     "latest"};
+        = {"market", "message", "check", "composite", "brief", "type",
+           "list",   "item",    "trade", "latest",    "cap"};
     return names[indexOf(topic)];
 }
 

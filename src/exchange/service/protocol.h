@@ -25,8 +25,9 @@ enum class Topic {
     Item,
     Trade,
     Latest,
+    Cap,
 };
-constexpr std::size_t topicCount = 10;
+constexpr std::size_t topicCount = 11;
 
 /// "check": the name in parameters and answers.
 std::string_view topicName(Topic topic);

@@ -193,6 +193,10 @@ Exchange::Exchange(ExchangeOptions options) : m_options(std::move(options))
                 if (m_options.published)
                     m_options.published(*self, snapshot, topics);
             };
+            events.accountsChanged = [this, self](const std::vector<AccountId> &accounts) {
+                if (m_options.accountsChanged)
+                    m_options.accountsChanged(*self, accounts);
+            };
             events.fatal = [this, self](const std::string &reason) {
                 if (m_options.fatal)
                     m_options.fatal(self->prefix() + ": " + reason);

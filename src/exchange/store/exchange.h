@@ -39,6 +39,8 @@ struct ExchangeOptions {
     std::function<void(const MarketServer &, const std::shared_ptr<const MarketSnapshot> &,
                        const TopicSet &)>
         published;
+    /// On a writer's thread, after a commit and before its answers: be short.
+    std::function<void(const MarketServer &, const std::vector<AccountId> &)> accountsChanged;
     /// A market ended by a fault: the process has to end, and to start again from its disk.
     std::function<void(const std::string &reason)> fatal;
     /// A line for the operator's log.

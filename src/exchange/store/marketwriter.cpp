@@ -40,6 +40,7 @@ MarketWriter::MarketWriter(std::unique_ptr<Store> store, const CatalogueMarket &
     followCatalogue(catalogue);
 
     m_market->takeDirty(m_dirty);
+    m_market->takeDirtyAccounts(m_dirtyAccounts);
     const Sequence session = m_market->session();
     m_publisher = std::make_unique<Publisher>(catalogue.types, collectionInfos(catalogue),
                                               *m_market, m_projector->composite().row(),
@@ -182,10 +183,7 @@ std::vector<Result> MarketWriter::execute(std::vector<Command> commands)
             ++shared->open;
         }
         while (!submit(commands[i], answered, [end] { end(true); })) {
-            {
-                std::lock_guard<std::mutex> guard(m_mutex);
-                ended = !m_accepting;
-            }
+            ended = hasEnded();
             if (ended) {
                 end(true);
                 break;
@@ -232,6 +230,12 @@ std::size_t MarketWriter::waiting() const
     return m_queue.size();
 }
 
+bool MarketWriter::hasEnded() const
+{
+    std::lock_guard<std::mutex> guard(m_mutex);
+    return !m_accepting;
+}
+
 void MarketWriter::run()
 {
     std::vector<Waiting> batch;
@@ -255,6 +259,7 @@ void MarketWriter::run()
         try {
             results = carryOut(batch);
             publishDue();
+            tellChangedAccounts();
         } catch (const std::exception &error) {
             fail(error.what(), batch);
             return;
@@ -335,6 +340,13 @@ void MarketWriter::publishDue()
     ++m_counters.publications;
     if (m_events.published)
         m_events.published(snapshot, topics);
+}
+
+void MarketWriter::tellChangedAccounts()
+{
+    m_market->takeDirtyAccounts(m_dirtyAccounts);
+    if (!m_dirtyAccounts.empty() && m_events.accountsChanged)
+        m_events.accountsChanged(m_dirtyAccounts);
 }
 
 void MarketWriter::fail(const std::string &reason, std::vector<Waiting> &batch)

@@ -69,6 +69,9 @@ public:
         /// thread; what it throws ends the writer.
         std::function<void(const std::shared_ptr<const MarketSnapshot> &, const TopicSet &)>
             published;
+        /// After a commit, before its answers: the accounts whose money, holdings or orders it
+        /// changed, each once. On the writer's thread; what it throws ends the writer.
+        std::function<void(const std::vector<AccountId> &)> accountsChanged;
         /// The writer ended by a fault, with the reason for the log. On the writer's thread.
         std::function<void(const std::string &reason)> fatal;
     };
@@ -111,6 +114,8 @@ public:
     std::size_t waiting() const;
     /// Whether the writer ended by a fault.
     bool failed() const { return m_failed; }
+    /// Whether the writer takes no more commands, after stop() or a fault.
+    bool hasEnded() const;
     /// Lines for the log: what recovery did, and where the catalogue cannot be followed.
     const std::vector<std::string> &notices() const { return m_notices; }
 
@@ -128,6 +133,7 @@ private:
     void runUntilStopped();
     std::vector<Result> carryOut(const std::vector<Waiting> &batch);
     void publishDue();
+    void tellChangedAccounts();
     void fail(const std::string &reason, std::vector<Waiting> &batch);
     StoredCheckpoint makeCheckpoint();
 
@@ -145,6 +151,7 @@ private:
     std::int64_t m_lastCheckpoint = 0;
     std::vector<Event> m_happened; ///< events of one command
     std::vector<CollectionId> m_dirty;
+    std::vector<AccountId> m_dirtyAccounts;
 
     mutable std::mutex m_mutex;
     std::condition_variable m_wake;

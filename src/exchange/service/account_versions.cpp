@@ -1,0 +1,34 @@
+#include "exchange/service/account_versions.h"
+
+#include <utility>
+
+namespace zvx {
+
+std::uint64_t AccountVersions::of(AccountId account) const
+{
+    const auto found = m_changes.find(account.value());
+    return found == m_changes.end() ? 1 : 1 + found->second;
+}
+
+void AccountVersions::raise(AccountId account)
+{
+    ++m_changes[account.value()];
+}
+
+bool ChangedAccounts::add(const std::vector<AccountId> &accounts)
+{
+    if (accounts.empty())
+        return false;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const bool first = m_accounts.empty();
+    m_accounts.insert(m_accounts.end(), accounts.begin(), accounts.end());
+    return first;
+}
+
+std::vector<AccountId> ChangedAccounts::take()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return std::exchange(m_accounts, {});
+}
+
+} // namespace zvx
