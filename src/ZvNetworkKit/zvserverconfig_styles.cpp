@@ -199,19 +199,21 @@ constexpr Button entry(const char *shape)
                  {"@accentText", "@accentTint", "@accentTint @accentTint @accentTint @accent"});
 }
 
-// A button that is a picture. Its pictures are named for the normal, the hovered (and pressed) and
-// the disabled state.
-QString pictureSheet(const char *normal, const char *hover, const char *disabled)
+// A button of 32 pixels that is a picture of `size`. Its pictures are named for the normal, the
+// hovered (and pressed) and the disabled state. The padding leaves them no more room than their own
+// size: in a larger one Qt blows the doubled picture up at scales such as 1.25.
+QString pictureSheet(int size, const char *normal, const char *hover, const char *disabled)
 {
     return QStringLiteral(
                "QPushButton{outline:none;border:1px solid transparent;border-radius:4px;"
-               "background-color:transparent;image:url(:/icons/%1.png);}"
+               "padding:%4px;background-color:transparent;image:url(:/icons/%1.png);}"
                "QPushButton:focus{border-color:@accentText;}"
                "QPushButton:hover{background-color:@raised;image:url(:/icons/%2.png);}"
                "QPushButton:pressed{background-color:@accentPressed;"
                "image:url(:/icons/%2.png);}"
                "QPushButton:disabled{background-color:@offBack;image:url(:/icons/%3.png);}")
-        .arg(QLatin1String(normal), QLatin1String(hover), QLatin1String(disabled));
+        .arg(QLatin1String(normal), QLatin1String(hover), QLatin1String(disabled))
+        .arg((32 - 2 - size) / 2);
 }
 
 // The switch of the guide strip: it points to where the strip would go.
@@ -337,9 +339,9 @@ QString sheetOf(Style style)
     case Style::VertiCodeButton:
         return buttonSheet(accentButton("border-radius:4px;padding:4px 8px;"));
     case Style::LoginDlgCloseBtn:
-        return pictureSheet("smallwidget/close1", "smallwidget/close2", "smallwidget/close1");
+        return pictureSheet(20, "smallwidget/close1", "smallwidget/close2", "smallwidget/close1");
     case Style::LoginDlgReturnBtn:
-        return pictureSheet("guidepage/@backArrow", "guidepage/arrow-rd-left",
+        return pictureSheet(16, "guidepage/@backArrow", "guidepage/arrow-rd-left",
                             "guidepage/arrow-pn-left");
     case Style::MarketOpenButton:
         return openButtonSheet();
