@@ -1,9 +1,9 @@
 #include "exchange/store/sqlitestore.h"
 
+#include "exchange/store/sqliteconnection.h"
 #include "exchange/store/sqliteschema.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
-#include <sqlite3.h>
 
 #include <algorithm>
 #include <array>
@@ -23,27 +23,6 @@ constexpr const char *kDealColumns = "sequence, time, session, collection, maker
 
 constexpr std::array<const char *, 6> kTables
     = {"orders", "deals", "cash", "holdings", "days", "composites"};
-
-std::string keyBytes(ActionKey key)
-{
-    std::string bytes;
-    for (const std::uint64_t half : {key.high, key.low})
-        for (int shift = 56; shift >= 0; shift -= 8)
-            bytes.push_back(static_cast<char>(half >> shift & 0xff));
-    return bytes;
-}
-
-ActionKey keyOf(const std::string &bytes)
-{
-    ActionKey key;
-    if (bytes.size() != 16)
-        return key;
-    for (std::size_t i = 0; i < 16; ++i) {
-        std::uint64_t &half = i < 8 ? key.high : key.low;
-        half = half << 8 | static_cast<unsigned char>(bytes[i]);
-    }
-    return key;
-}
 
 /// Binds values one after another, so that the order of columns stands in one place only.
 class Binder
@@ -118,72 +97,15 @@ DealRow readDeal(SQLite::Statement &statement)
 
 } // namespace
 
-/// The open file, its statements, and the watch on the write-ahead log.
-class SqliteStore::Connection
+/// The open file and its statements.
+class SqliteStore::Connection : public SqliteConnection
 {
 public:
     Connection(const std::filesystem::path &file, const std::string &vfs, int logFrames)
-        : m_database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, 5'000, vfs),
-          m_mostFrames(logFrames)
+        : SqliteConnection(file, vfs, kMarketApplicationId, marketMigrations(), logFrames)
     {
-        // First of all, since even the journal's mode stays in a file.
-        checkVersion(m_database, kMarketApplicationId, marketMigrations());
-        const std::string mode = m_database.execAndGet("PRAGMA journal_mode = WAL").getString();
-        if (mode != "wal")
-            throw StoreError(file.string() + ": the file system does not allow a write-ahead log");
-        m_database.exec("PRAGMA synchronous = FULL");
-        m_database.exec("PRAGMA temp_store = MEMORY");
-        // SQLite ignores errors of its own automatic checkpoints and would sync again later. After
-        // a failed sync nothing may be believed, so the log is moved here, where errors count.
-        sqlite3_wal_hook(
-            m_database.getHandle(),
-            [](void *self, sqlite3 *, const char *, int frames) {
-                static_cast<Connection *>(self)->m_logFrames = frames;
-                return SQLITE_OK;
-            },
-            this);
-        migrate(m_database, kMarketApplicationId, marketMigrations());
         prepare();
     }
-
-    ~Connection()
-    {
-        // Closing moves the log into the file; after a failure it stays for the next start to
-        // judge.
-        if (m_failed)
-            sqlite3_db_config(m_database.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-    }
-
-    /// Runs work() and turns what SQLite throws into a StoreError with the file's name.
-    template <typename Work>
-    auto guarded(const Work &work) -> decltype(work())
-    {
-        try {
-            return work();
-        } catch (const SQLite::Exception &error) {
-            throw StoreError(m_database.getFilename() + ": " + error.what());
-        }
-    }
-
-    /// As guarded(), for changes: one transaction, and nothing goes on after a failure.
-    template <typename Work>
-    void change(const Work &work)
-    {
-        if (m_failed)
-            throw StoreError(m_database.getFilename() + ": a commit failed before");
-        guarded([&] {
-            m_failed = true;
-            SQLite::Transaction transaction(m_database, SQLite::TransactionBehavior::IMMEDIATE);
-            work();
-            transaction.commit();
-            if (m_logFrames >= m_mostFrames)
-                moveLog();
-            m_failed = false;
-        });
-    }
-
-    SQLite::Database &database() { return m_database; }
-    SQLite::Statement statement(const std::string &sql) { return {m_database, sql}; }
 
     void put(const StoredCommand &command)
     {
@@ -203,12 +125,12 @@ public:
 
     void put(const StoredCheckpoint &checkpoint)
     {
-        SQLite::Statement s(m_database, "INSERT OR REPLACE INTO checkpoints VALUES (?, ?, ?)");
+        SQLite::Statement s(database(), "INSERT OR REPLACE INTO checkpoints VALUES (?, ?, ?)");
         s.bind(1, checkpoint.number);
         s.bind(2, static_cast<std::int64_t>(checkpoint.hash));
         s.bindNoCopy(3, checkpoint.state.data(), static_cast<int>(checkpoint.state.size()));
         s.exec();
-        SQLite::Statement drop(m_database,
+        SQLite::Statement drop(database(),
                                "DELETE FROM checkpoints WHERE number NOT IN "
                                "(SELECT number FROM checkpoints ORDER BY number DESC LIMIT ?)");
         drop.bind(1, kCheckpoints);
@@ -266,7 +188,7 @@ private:
     void prepare()
     {
         const auto make = [this](const std::string &sql) {
-            return std::make_unique<SQLite::Statement>(m_database, sql);
+            return std::make_unique<SQLite::Statement>(database(), sql);
         };
         m_putCommand = make("INSERT INTO commands VALUES (?, ?, ?, ?)");
         m_putOrder
@@ -280,20 +202,6 @@ private:
         m_putComposite = make("INSERT OR REPLACE INTO composites VALUES (?, ?, ?, ?, ?, ?, ?)");
     }
 
-    void moveLog()
-    {
-        const int code = sqlite3_wal_checkpoint_v2(m_database.getHandle(), nullptr,
-                                                   SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
-        // Busy means that a reader still needs the log; the next commit tries again.
-        if (code != SQLITE_OK && code != SQLITE_BUSY)
-            throw SQLite::Exception(m_database.getHandle(), code);
-        m_logFrames = 0;
-    }
-
-    SQLite::Database m_database;
-    int m_mostFrames;
-    int m_logFrames = 0;
-    bool m_failed = false;
     std::unique_ptr<SQLite::Statement> m_putCommand;
     std::unique_ptr<SQLite::Statement> m_putOrder;
     std::unique_ptr<SQLite::Statement> m_putDeal;

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "exchange/core/types.h"
+#include "exchange/store/store.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace zvx {
+
+/**
+ * An open SQLite file as all files of the exchange are kept: write-ahead log, every commit synced
+ * before it returns, brought to the newest version, and nothing goes on after a failure.
+ *
+ * One thread at a time.
+ */
+class SqliteConnection
+{
+public:
+    /// Opens the file or makes it. `vfs` names a SQLite VFS that was registered before; "" is the
+    /// machine's own. The write-ahead log is moved into the file by the first commit that leaves
+    /// `logFrames` pages in it. Throws StoreError or SQLite::Exception.
+    SqliteConnection(const std::filesystem::path &file, const std::string &vfs, int applicationId,
+                     const std::vector<std::string> &migrations, int logFrames);
+    ~SqliteConnection();
+
+    SqliteConnection(const SqliteConnection &) = delete;
+    SqliteConnection &operator=(const SqliteConnection &) = delete;
+
+    /// Runs work() and turns what SQLite throws into a StoreError with the file's name.
+    template <typename Work>
+    auto guarded(const Work &work) -> decltype(work())
+    {
+        try {
+            return work();
+        } catch (const SQLite::Exception &error) {
+            throw StoreError(m_database.getFilename() + ": " + error.what());
+        }
+    }
+
+    /// As guarded(), for changes: one transaction, and nothing goes on after a failure.
+    template <typename Work>
+    void change(const Work &work)
+    {
+        if (m_failed)
+            throw StoreError(m_database.getFilename() + ": a commit failed before");
+        guarded([&] {
+            m_failed = true;
+            SQLite::Transaction transaction(m_database, SQLite::TransactionBehavior::IMMEDIATE);
+            work();
+            transaction.commit();
+            if (m_logFrames >= m_mostFrames)
+                moveLog();
+            m_failed = false;
+        });
+    }
+
+    SQLite::Database &database() { return m_database; }
+    SQLite::Statement statement(const std::string &sql) { return {m_database, sql}; }
+
+private:
+    void moveLog();
+
+    SQLite::Database m_database;
+    int m_mostFrames;
+    int m_logFrames = 0;
+    bool m_failed = false;
+};
+
+/// The sixteen bytes by which a key stands in a table, and the way back: the null key for bytes
+/// that are none.
+std::string keyBytes(ActionKey key);
+ActionKey keyOf(const std::string &bytes);
+
+} // namespace zvx
