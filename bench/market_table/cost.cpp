@@ -6,34 +6,6 @@
 #include <QTimer>
 #include <QWidget>
 
-#include <ctime>
-
-namespace {
-
-qint64 nanoseconds(clockid_t clock)
-{
-    timespec now{};
-    clock_gettime(clock, &now);
-    return qint64(now.tv_sec) * 1000000000 + now.tv_nsec;
-}
-
-} // namespace
-
-Stopwatch::Stopwatch()
-    : m_cpu(nanoseconds(CLOCK_THREAD_CPUTIME_ID)), m_wall(nanoseconds(CLOCK_MONOTONIC))
-{
-}
-
-double Stopwatch::cpu() const
-{
-    return double(nanoseconds(CLOCK_THREAD_CPUTIME_ID) - m_cpu) / 1e6;
-}
-
-double Stopwatch::wall() const
-{
-    return double(nanoseconds(CLOCK_MONOTONIC) - m_wall) / 1e6;
-}
-
 PaintCounter::PaintCounter(QWidget *widget)
 {
     widget->installEventFilter(this);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/stopwatch.h"
+
 #include <QObject>
 
 #include <functional>
@@ -15,19 +17,6 @@ struct Cost {
     double wall = 0; // milliseconds on the clock from the answer to the frame
     int paints = 0; // of the table's viewport
     int signalsSeen = 0; // dataChanged and layoutChanged of the model that the view shows
-};
-
-// Counts the CPU time of the calling thread and the time on the clock from its construction on.
-class Stopwatch
-{
-public:
-    Stopwatch();
-    double cpu() const; // milliseconds
-    double wall() const; // milliseconds
-
-private:
-    qint64 m_cpu;
-    qint64 m_wall;
 };
 
 // Counts the paint events of a widget while it lives.

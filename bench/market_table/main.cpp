@@ -5,8 +5,9 @@
 #include "equality.h"
 #include "market.h"
 #include "referenceview.h"
-#include "report.h"
 #include "stocktable.h"
+
+#include "support/report.h"
 
 #include "ZvNetworkKit/zvdecoder.h"
 #include "ZvNetworkKit/zvscriptedtransport.h"
@@ -30,7 +31,7 @@ constexpr int changedRows = 200;
 constexpr int flashMilliseconds = 1100; // until the blue cells of a tick are dark again
 constexpr int tickMilliseconds = 1200;
 const QSize windowSize(1920, 1000);
-const QString ms = QStringLiteral("ms");
+const std::string ms = "ms";
 
 struct Options {
     int rounds = 0;
@@ -137,53 +138,47 @@ Ticks Bench::measure(int rows, int changed, Market::Move move)
 
 void Bench::noteTicks(const Ticks &ticks)
 {
-    m_report.note(QStringLiteral("| … its twin was out of order after %1 of %2 ticks; the end of "
-                                 "our flash costs %3 ms; %4 paints | | | | | |")
-                      .arg(ticks.unsortedTwins)
-                      .arg(ticks.rounds)
-                      .arg(ticks.flashEnd.ours(), 0, 'f', 2)
-                      .arg(ticks.paints));
+    m_report.note("| … its twin was out of order after " + std::to_string(ticks.unsortedTwins)
+                  + " of " + std::to_string(ticks.rounds) + " ticks; the end of our flash costs "
+                  + fixedText(ticks.flashEnd.ours(), 2) + " ms; " + std::to_string(ticks.paints)
+                  + " paints | | | | | |");
 }
 
 void Bench::reportBrokenOrder()
 {
     const Ticks ticks = measure(usualRows, changedRows, Market::Move::BreaksOrder);
-    m_report.line(QStringLiteral("5,000 rows, 200 changed, order broken: settled"), ticks.settled,
-                  ms, 1.0 / 4, QStringLiteral("1/4"));
-    m_report.line(QStringLiteral("… beside the twin without its parse"), ticks.settledAlone, ms);
-    m_report.line(QStringLiteral("… to the frame"), ticks.painted, ms, 1.0 / 2,
-                  QStringLiteral("1/2, moonshot 1/5"));
-    m_report.line(QStringLiteral("… on the clock, with the worker thread"), ticks.wall, ms);
+    m_report.line("5,000 rows, 200 changed, order broken: settled", ticks.settled, ms,
+                  Goal::most(1.0 / 4, "1/4"));
+    m_report.line("… beside the twin without its parse", ticks.settledAlone, ms);
+    m_report.line("… to the frame", ticks.painted, ms, Goal::most(1.0 / 2, "1/2, moonshot 1/5"));
+    m_report.line("… on the clock, with the worker thread", ticks.wall, ms);
     noteTicks(ticks);
 }
 
 void Bench::reportKeptOrder()
 {
     const Ticks ticks = measure(usualRows, changedRows, Market::Move::KeepsOrder);
-    m_report.line(QStringLiteral("order intact: settled"), ticks.settled, ms);
-    m_report.line(QStringLiteral("… to the frame"), ticks.painted, ms, 1.0 / 20,
-                  QStringLiteral("1/20"));
+    m_report.line("order intact: settled", ticks.settled, ms);
+    m_report.line("… to the frame", ticks.painted, ms, Goal::most(1.0 / 20, "1/20"));
     noteTicks(ticks);
 }
 
 void Bench::reportAllChanged(int rows)
 {
     const Ticks ticks = measure(rows, rows, Market::Move::BreaksOrder);
-    m_report.line(QStringLiteral("all %L1 rows changed: settled").arg(rows), ticks.settled, ms,
-                  1.0 / 10, QStringLiteral("1/10"));
-    m_report.line(QStringLiteral("… to the frame"), ticks.painted, ms, 1.0 / 10,
-                  QStringLiteral("1/10"));
+    m_report.line(QStringLiteral("all %L1 rows changed: settled").arg(rows).toStdString(),
+                  ticks.settled, ms, Goal::most(1.0 / 10, "1/10"));
+    m_report.line("… to the frame", ticks.painted, ms, Goal::most(1.0 / 10, "1/10"));
     noteTicks(ticks);
 }
 
 void Bench::reportManyRows()
 {
     const Ticks ticks = measure(manyRows, changedRows, Market::Move::BreaksOrder);
-    const QString goal = QStringLiteral("1");
-    m_report.line(QStringLiteral("20,000 rows, 200 changed: settled"), ticks.settled, ms, 1, goal);
-    m_report.line(QStringLiteral("… beside the twin without its parse"), ticks.settledAlone, ms, 1,
-                  goal);
-    m_report.line(QStringLiteral("… to the frame"), ticks.painted, ms, 1, goal);
+    const Goal goal = Goal::most(1, "1");
+    m_report.line("20,000 rows, 200 changed: settled", ticks.settled, ms, goal);
+    m_report.line("… beside the twin without its parse", ticks.settledAlone, ms, goal);
+    m_report.line("… to the frame", ticks.painted, ms, goal);
     noteTicks(ticks);
 }
 
@@ -212,10 +207,10 @@ void Bench::reportNothingNew()
         if (paints.count() > 0)
             m_failures.append(QStringLiteral("the same rows have painted"));
     }
-    m_report.line(QStringLiteral("a poll without news, beside our own tick to the frame"), poll, ms,
-                  1.0 / 50, QStringLiteral("1/50"));
-    m_report.line(QStringLiteral("… the same rows handed to the table once more"), list, ms,
-                  1.0 / 50, QStringLiteral("1/50"));
+    m_report.line("a poll without news, beside our own tick to the frame", poll, ms,
+                  Goal::most(1.0 / 50, "1/50"));
+    m_report.line("… the same rows handed to the table once more", list, ms,
+                  Goal::most(1.0 / 50, "1/50"));
 }
 
 void Bench::reportFrame()
@@ -247,8 +242,7 @@ void Bench::reportFrame()
             frames.add(ours, frame(reference.viewport()));
         }
     }
-    m_report.line(QStringLiteral("full frame of 1920x1000"), frames, ms, 1.1,
-                  QStringLiteral("1.1, moonshot 1/2"));
+    m_report.line("full frame of 1920x1000", frames, ms, Goal::most(1.1, "1.1, moonshot 1/2"));
     keep(equality);
 }
 
@@ -278,16 +272,15 @@ void Bench::reportMemory()
                 rows = reply.list->data->rows;
         }
         const double bytes = double(bytesInUse() - before) / rows.size();
-        m_report.words(QStringLiteral("memory of a row with all its texts"),
-                       QStringLiteral("%1 bytes").arg(bytes, 0, 'f', 0), QStringLiteral("1.5 KB"),
-                       QString::number(bytes / bound, 'f', 2), QStringLiteral("1"), bytes <= bound);
+        m_report.words("memory of a row with all its texts", fixedText(bytes, 0) + " bytes",
+                       "1.5 KB", fixedText(bytes / bound, 2), "1", bytes <= bound);
     }
     const std::size_t before = bytesInUse();
     ClientTable client(market, windowSize, SortColumn);
     turnUntilQuiet();
-    m_report.note(
-        QStringLiteral("| … with cache, decoder, model, proxy and view %1 bytes | | | | | |")
-            .arg(double(bytesInUse() - before) / manyRows, 0, 'f', 0));
+    const double all = double(bytesInUse() - before) / manyRows;
+    m_report.note("| … with cache, decoder, model, proxy and view " + fixedText(all, 0)
+                  + " bytes | | | | | |");
 }
 
 // Times between two beats of a heart that beats once a millisecond: what a click has to wait.
@@ -359,16 +352,13 @@ void Bench::reportGaps()
     if (!equality.isSorted(*client.view().model()))
         m_failures.append(QStringLiteral("not sorted after %1 ticks").arg(ticks));
     keep(equality);
-    m_report.words(
-        QStringLiteral("gaps of the event loop, p99.9 of %1 ticks, beside two frames").arg(ticks),
-        QStringLiteral("%1 ms").arg(gap, 0, 'f', 2),
-        QStringLiteral("%1 ms").arg(2 * frame, 0, 'f', 2),
-        QString::number(gap / (2 * frame), 'f', 2), QStringLiteral("1"), gap <= 2 * frame);
-    m_report.note(
-        QStringLiteral("| … the longest gap %1 ms; p99.9 of the same loop when idle %2 ms "
-                       "| | | | | |")
-            .arg(worst, 0, 'f', 2)
-            .arg(idleGap, 0, 'f', 2));
+    m_report.words("gaps of the event loop, p99.9 of " + std::to_string(ticks)
+                       + " ticks, beside two frames",
+                   fixedText(gap, 2) + " ms", fixedText(2 * frame, 2) + " ms",
+                   fixedText(gap / (2 * frame), 2), "1", gap <= 2 * frame);
+    m_report.note("| … the longest gap " + fixedText(worst, 2)
+                  + " ms; p99.9 of the same loop when idle " + fixedText(idleGap, 2)
+                  + " ms | | | | | |");
 }
 
 bool Bench::run()
@@ -397,8 +387,8 @@ bool Bench::run()
     for (const QString &failure : qAsConst(m_failures))
         std::fprintf(stderr, "bench_market_table: %s\n", qPrintable(failure));
     m_report.note(m_failures.isEmpty()
-                      ? QStringLiteral("\nEqual throughout: order, ties, texts, selection, pixels.")
-                      : QStringLiteral("\nNOT EQUAL: the figures above count nothing."));
+                      ? "\nEqual throughout: order, ties, texts, selection, pixels."
+                      : "\nNOT EQUAL: the figures above count nothing.");
     return m_failures.isEmpty();
 }
 

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// What a run is asked for.
+struct Options {
+    int rounds = 7;
+    std::uint64_t seed = 1;
+    std::size_t commands = 1'000'000; // of the stream that both matchers get
+    std::string folder; // where the stores are made; empty for that of temporary files
+    bool quick = false;
+    std::vector<std::string> parts; // all of them when it is empty
+};
+
+// Sentences about what did not hold; a run with any of them has no figures worth reading.
+using Failures = std::vector<std::string>;

@@ -1,0 +1,30 @@
+#include "rowmaker.h"
+
+#include "exchange/core/eventcodec.h"
+
+using namespace zvx;
+
+RowMaker::RowMaker() : m_projector(m_market, std::nullopt, {}) { }
+
+Batch RowMaker::make(const std::vector<Command> &commands, TimeMs now)
+{
+    Batch batch;
+    for (const Command &command : commands) {
+        m_happened.clear();
+        m_market.apply(command, now, m_happened);
+        if (m_happened.empty())
+            continue;
+        StoredCommand stored;
+        stored.number = ++m_last;
+        stored.time = now;
+        for (const Event &event : m_happened) {
+            encode(event, stored.events);
+            m_projector.take(event);
+            if (const auto *answered = std::get_if<ActionAnswered>(&event))
+                stored.key = answered->key;
+        }
+        batch.commands.push_back(std::move(stored));
+    }
+    batch.tables = m_projector.finish(m_market);
+    return batch;
+}
