@@ -4,7 +4,8 @@
     check_includes.py ROOT
 
 Each folder may include only itself and the folders named below it here, always with the folder's
-name in front. Prints one line a violation and exits 1 when there is one.
+name in front; the rooms of the exchange likewise. Prints one line a violation and exits 1 when
+there is one.
 """
 import pathlib
 import re
@@ -20,8 +21,26 @@ ALLOWED = {
     "client": {"ZvWidgetKit", "ZvChartKit", "ZvNetworkKit", "ZvModelKit", "BreltWidgetToolKit"},
     "exchange": set(),
 }
+# The exchange's own rooms, one below the other.
+EXCHANGE_ROOMS = {
+    "core": set(),
+    "store": {"core"},
+    "accounts": {"core", "store"},
+    "service": {"core", "store", "accounts"},
+}
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^">]+)[">]')
 GENERATED = re.compile(r"^(ui_\w+\.h|\w+\.moc|moc_\w+\.cpp)$")
+
+
+def inner_violations(path, where, name):
+    """Between the rooms of the exchange; its main program stands in none and may use all."""
+    own, parts = path.parts[0], name.split("/")
+    if len(path.parts) < 2 or parts[0] != "exchange":
+        return
+    if own not in EXCHANGE_ROOMS:
+        yield f"{where}: a room of the exchange without a place in the order of includes"
+    elif len(parts) > 2 and parts[1] != own and parts[1] not in EXCHANGE_ROOMS[own]:
+        yield f"{where}: exchange/{own} may not include {name}"
 
 
 def violations(root):
@@ -43,6 +62,8 @@ def violations(root):
                 head = name.split("/")[0]
                 if room == "exchange" and re.match(r"Q[A-Z]|Qt", head):
                     yield f"{where}: the exchange includes Qt: {name}"
+                if room == "exchange":
+                    yield from inner_violations(path.relative_to(source / room), where, name)
                 if head in ALLOWED and head != room and head not in ALLOWED[room]:
                     yield f"{where}: {room} may not include {name}"
                 if bracket == '"' and head not in ALLOWED and not GENERATED.match(name):

@@ -68,6 +68,7 @@ struct AccountLimits {
     std::int64_t signInOfPeerEvery = 30'000; ///< ms until one more is allowed
     int signInsOfPhone = 60; ///< at one phone from everywhere, at once
     std::int64_t signInOfPhoneEvery = 10'000; ///< ms until one more is allowed
+    std::size_t hashesOfPeer = 16; ///< passwords of one address that may be out to the pool
     int textsOfPeer = 60; ///< codes that one address may have sent, at once, over all phones
     std::int64_t textOfPeerEvery = 10'000; ///< ms until one more is allowed
     std::size_t throttleBound = 100'000; ///< counted phones and addresses; more are told Busy
@@ -239,8 +240,8 @@ public:
     using Answered = std::function<void(const AccountAnswer &)>;
 
     /// Opens `<folder>/<platform>.accounts` or makes it, readable by its owner alone, and loads the
-    /// sessions. Requests are taken from now on. Throws StoreError, or std::runtime_error where
-    /// the machine has no memory for a password's hash.
+    /// sessions. Requests are taken from now on. Throws StoreError, or std::bad_alloc where the
+    /// machine has no memory for a password's hash.
     explicit AccountDesk(AccountDeskOptions options);
     /// Stops cleanly if that was not done.
     ~AccountDesk();
