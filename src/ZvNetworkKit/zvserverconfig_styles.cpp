@@ -216,35 +216,39 @@ QString pictureSheet(int size, const char *normal, const char *hover, const char
         .arg((32 - 2 - size) / 2);
 }
 
-// The switch of the guide strip: it points to where the strip would go.
+// The switch of the guide strip: it points to where the strip would go. Its arrow is an icon, which
+// Qt scales smoothly to any screen; the picture of an `image` gets steps at scales such as 1.25.
 QString openButtonSheet()
 {
     return QStringLiteral(
         "QPushButton{outline:none;border:1px solid @line;border-left:none;"
         "border-top-right-radius:4px;border-bottom-right-radius:4px;background-color:@panel;"
-        "image:url(:/icons/guidepage/@openArrow.png);}"
-        "QPushButton:checked{background-color:@surface;image:url(:/icons/guidepage/"
+        "icon-size:16px;icon:url(:/icons/guidepage/@openArrow.png);}"
+        "QPushButton:checked{background-color:@surface;icon:url(:/icons/guidepage/"
         "@backArrow.png);}"
         "QPushButton:focus{border-color:@accentText;}"
         "QPushButton:hover{background-color:@raisedHover;border-color:@lineHover;}"
         "QPushButton:pressed{background-color:@accentTint;border-color:@accent;}"
-        "QPushButton:disabled{image:url(:/icons/guidepage/arrow-pn-right.png);}"
-        "QPushButton:checked:disabled{image:url(:/icons/guidepage/arrow-pn-left.png);}");
+        "QPushButton:disabled{icon:url(:/icons/guidepage/arrow-pn-right.png);}"
+        "QPushButton:checked:disabled{icon:url(:/icons/guidepage/arrow-pn-left.png);}");
 }
 
 // A server's button in the guide strip, 28 by 80 pixels with upright text on a plate. The plate's
-// border of 5 pixels keeps its corners when the button grows.
-QString guideTabSheet(const char *text, const char *normal, const char *hover)
+// border of 5 pixels keeps its corners when the button grows. The focus draws a frame around the
+// text: a line below each of its small characters would read as a stroke of it.
+QString guideTabSheet(const char *text, const char *disabledText, const char *normal,
+                      const char *hover)
 {
     return QStringLiteral("QPushButton{outline:none;color:%1;padding:0px;border-width:5px;"
-                          "border-image:url(:/icons/guidepage/%2.png) 5 5 5 5 stretch stretch;}"
-                          "QPushButton:focus{color:@text;text-decoration:underline;}"
-                          "QPushButton:hover{color:@text;"
                           "border-image:url(:/icons/guidepage/%3.png) 5 5 5 5 stretch stretch;}"
+                          "QPushButton:focus{outline:1px solid @text;}"
+                          "QPushButton:hover{color:@text;"
+                          "border-image:url(:/icons/guidepage/%4.png) 5 5 5 5 stretch stretch;}"
                           "QPushButton:pressed{color:@deep;border-image:"
                           "url(:/icons/guidepage/@tabPressed.png) 5 5 5 5 stretch stretch;}"
-                          "QPushButton:disabled{color:@muted;}")
-        .arg(QLatin1String(text), QLatin1String(normal), QLatin1String(hover));
+                          "QPushButton:disabled{color:%2;}")
+        .arg(QLatin1String(text), QLatin1String(disabledText), QLatin1String(normal),
+             QLatin1String(hover));
 }
 
 // The sign-in dialog and the fields in it. The texts of the fields keep the palette's colours: a
@@ -346,9 +350,9 @@ QString sheetOf(Style style)
     case Style::MarketOpenButton:
         return openButtonSheet();
     case Style::ZvGuideTabItemButtonEnable:
-        return guideTabSheet("@text", "@tabInUse", "@tabInUseHover");
+        return guideTabSheet("@text", "@soft", "@tabInUse", "@tabInUseHover");
     case Style::ZvGuideTabItemButtonDisable:
-        return guideTabSheet("@soft", "@tab", "@tabHover");
+        return guideTabSheet("@soft", "@muted", "@tab", "@tabHover");
     case Style::LabelAndPrompt:
         return labelAndPromptSheet();
     case Style::TotalDialog:

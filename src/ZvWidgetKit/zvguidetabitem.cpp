@@ -73,6 +73,7 @@ void ZvGuideTabItem::setProgressDuration(int duration)
 void ZvGuideTabItem::setServerName(QString text)
 {
     ui->pushButton->setText(upright(text));
+    ui->pushButton->setToolTip(text); // two names may differ only in what is dropped
     QFont font = ui->pushButton->font();
     font.setPixelSize(text.size() == 2 ? LargeFont : SmallFont);
     ui->pushButton->setFont(font);

@@ -27,8 +27,8 @@ public:
     // The time of one whole run of the bar, in milliseconds; 2000 at first. The next run takes it.
     void setProgressDuration(int duration);
 
-    // Shows the Chinese characters of `text` below each other; all others are dropped. Two
-    // characters have room for a larger font.
+    // Shows the Chinese characters of `text` below each other; all others are dropped, and
+    // the whole name is left to the tool tip. Two characters have room for a larger font.
     void setServerName(QString text);
 
     // The URL prefix of the server, such as "/lc/youbika/".

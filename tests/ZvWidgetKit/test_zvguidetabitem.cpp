@@ -159,6 +159,7 @@ private slots:
         m_item->setServerName(name);
         QCOMPARE(button()->text(), text);
         QCOMPARE(button()->font().pixelSize(), pixels);
+        QCOMPARE(button()->toolTip(), name);
     }
 
     void laterNameReplacesTheFirst()
