@@ -92,6 +92,16 @@ void Table::play(std::string_view text)
     }
 }
 
+OpenMarket::OpenMarket(int accounts, int issued)
+{
+    std::ostringstream head;
+    head << "list 7 10.00 " << issued << " = accepted\n";
+    for (int id = 1; id <= accounts; ++id)
+        head << "account " << id << " = accepted\n";
+    head << "phase open = accepted\n";
+    play(head.str());
+}
+
 std::string Table::answer(const std::vector<std::string> &words)
 {
     for (const char *name :

@@ -17,6 +17,7 @@ namespace zvxtest {
  *     deposit ID MONEY [key K]    withdraw ID MONEY [key K]     grant ID COLLECTION PIECES UNITCOST
  *     buy|sell ID COLLECTION PRICE PIECES [key K] [freeing]     revoke ID NUMBER... [key K]
  *     phase open|closed           suspend COLLECTION on|off     settle DAY
+ *     burn ID key K
  *
  * Answers are a status name, with the order's number behind one that was accepted, as in
  * "accepted 3", and the first answer behind "exists". Questions:
@@ -24,9 +25,10 @@ namespace zvxtest {
  *     cash ID = AVAILABLE FROZEN               holding ID COLLECTION = PIECES FROZEN COST
  *     book COLLECTION = PRICExPIECES ... | PRICExPIECES ...      (buys | sells, the best first)
  *     day COLLECTION = OPEN HIGH LOW LAST VOLUME AMOUNT          limits COLLECTION = LOWER UPPER
- *     orders ID = NUMBER:REMAINING ...         fees = MONEY      deals = BUYER<SELLER PRICExPIECES
- * ... rules COLLECTION = PREVIOUSCLOSE SESSION DAY done = NUMBER REASON ...                 (both:
- * since they were asked the last time)
+ *     rules COLLECTION = PREVIOUSCLOSE SESSION DAY               orders ID = NUMBER:REMAINING ...
+ *     fees = MONEY
+ *     deals = BUYER<SELLER PRICExPIECES ...    (since they were asked the last time)
+ *     done = NUMBER REASON ...                 (likewise)
  *
  * After every line the audit must be content, and a second market that only hears the events must
  * have the same hash.
@@ -52,6 +54,16 @@ private:
     std::size_t m_asked = 0; ///< events up to here were shown by `deals`
     std::size_t m_askedDone = 0;
     std::int64_t m_now = 1'577'836'800'000;
+};
+
+/**
+ * A table of an open market: collection 7 at 10.00 with so many pieces issued, and accounts from 1
+ * on.
+ */
+class OpenMarket : public Table
+{
+public:
+    explicit OpenMarket(int accounts, int issued = 100);
 };
 
 } // namespace zvxtest

@@ -5,6 +5,7 @@
 #include <cmath>
 
 using namespace zvx;
+using zvxtest::OpenMarket;
 using zvxtest::Table;
 
 TEST(Ledger, MoneyGoesInAndOut)
@@ -66,12 +67,8 @@ TEST(Ledger, PiecesAreGrantedUpToTheIssue)
 TEST(Ledger, TheTicketsTenPiecesCostWhatTheTicketSays)
 {
     // One piece at 10.00 costs 10.03 with the fee: 100.30 buys ten, 100.29 nine.
-    Table table;
+    OpenMarket table(2);
     table.play(R"(
-        list 7 10.00 100                = accepted
-        account 1                       = accepted
-        account 2                       = accepted
-        phase open                      = accepted
         deposit 1 100.30                = accepted
         deposit 2 100.29                = accepted
         buy 1 7 10.00 11                = not enough money
@@ -197,12 +194,8 @@ TEST(Ledger, FeesAreRoundedOverTheWholeOrderAndNotEachFill)
 
 TEST(Ledger, ABetterPriceGivesTheDifferenceBackAtOnce)
 {
-    Table table;
+    OpenMarket table(2);
     table.play(R"(
-        list 7 10.00 100                = accepted
-        account 1                       = accepted
-        account 2                       = accepted
-        phase open                      = accepted
         deposit 1 110.33                = accepted
         grant 2 7 10 9.00               = accepted
         sell 2 7 9.50 4                 = accepted 1
@@ -218,12 +211,8 @@ TEST(Ledger, ABetterPriceGivesTheDifferenceBackAtOnce)
 
 TEST(Ledger, PartlyFilledThenRevokedReleasesExactlyTheRest)
 {
-    Table table;
+    OpenMarket table(2);
     table.play(R"(
-        list 7 10.00 100                = accepted
-        account 1                       = accepted
-        account 2                       = accepted
-        phase open                      = accepted
         deposit 1 100.30                = accepted
         grant 2 7 3 9.00                = accepted
         buy 1 7 10.00 10                = accepted 1
@@ -238,11 +227,8 @@ TEST(Ledger, PartlyFilledThenRevokedReleasesExactlyTheRest)
 
 TEST(Ledger, FrozenPiecesCannotBeSoldTwice)
 {
-    Table table;
+    OpenMarket table(1);
     table.play(R"(
-        list 7 10.00 100                = accepted
-        account 1                       = accepted
-        phase open                      = accepted
         sell 1 7 10.00 1                = not enough holdings
         grant 1 7 10 9.00               = accepted
         sell 1 7 10.00 7                = accepted 1
@@ -258,11 +244,8 @@ TEST(Ledger, FrozenPiecesCannotBeSoldTwice)
 
 TEST(Ledger, ReservedMoneyCannotLeave)
 {
-    Table table;
+    OpenMarket table(1);
     table.play(R"(
-        list 7 10.00 100                = accepted
-        account 1                       = accepted
-        phase open                      = accepted
         deposit 1 20.00                 = accepted
         buy 1 7 10.00 1                 = accepted 1
         withdraw 1 9.98                 = not enough money
@@ -298,12 +281,8 @@ TEST(Ledger, FeesGoByAccountAndCollection)
 
 TEST(Ledger, TheCostGoesWithThePieces)
 {
-    Table table;
+    OpenMarket table(2);
     table.play(R"(
-        list 7 10.00 100                = accepted
-        account 1                       = accepted
-        account 2                       = accepted
-        phase open                      = accepted
         deposit 2 1000.00               = accepted
         grant 1 7 3 10.00               = accepted
         holding 1 7                     = 3 0 30.00

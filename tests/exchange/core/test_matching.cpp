@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 using namespace zvx;
+using zvxtest::OpenMarket;
 using zvxtest::Table;
 
 namespace {
@@ -11,16 +12,9 @@ namespace {
 class Matching : public testing::Test
 {
 protected:
-    Matching() { prepare(table); }
-
-    static void prepare(Table &onto)
+    Matching()
     {
-        onto.play(R"(
-            list 7 10.00 10000          = accepted
-            account 1                   = accepted
-            account 2                   = accepted
-            account 3                   = accepted
-            phase open                  = accepted
+        table.play(R"(
             deposit 1 100000.00         = accepted
             deposit 2 100000.00         = accepted
             deposit 3 100000.00         = accepted
@@ -30,7 +24,7 @@ protected:
         )");
     }
 
-    Table table;
+    OpenMarket table{3, 10000};
 };
 
 } // namespace

@@ -3,17 +3,14 @@
 #include <gtest/gtest.h>
 
 using namespace zvx;
+using zvxtest::OpenMarket;
 using zvxtest::Table;
 
 TEST(Settlement, EndsOrdersAndCarriesTheCloseOver)
 {
-    Table table;
+    OpenMarket table(2);
     table.play(R"(
-        list 7 10.00 100                = accepted
         list 8 20.00 100                = accepted
-        account 1                       = accepted
-        account 2                       = accepted
-        phase open                      = accepted
         deposit 1 1000.00               = accepted
         grant 2 7 50 9.00               = accepted
         sell 2 7 10.50 5                = accepted 1
@@ -54,12 +51,8 @@ TEST(Settlement, KeysOutliveOneSettlementAndNotTwo)
 
 TEST(Settlement, TellsTheDaysFigures)
 {
-    Table table;
+    OpenMarket table(2);
     table.play(R"(
-        list 7 10.00 100                = accepted
-        account 1                       = accepted
-        account 2                       = accepted
-        phase open                      = accepted
         deposit 1 1000.00               = accepted
         grant 2 7 50 9.00               = accepted
         sell 2 7 10.50 5                = accepted 1
