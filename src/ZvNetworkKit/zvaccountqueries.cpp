@@ -1,6 +1,5 @@
 #include "ZvNetworkKit/zvaccountqueries.h"
 
-#include "ZvNetworkKit/serverpaths.h"
 #include "ZvNetworkKit/zvkittrace.h"
 #include "ZvNetworkKit/zvservercache.h"
 
@@ -28,19 +27,14 @@ void ZvAccountQueries::ask(Kind kind, const QString &path, const ZvRequest::Para
         qCInfo(zvNetworkLog).noquote() << "No exchange to ask for" << path;
 }
 
-void ZvAccountQueries::renewAccount()
+void ZvAccountQueries::dropAccount()
 {
-    ask(Account, zvPath_myaccount);
-    ask(Cap, zvPath_cap);
-    ask(Gather, zvPath_myaccount_gather);
-}
-
-void ZvAccountQueries::dropAll()
-{
-    for (const ZvCallId call : qAsConst(m_open))
-        m_link->cancel(call);
-    m_open.clear();
-    m_newest.clear();
+    for (auto open = m_open.cbegin(); open != m_open.cend(); ++open) {
+        if (open.key() == MarketDetail)
+            continue;
+        m_link->cancel(open.value());
+        m_newest.remove(open.key());
+    }
 }
 
 void ZvAccountQueries::take(Kind kind, const QString &path, const ZvOutcome &outcome)
@@ -52,10 +46,7 @@ void ZvAccountQueries::take(Kind kind, const QString &path, const ZvOutcome &out
             outcome.reply.latest->data->value);
         return;
     }
-    if (outcome.isLogged)
-        return;
-    const QString reason = outcome.isReadable()
-        ? outcome.reply.envelope.status + QLatin1String(": ") + outcome.reply.envelope.message
-        : outcome.error;
-    qCInfo(zvNetworkLog).noquote() << path << "cannot be served:" << reason;
+    const QString reason = outcome.reason();
+    if (!reason.isEmpty())
+        qCInfo(zvNetworkLog).noquote() << path << "cannot be served:" << reason;
 }

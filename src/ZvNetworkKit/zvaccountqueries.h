@@ -15,9 +15,6 @@ public:
     // One kind for each answer that a page waits for.
     enum Kind {
         MarketDetail,
-        Account,
-        Cap,
-        Gather,
         Bankcard,
         MoneyUrls,
         OpenApplications,
@@ -34,11 +31,8 @@ public:
 
     void ask(Kind kind, const QString &path, const ZvRequest::Parameters &parameters = {});
 
-    // Account, holdings and the day's sums, which belong to a session and a server.
-    void renewAccount();
-
-    // Drops what is under way for the session that ends.
-    void dropAll();
+    // Drops what is under way for the session that ends; the market's deals go on.
+    void dropAccount();
 
 private:
     void take(Kind kind, const QString &path, const ZvOutcome &outcome);

@@ -43,9 +43,18 @@ QString reasonOf(const ZvOutcome &outcome)
     return outcome.isReadable() ? outcome.reply.envelope.status : outcome.error;
 }
 
+QString signedOut()
+{
+    return QStringLiteral("登录已失效，上一请求的结果未知，请重新登录后查询");
+}
+
 } // namespace
 
-ZvActionQueue::ZvActionQueue(ZvExchangeLink *link) : m_link(link) { }
+ZvActionQueue::ZvActionQueue(ZvExchangeLink *link) : m_link(link)
+{
+    connect(link, &ZvExchangeLink::prefixChanged, this, &ZvActionQueue::changeView);
+    connect(link, &ZvExchangeLink::sessionChanged, this, &ZvActionQueue::changeView);
+}
 
 ZvActionQueue::~ZvActionQueue() = default;
 
@@ -56,7 +65,7 @@ void ZvActionQueue::enqueue(ZvAction action)
         return;
     }
     const QString key = action.key.isEmpty() ? makeKey() : action.key;
-    m_waiting.push_back({std::move(action), m_link->prefix(), key});
+    m_waiting.push_back({std::move(action), m_link->prefix(), m_link->generation().session, key});
     next();
 }
 
@@ -79,6 +88,8 @@ void ZvActionQueue::next()
 ZvRequest ZvActionQueue::requestFor(const Entry &entry, bool isResolution) const
 {
     ZvRequest request = m_link->makeRequest(entry.action.path, entry.action.parameters);
+    if (!entry.action.isOfSession)
+        request.token.clear();
     request.prefix = entry.prefix;
     request.isAction = !entry.action.isQuestion;
     if (request.isAction)
@@ -92,22 +103,63 @@ ZvRequest ZvActionQueue::requestFor(const Entry &entry, bool isResolution) const
 
 void ZvActionQueue::send()
 {
-    ZvDecodeTask task;
-    task.shape = ZvDecodeTask::Action;
-    const ZvCallId call = m_link->ask(
-        requestFor(m_waiting.front(), false), ZvExchangeLink::Survives, this,
-        [this](const ZvOutcome &outcome) { take(outcome); }, task);
-    if (call == 0) {
-        QMetaObject::invokeMethod(
-            this, [this] { endFailed(QStringLiteral("尚未连接交易所，请稍后再试")); },
-            Qt::QueuedConnection);
+    Entry &entry = m_waiting.front();
+    const bool isQuestion = entry.action.isQuestion;
+    if (isOfOtherSession(entry) && (!isQuestion || m_link->token().isEmpty())) {
+        endLater(isQuestion ? QStringLiteral("登录已失效，请重新登录")
+                            : QStringLiteral("登录状态已改变，该请求未发送，请重新操作"));
+        return;
     }
+    if (isQuestion) {
+        entry.prefix = m_link->prefix();
+        entry.session = m_link->generation().session;
+    }
+    ZvDecodeTask task;
+    task.shape = entry.action.shape;
+    m_call = m_link->ask(
+        requestFor(entry, false), ZvExchangeLink::Survives, this,
+        [this](const ZvOutcome &outcome) {
+            m_call = 0;
+            take(outcome);
+        },
+        task);
+    if (m_call == 0)
+        endLater(QStringLiteral("尚未连接交易所，请稍后再试"));
+}
+
+void ZvActionQueue::endLater(const QString &message)
+{
+    QMetaObject::invokeMethod(
+        this, [this, message] { endFailed(message); }, Qt::QueuedConnection);
+}
+
+void ZvActionQueue::changeView()
+{
+    if (m_call == 0 || !m_waiting.front().action.isQuestion || isOfView(m_waiting.front()))
+        return;
+    // An answer that is being decoded cannot be cancelled any more; take() finds it out.
+    if (m_link->cancel(m_call)) {
+        m_call = 0;
+        send();
+    }
+}
+
+bool ZvActionQueue::isOfView(const Entry &entry) const
+{
+    return entry.prefix == m_link->prefix() && !isOfOtherSession(entry);
+}
+
+bool ZvActionQueue::isOfOtherSession(const Entry &entry) const
+{
+    return entry.action.isOfSession && entry.session != m_link->generation().session;
 }
 
 void ZvActionQueue::take(const ZvOutcome &outcome)
 {
     const bool isQuestion = m_waiting.front().action.isQuestion;
-    if (outcome.isReadable() && (isQuestion || isFinal(outcome.reply.envelope)))
+    if (isQuestion && !isOfView(m_waiting.front()))
+        send();
+    else if (outcome.isReadable() && (isQuestion || isFinal(outcome.reply.envelope)))
         endWith(outcome);
     else if (outcome.ending == ZvAnswer::NotSent)
         endFailed(QStringLiteral("无法连接交易所，请稍后再试"));
@@ -137,10 +189,15 @@ void ZvActionQueue::resolveLater(const QString &reason)
 
 void ZvActionQueue::resolve()
 {
+    const Entry &entry = m_waiting.front();
+    if (isOfOtherSession(entry)) { // nobody can ask for the key any more
+        endUnknown(signedOut());
+        return;
+    }
     ZvDecodeTask task;
-    task.shape = ZvDecodeTask::Action;
+    task.shape = entry.action.shape;
     const ZvCallId call = m_link->ask(
-        requestFor(m_waiting.front(), true), ZvExchangeLink::Survives, this,
+        requestFor(entry, true), ZvExchangeLink::Survives, this,
         [this](const ZvOutcome &outcome) { takeResolution(outcome); }, task);
     if (call == 0)
         resolveLater(QString());
@@ -151,12 +208,10 @@ void ZvActionQueue::takeResolution(const ZvOutcome &outcome)
     const ZvEnvelope &envelope = outcome.reply.envelope;
     const bool isPassing
         = envelope.status == QLatin1String("failed") || envelope.status == QLatin1String("busy");
-    const bool isSignedOut = envelope.status == QLatin1String("session")
-        || envelope.status == QLatin1String("elsewhere");
     if (!outcome.isReadable() || isPassing)
         resolveLater(outcome.error);
-    else if (isSignedOut) // the question is refused, which says nothing about the action
-        endUnknown(QStringLiteral("登录已失效，上一请求的结果未知，请重新登录后查询"));
+    else if (envelope.isOfSession()) // refuses the question, and says nothing about the action
+        endUnknown(signedOut());
     else if (envelope.reason == QLatin1String("unknown-key"))
         endFailed(QStringLiteral("请求未送达交易所，请重试"));
     else

@@ -13,7 +13,15 @@
 struct ZvAction {
     QString path;
     ZvRequest::Parameters parameters;
-    bool isQuestion = false; // changes nothing: a query that waits for its turn among the actions
+    ZvDecodeTask::Shape shape = ZvDecodeTask::Action; // of its answer
+
+    // Changes nothing: a query that waits for its turn among the actions. It is about the server
+    // and the user in view; where they change before it has ended it is asked again.
+    bool isQuestion = false;
+
+    // False for those who sign in or register: the exchange is told of no session, and what it says
+    // ends none.
+    bool isOfSession = true;
     QString key; // of an earlier attempt whose end is not known; empty for a new one
 
     // What the kit keeps of a success, before the next action goes out; may be empty. False where
@@ -30,7 +38,8 @@ struct ZvAction {
 // Sends actions one after the other, in the order of the calls, each once under a key of its own.
 //
 // Where the answer does not come, the action may have been done or not: the exchange is asked for
-// what became of the key, again and again within `resolveBound`. An action is never sent twice.
+// what became of the key, again and again within `resolveBound`. An action is never sent twice, and
+// never for another user or at another server than those it was meant for.
 class ZVNETWORKKIT_EXPORT ZvActionQueue : public QObject
 {
     Q_OBJECT
@@ -55,24 +64,30 @@ public:
 private:
     struct Entry {
         ZvAction action;
-        QString prefix; // of the server in view when the user acted
+        QString prefix; // of the server in view when the user acted; of a question, when it left
+        quint32 session; // likewise
         QString key;
     };
 
     void next();
     void send();
+    void changeView();
+    bool isOfView(const Entry &entry) const;
+    bool isOfOtherSession(const Entry &entry) const;
     void take(const ZvOutcome &outcome);
     void takeResolution(const ZvOutcome &outcome);
     void resolveLater(const QString &reason);
     void resolve();
     ZvRequest requestFor(const Entry &entry, bool isResolution) const;
     void endWith(const ZvOutcome &outcome);
+    void endLater(const QString &message);
     void endFailed(const QString &message);
     void endUnknown(const QString &message);
 
     ZvExchangeLink *m_link;
     std::deque<Entry> m_waiting; // the first one is under way while `m_isBusy`
     bool m_isBusy = false;
+    ZvCallId m_call = 0; // under way for the first time
     qint64 m_unknownSince = -1;
     int m_resolutions = 0;
     ZvTimer m_pause;

@@ -1,6 +1,7 @@
 #include "ZvNetworkKit/zvdecoder.h"
 
-#include "ZvNetworkKit/zvjsonnode.h"
+#include "ZvNetworkKit/zvaccountreading.h"
+#include "ZvNetworkKit/zvjsonreading.h"
 
 #include <QRegularExpression>
 #include <QSet>
@@ -10,116 +11,8 @@
 
 namespace {
 
+using namespace zvread;
 using Node = ZvJsonNode;
-
-// What is wrong with an answer; thrown by the readers and caught in decode() alone.
-struct Refusal {
-    QString reason;
-};
-
-[[noreturn]] void refuse(const char *what, const char *key)
-{
-    throw Refusal{QStringLiteral("%1: \"%2\"").arg(QLatin1String(what), QLatin1String(key))};
-}
-
-// The largest price, quantity or amount that the exchange knows.
-constexpr qint64 figureBound = 9000000000000000;
-
-const Node &member(const Node &object, const char *key)
-{
-    if (object.kind != Node::Object)
-        refuse("no object around", key);
-    const Node *found = object.find(key);
-    if (!found)
-        refuse("missing", key);
-    return *found;
-}
-
-qint64 integerIn(const Node &node, const char *key, qint64 least, qint64 most)
-{
-    if (node.kind != Node::Integer)
-        refuse("no whole number", key);
-    if (node.integer < least || node.integer > most)
-        refuse("number out of range", key);
-    return node.integer;
-}
-
-qint64 integer(const Node &object, const char *key, qint64 least, qint64 most)
-{
-    return integerIn(member(object, key), key, least, most);
-}
-
-qint64 figureIn(const Node &node, const char *key)
-{
-    return node.kind == Node::Null ? zvub::noValue : integerIn(node, key, 0, figureBound);
-}
-
-qint64 figure(const Node &object, const char *key)
-{
-    return figureIn(member(object, key), key);
-}
-
-// Sums start at nothing rather than at "not known".
-qint64 sum(const Node &object, const char *key)
-{
-    return std::max<qint64>(0, figure(object, key));
-}
-
-qint64 version(const Node &object)
-{
-    return integer(object, "version", 0, std::numeric_limits<qint64>::max());
-}
-
-QString textIn(const Node &node, const char *key)
-{
-    if (node.kind != Node::Text)
-        refuse("no text", key);
-    return node.text;
-}
-
-QString text(const Node &object, const char *key)
-{
-    return textIn(member(object, key), key);
-}
-
-bool boolean(const Node &object, const char *key)
-{
-    const Node &node = member(object, key);
-    if (node.kind != Node::Bool)
-        refuse("neither true nor false", key);
-    return node.boolean;
-}
-
-const std::vector<Node> &arrayIn(const Node &node, const char *key)
-{
-    if (node.kind != Node::Array)
-        refuse("no list", key);
-    return node.items;
-}
-
-const std::vector<Node> &array(const Node &object, const char *key)
-{
-    return arrayIn(member(object, key), key);
-}
-
-// A decimal number of at most 18 digits, such as "1001" or "-1".
-QString collectionIdIn(const Node &node, const char *key)
-{
-    const QString id = textIn(node, key);
-    const int first = id.startsWith(QLatin1Char('-')) ? 1 : 0;
-    const int digits = id.size() - first;
-    bool isNumber = digits >= 1 && digits <= 18;
-    for (int i = first; i < id.size(); ++i)
-        isNumber = isNumber && id.at(i) >= QLatin1Char('0') && id.at(i) <= QLatin1Char('9');
-    if (!isNumber)
-        refuse("no collection id", key);
-    return id;
-}
-
-QString collectionId(const Node &object, const char *key)
-{
-    return collectionIdIn(member(object, key), key);
-}
 
 // Pages open these addresses in a browser, so nothing but a web address passes.
 QString webAddress(const QString &address)
@@ -476,7 +369,7 @@ ZvTopic<ZvMarketList> ZvDecoder::State::changes(const Node &entry, const ZvDecod
                                                 const ZvEnvelope &envelope, Kept &kept) const
 {
     ZvTopicPart<ZvMarketList> part;
-    part.version = ::version(entry);
+    part.version = zvread::version(entry);
     const qint64 base = integer(entry, "base", 0, std::numeric_limits<qint64>::max());
     const std::vector<Node> &entries = array(entry, "changes");
 
@@ -539,7 +432,7 @@ void ZvDecoder::State::readPoll(const Node &data, const ZvDecodeTask &task, ZvRe
     reply.type = readTopic<QList<QPair<QString, int>>>(topics, "type", readTypes);
     if (const Node *entry = topics.find("list")) {
         if (const Node *rows = entry->find("data"))
-            reply.list = snapshot(*rows, ::version(*entry), task, reply.envelope, kept);
+            reply.list = snapshot(*rows, zvread::version(*entry), task, reply.envelope, kept);
         else if (entry->find("changes"))
             reply.list = changes(*entry, task, reply.envelope, kept);
         else
@@ -558,6 +451,7 @@ void ZvDecoder::State::readPoll(const Node &data, const ZvDecodeTask &task, ZvRe
     reply.latest = readTopic<ZvOfCollection<QList<ZvUBDealItem>>>(
         topics, "latest",
         [this, &kept](const Node &node) { return dealsOf(readLatest(node), kept); });
+    reply.cap = readTopic<ZvUBCapInfo>(topics, "cap", zvread::cap);
 }
 
 void ZvDecoder::State::readOne(const Node &data, const ZvDecodeTask &task, ZvReply &reply,
@@ -567,6 +461,7 @@ void ZvDecoder::State::readOne(const Node &data, const ZvDecodeTask &task, ZvRep
     switch (task.shape) {
     case ZvDecodeTask::Envelope:
     case ZvDecodeTask::Action:
+    case ZvDecodeTask::SignIn:
     case ZvDecodeTask::Poll:
         break;
     case ZvDecodeTask::Market:
@@ -599,12 +494,26 @@ void ZvDecoder::State::readOne(const Node &data, const ZvDecodeTask &task, ZvRep
     case ZvDecodeTask::Latest:
         reply.latest = whole(number, dealsOf(readLatest(data), kept));
         break;
+    case ZvDecodeTask::Account:
+        reply.account = zvread::account(data);
+        break;
+    case ZvDecodeTask::Cap:
+        if (number == 0) // nothing that a poll could go on from
+            refuse("missing or 0", "version");
+        reply.cap = whole(number, zvread::cap(data));
+        break;
+    case ZvDecodeTask::Gather:
+        reply.gather = zvread::gather(data);
+        break;
+    case ZvDecodeTask::Favourites:
+        reply.favourites = collectionIds(member(data, "collections"), "collections");
+        break;
     }
 }
 
 namespace {
 
-// The answer of an action: texts and whole numbers by name, and one list of collections.
+// The answer of an action: texts and whole numbers by name.
 void readAction(const Node &data, ZvReply &reply)
 {
     if (data.kind != Node::Object)
@@ -615,11 +524,24 @@ void readAction(const Node &data, ZvReply &reply)
             reply.texts.insert(key, entry.text);
         } else if (entry.kind == Node::Integer) {
             reply.texts.insert(key, QString::number(entry.integer));
-        } else if (entry.key == "collections") {
-            for (const Node &id : arrayIn(entry, "collections"))
-                reply.ids.append(collectionIdIn(id, "collections"));
         }
     }
+}
+
+// A sign-in that cannot be used is an answer all the same: to ask the exchange again what it said
+// would help nobody.
+void readSignIn(const Node &data, ZvReply &reply)
+{
+    ZvSignIn signIn;
+    try {
+        signIn.token = token(data, "token");
+        if (const Node *node = data.find("account"))
+            signIn.account = account(*node);
+    } catch (const ZvRefusal &refusal) {
+        signIn = ZvSignIn();
+        signIn.flaw = refusal.reason;
+    }
+    reply.signIn = signIn;
 }
 
 } // namespace
@@ -647,6 +569,8 @@ bool ZvDecoder::decode(const QByteArray &body, const ZvDecodeTask &task, ZvReply
                 m_state->readPoll(member(root, "data"), task, read, kept);
             else if (task.shape == ZvDecodeTask::Action)
                 readAction(member(root, "data"), read);
+            else if (task.shape == ZvDecodeTask::SignIn)
+                readSignIn(member(root, "data"), read);
             else if (task.shape != ZvDecodeTask::Envelope)
                 m_state->readOne(member(root, "data"), task, read, kept);
         }
@@ -661,7 +585,7 @@ bool ZvDecoder::decode(const QByteArray &body, const ZvDecodeTask &task, ZvReply
             m_state->previousClose.insert(it.key(), it.value());
         reply = std::move(read);
         return true;
-    } catch (const Refusal &refusal) {
+    } catch (const ZvRefusal &refusal) {
         error = refusal.reason;
         return false;
     }

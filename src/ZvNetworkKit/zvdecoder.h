@@ -1,7 +1,10 @@
 #pragma once
 
 #include "ZvModelKit/zvubbriefinfo.h"
+#include "ZvModelKit/zvubcapinfo.h"
 #include "ZvModelKit/zvubdealitem.h"
+#include "ZvModelKit/zvubgatherinfo.h"
+#include "ZvModelKit/zvubmyacount.h"
 #include "ZvModelKit/zvubobject.h"
 #include "ZvModelKit/zvubproitem.h"
 #include "ZvModelKit/zvubtopfive.h"
@@ -28,6 +31,12 @@ struct ZvEnvelope {
     QString boot; // the run of the service that its versions count in
     qint64 time = 0; // the service's clock, UTC milliseconds
     qint64 version = 0; // of the topic that was asked for; 0 without one
+
+    // Refused because the session is over, or because there is none.
+    bool isOfSession() const
+    {
+        return status == QLatin1String("session") || status == QLatin1String("elsewhere");
+    }
 };
 
 // A topic in an answer: its data, or the word that they are to be asked for.
@@ -48,6 +57,13 @@ struct ZvMarketCheck {
     {
         return open == other.open && tradingDay == other.tradingDay;
     }
+};
+
+// What a sign-in has brought.
+struct ZvSignIn {
+    QString token; // fit for a header
+    std::optional<ZvUBMyAcount> account; // where the answer has it
+    QString flaw; // why it cannot be used, a sentence for the log; empty when it can
 };
 
 // What belongs to one collection.
@@ -74,15 +90,20 @@ struct ZvReply {
     ZvTopic<ZvOfCollection<ZvUBProItem>> item;
     ZvTopic<ZvOfCollection<ZvUBTopFive>> trade;
     ZvTopic<ZvOfCollection<QList<ZvUBDealItem>>> latest;
+    ZvTopic<ZvUBCapInfo> cap;
+    std::optional<ZvUBGatherInfo> gather;
+    std::optional<ZvUBMyAcount> account;
+    std::optional<QStringList> favourites; // ids of collections
+    std::optional<ZvSignIn> signIn;
     QMap<QString, QString> texts; // the plain texts of an action's answer
-    QStringList ids; // the collections of an action's answer
 };
 
 // What an answer is to be read as.
 struct ZvDecodeTask {
     enum Shape {
         Envelope, // nothing but the envelope
-        Action, // texts and ids
+        Action, // texts
+        SignIn,
         Poll,
         Market,
         Message,
@@ -93,7 +114,11 @@ struct ZvDecodeTask {
         List,
         Item,
         Trade,
-        Latest
+        Latest,
+        Account,
+        Cap,
+        Gather,
+        Favourites
     };
 
     Shape shape = Envelope;

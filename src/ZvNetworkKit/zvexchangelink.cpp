@@ -6,6 +6,28 @@
 #include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverconfig.h"
 
+namespace {
+
+// The exchange's own sentence, or one of the kit's where it sent none.
+QString farewellOf(const ZvEnvelope &envelope)
+{
+    if (!envelope.message.isEmpty())
+        return envelope.message;
+    return envelope.status == QLatin1String("elsewhere") ? QStringLiteral("您的账号已在别处登录")
+                                                         : QStringLiteral("登录已失效，请重新登录");
+}
+
+} // namespace
+
+QString ZvOutcome::reason() const
+{
+    if (isLogged)
+        return QString();
+    if (!isReadable())
+        return error;
+    return reply.envelope.status + QLatin1String(": ") + reply.envelope.message;
+}
+
 ZvExchangeLink::ZvExchangeLink(QObject *parent)
     : QObject(parent), m_systemClock(std::make_unique<ZvSystemClock>()),
       m_decoder(std::make_unique<ZvDecoderThread>(this))
@@ -91,6 +113,15 @@ void ZvExchangeLink::setToken(const QByteArray &token)
         return;
     m_token = token;
     ++m_generation.session;
+    emit sessionChanged();
+}
+
+void ZvExchangeLink::setLogged(bool logged)
+{
+    const bool wasSignedIn = isSignedIn();
+    m_isLogged = logged;
+    if (isSignedIn() != wasSignedIn)
+        emit sessionChanged();
 }
 
 ZvRequest ZvExchangeLink::makeRequest(const QString &path,
@@ -202,13 +233,20 @@ void ZvExchangeLink::tell(ZvCallId id, const ZvOutcome &outcome)
 
 void ZvExchangeLink::endSession(const ZvRequest &request, const ZvEnvelope &envelope)
 {
-    const bool isRefused = envelope.status == QLatin1String("elsewhere")
-        || envelope.status == QLatin1String("session");
     // A refusal of an older token says nothing about the session in use.
-    if (!isRefused || m_token.isEmpty() || request.token != m_token)
+    if (!envelope.isOfSession() || m_token.isEmpty() || request.token != m_token)
         return;
+    const quint32 after = m_generation.session + 1;
     setToken(QByteArray());
-    emit sessionEnded(envelope.message);
+    // Not from here: a page opens a box when it hears of it and stays in it, and polls and answers
+    // go on meanwhile. A sign-in may come first; its session is not the one that has ended.
+    QMetaObject::invokeMethod(
+        this,
+        [this, after, message = farewellOf(envelope)] {
+            if (m_generation.session == after)
+                emit sessionEnded(message);
+        },
+        Qt::QueuedConnection);
 }
 
 void ZvExchangeLink::afterDecoding(std::function<void()> action)

@@ -21,6 +21,8 @@ struct ZVNETWORKKIT_EXPORT ZvOutcome {
     bool isLogged = false; // the error is in the log already
     ZvReply reply; // with an empty status when there is no readable answer
 
+    // Why it is not ok, for the log; empty where the log has it already.
+    QString reason() const;
     bool isReadable() const { return error.isEmpty() && !reply.envelope.status.isEmpty(); }
     bool isOk() const { return isReadable() && reply.envelope.status == QLatin1String("ok"); }
 };
@@ -63,6 +65,10 @@ public:
     // The token of the session; empty without one. A change raises the session's generation.
     QByteArray token() const { return m_token; }
     void setToken(const QByteArray &token);
+
+    // Whether the engine runs for a user; one is signed in while there is a token as well.
+    void setLogged(bool logged);
+    bool isSignedIn() const { return m_isLogged && !m_token.isEmpty(); }
     ZvGeneration generation() const { return m_generation; }
 
     // A request for `path` on the current server, with protocol number, token and generation.
@@ -97,8 +103,10 @@ signals:
     void stopped();
     void prefixChanged();
     void connectionChanged(bool connected);
+    void sessionChanged(); // another token, or another isSignedIn()
 
-    // The exchange has ended the session that is in use; `message` is its word to the user.
+    // The exchange has ended the session that was in use; `message` is its word to the user. Told
+    // once, from the event loop, when the token has gone; not where another one is there by then.
     void sessionEnded(const QString &message);
 
 private:
@@ -122,6 +130,7 @@ private:
     QUrl m_address;
     QString m_prefix;
     QByteArray m_token;
+    bool m_isLogged = false;
     ZvGeneration m_generation;
     bool m_started = false;
     bool m_connected = false;

@@ -1,6 +1,7 @@
 #include "ZvNetworkKit/zvmarketpoller.h"
 
 #include "ZvNetworkKit/serverpaths.h"
+#include "ZvNetworkKit/zvaccountwatch.h"
 #include "ZvNetworkKit/zvexchangetime.h"
 #include "ZvNetworkKit/zvkittrace.h"
 #include "ZvNetworkKit/zvservercache.h"
@@ -46,25 +47,16 @@ ZvServerCache *cache()
     return ZvServerCache::getZvServerCacheInstance();
 }
 
-// Empty where the log has it already.
-QString reasonOf(const ZvOutcome &outcome)
-{
-    if (outcome.isLogged)
-        return QString();
-    if (!outcome.isReadable())
-        return outcome.error;
-    const ZvEnvelope &envelope = outcome.reply.envelope;
-    return envelope.status + QLatin1String(": ") + envelope.message;
-}
-
 } // namespace
 
-ZvMarketPoller::ZvMarketPoller(ZvExchangeLink *link)
-    : m_link(link), m_time(std::make_unique<ZvExchangeTime>(link))
+ZvMarketPoller::ZvMarketPoller(ZvExchangeLink *link, ZvAccountWatch *account)
+    : m_link(link), m_account(account), m_time(std::make_unique<ZvExchangeTime>(link))
 {
     connect(link, &ZvExchangeLink::started, this, &ZvMarketPoller::begin);
     connect(link, &ZvExchangeLink::stopped, this, &ZvMarketPoller::end);
     connect(link, &ZvExchangeLink::prefixChanged, this, &ZvMarketPoller::changeServer);
+    connect(link, &ZvExchangeLink::sessionChanged, this, &ZvMarketPoller::changeSession);
+    connect(account, &ZvAccountWatch::versionChanged, this, &ZvMarketPoller::schedule);
     if (link->isStarted())
         begin();
 }
@@ -135,7 +127,7 @@ void ZvMarketPoller::flushTopFive()
         [this, id](const ZvOutcome &outcome) {
             m_flush = 0;
             if (!outcome.isOk() || !outcome.reply.trade || !outcome.reply.trade->data) {
-                const QString reason = reasonOf(outcome);
+                const QString reason = outcome.reason();
                 if (!reason.isEmpty())
                     qCInfo(zvNetworkLog).noquote() << "The quote cannot be renewed:" << reason;
                 return;
@@ -226,6 +218,16 @@ void ZvMarketPoller::changeServer()
     schedule();
 }
 
+// A poll that is held back for another token would never tell of this one's end.
+void ZvMarketPoller::changeSession()
+{
+    if (m_session == m_link->generation().session)
+        return;
+    if (!m_isRecovering)
+        m_pause.reset();
+    schedule();
+}
+
 void ZvMarketPoller::askServers()
 {
     m_sent = m_link->clock()->now();
@@ -239,7 +241,7 @@ void ZvMarketPoller::askServers()
         [this](const ZvOutcome &outcome) {
             m_poll = 0;
             if (!outcome.isOk() || !outcome.reply.market || !outcome.reply.market->data) {
-                retryPoll(reasonOf(outcome));
+                retryPoll(outcome.reason());
                 return;
             }
             const auto servers = *outcome.reply.market->data;
@@ -300,25 +302,34 @@ void ZvMarketPoller::sendPoll()
                 {QString::fromLatin1(nameOf(topic).name), QString::number(state(topic).version)});
         }
     }
+    if (m_account->isWatched())
+        parameters.append({"cap", QString::number(m_account->versionIn(m_boot))});
     ZvRequest request = m_link->makeRequest(zvPath_sync, parameters);
+    m_session = request.generation.session;
     request.deadline = m_isRecovering ? recoveryDeadline : wait + waitMargin;
     ZvDecodeTask task;
     task.shape = ZvDecodeTask::Poll;
     m_poll = m_link->ask(
         request, ZvExchangeLink::DiesWithServer, this,
-        [this, collection = m_collection, limit = m_dealLimit](const ZvOutcome &outcome) {
-            takePoll(outcome, collection == m_collection && limit == m_dealLimit);
+        [this, request, collection = m_collection, limit = m_dealLimit](const ZvOutcome &outcome) {
+            takePoll(outcome, request, collection == m_collection && limit == m_dealLimit);
         },
         task);
 }
 
-void ZvMarketPoller::takePoll(const ZvOutcome &outcome, bool isOfThisCollection)
+void ZvMarketPoller::takePoll(const ZvOutcome &outcome, const ZvRequest &poll,
+                              bool isOfThisCollection)
 {
     m_poll = 0;
     if (!m_link->isStarted())
         return;
+    if (outcome.isReadable() && outcome.reply.envelope.isOfSession() && !poll.token.isEmpty()) {
+        // A word about the session that the poll named, and none about the market.
+        schedule();
+        return;
+    }
     if (!outcome.isOk()) {
-        retryPoll(reasonOf(outcome));
+        retryPoll(outcome.reason());
         return;
     }
     const bool wasHeldBack = !m_isRecovering;
@@ -331,6 +342,9 @@ void ZvMarketPoller::takePoll(const ZvOutcome &outcome, bool isOfThisCollection)
     take(outcome.reply);
     if (isOfThisCollection)
         takeCollection(outcome.reply);
+    const bool isOfThisSession = poll.generation.session == m_link->generation().session;
+    if (isOfThisSession && outcome.reply.cap && m_account->takePoll(*outcome.reply.cap))
+        m_hasProgress = true;
     if (m_hasProgress || !wasHeldBack || m_isScheduled) {
         schedule();
     } else {
@@ -406,7 +420,7 @@ void ZvMarketPoller::takeFetch(Topic topic, const ZvOutcome &outcome, bool isOfT
             takeCollection(outcome.reply);
     } else {
         const bool isNews = state(topic).announce || !state(topic).isLogged;
-        const QString reason = reasonOf(outcome);
+        const QString reason = outcome.reason();
         if (isNews && !reason.isEmpty())
             qCInfo(zvNetworkLog).noquote() << nameOf(topic).path << "cannot be served:" << reason;
         state(topic).isLogged = true;

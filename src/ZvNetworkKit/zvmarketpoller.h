@@ -11,6 +11,7 @@
 #include <array>
 #include <initializer_list>
 
+class ZvAccountWatch;
 class ZvExchangeTime;
 
 // Keeps the cache as the market is: one long poll that holds the versions of all topics in view,
@@ -18,7 +19,8 @@ class ZvExchangeTime;
 //
 // The cache is written, and so its signals go out, only where the content differs or a page has
 // asked. When the exchange does not answer, polls go on under a back-off with jitter that never
-// exceeds `longestPause`; the first answer of another run of the service resets all versions.
+// exceeds `longestPause`; the first answer of another run of the service resets all versions. A
+// poll carries the token, and so is the first to hear that the session is over; it goes on without.
 class ZVNETWORKKIT_EXPORT ZvMarketPoller : public QObject
 {
     Q_OBJECT
@@ -37,7 +39,8 @@ public:
     static constexpr int longestPause = 3000; // after many
     static constexpr int mostDeals = 200;
 
-    explicit ZvMarketPoller(ZvExchangeLink *link);
+    // `account` says what a poll asks about the account, and hears what comes of it.
+    ZvMarketPoller(ZvExchangeLink *link, ZvAccountWatch *account);
     ~ZvMarketPoller() override;
 
     void setCollection(const QString &collectionId);
@@ -74,12 +77,13 @@ private:
     void begin();
     void end();
     void changeServer();
+    void changeSession();
     void askServers();
     void forget();
 
     void schedule();
     void sendPoll();
-    void takePoll(const ZvOutcome &outcome, bool isOfThisCollection);
+    void takePoll(const ZvOutcome &outcome, const ZvRequest &poll, bool isOfThisCollection);
     void retryPoll(const QString &reason);
     qint64 pause();
     void forgetCollection(std::initializer_list<Topic> topics);
@@ -94,6 +98,7 @@ private:
     bool announces(Topic topic) const { return m_topics[topic].announce; }
 
     ZvExchangeLink *m_link;
+    ZvAccountWatch *m_account;
     std::unique_ptr<ZvExchangeTime> m_time;
     std::array<State, topicCount> m_topics;
     QString m_boot;
@@ -104,6 +109,7 @@ private:
     std::optional<ZvMarketCheck> m_check;
 
     ZvCallId m_poll = 0;
+    quint32 m_session = 0; // that the last poll spoke for
     bool m_isScheduled = false;
     bool m_isOutdated = false; // the view changed while the poll's answer was being decoded
     bool m_hasProgress = false; // the answer in hand brought a version that was not held

@@ -2,9 +2,11 @@
 
 #include "ZvNetworkKit/serverpaths.h"
 #include "ZvNetworkKit/zvactionqueue.h"
+#include "ZvNetworkKit/zvfavouritesync.h"
 #include "ZvNetworkKit/zvkitsingleton.h"
 #include "ZvNetworkKit/zvkittrace.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
+#include "ZvNetworkKit/zvservercache.h"
 
 #include <QHash>
 #include <QRandomGenerator>
@@ -46,11 +48,26 @@ std::optional<qint64> fenOfAmount(const QString &amount)
     return fen > 0 ? std::optional<qint64>(fen) : std::nullopt;
 }
 
-// What may stand in a header after "Bearer".
-bool isToken(const QString &token)
+// Names this client to the exchange, so that its own second sign-in is none from elsewhere.
+QString clientName()
 {
-    static const QRegularExpression form(QStringLiteral("\\A[A-Za-z0-9._~+/=-]{1,512}\\z"));
-    return form.match(token).hasMatch();
+    static const QString name = QStringLiteral("%1").arg(QRandomGenerator::system()->generate64(),
+                                                         16, 16, QLatin1Char('0'));
+    return name;
+}
+
+// Pages reload as soon as they hear of a sign-in, so session and account are in place before.
+bool keepSignIn(const ZvReply &reply)
+{
+    const ZvSignIn &signIn = *reply.signIn;
+    if (!signIn.flaw.isEmpty()) {
+        qCWarning(zvNetworkLog).noquote().nospace()
+            << "The answer of " << zvPath_login << " is refused: " << signIn.flaw;
+        return false;
+    }
+    theLink()->setToken(signIn.token.toLatin1());
+    ZvServerCache::getZvServerCacheInstance()->storeSignIn(signIn.account.value_or(ZvUBMyAcount()));
+    return true;
 }
 
 const QString invalidPrice = QStringLiteral("价格无效，请输入大于零且不超过两位小数的价格");
@@ -62,7 +79,10 @@ const QString invalidAmount = QStringLiteral("金额无效，请输入大于零�
 class ZvServerActionResult::Private
 {
 public:
-    explicit Private(Result *result) : q(result), queue(theLink()) { }
+    explicit Private(Result *result)
+        : q(result), queue(theLink()), favourites(theLink()), sync(theLink(), &favourites)
+    {
+    }
 
     // An action whose end is told by two signals without anything of the answer.
     ZvAction action(const QString &path, const ZvRequest::Parameters &parameters,
@@ -80,6 +100,22 @@ public:
               void (Result::*succeeded)(), void (Result::*failed)(QString))
     {
         queue.enqueue(action(path, parameters, succeeded, failed));
+    }
+
+    // What a user does who may not have a session yet.
+    void sendUnsigned(const QString &path, const ZvRequest::Parameters &parameters,
+                      void (Result::*succeeded)(), void (Result::*failed)(QString))
+    {
+        ZvAction made = action(path, parameters, succeeded, failed);
+        made.isOfSession = false;
+        queue.enqueue(made);
+    }
+
+    void sendFavourite(const QString &path, const QString &collectionId,
+                       void (Result::*succeeded)(), void (Result::*failed)(QString))
+    {
+        favourites.enqueue(
+            action(path, {{QStringLiteral("collection"), collectionId}}, succeeded, failed));
     }
 
     // Adds collection, price and quantity of an order and sends it, or ends it where they are none.
@@ -111,9 +147,9 @@ public:
     Result *q;
     ZvActionQueue queue;
 
-    // Names this client to the exchange, so that its own second sign-in is none from elsewhere.
-    const QString client = QStringLiteral("%1").arg(QRandomGenerator::system()->generate64(), 16,
-                                                    16, QLatin1Char('0'));
+    // A row of their own: no order waits for a favourite.
+    ZvActionQueue favourites;
+    ZvFavouriteSync sync;
 
     // Prepared orders that are under way (false) or have succeeded (true).
     QHash<QString, bool> prepared;
@@ -139,15 +175,10 @@ void ZvServerActionResult::sendRequest_login(QString phone, QString password)
     login.path = zvPath_login;
     login.parameters = {{QStringLiteral("phone"), phone},
                         {QStringLiteral("password"), password},
-                        {QStringLiteral("client"), d->client}};
-    // Pages reload as soon as they hear of it, so the session is in place before.
-    login.keep = [](const ZvReply &reply) {
-        const QString token = reply.texts.value(QStringLiteral("token"));
-        if (!isToken(token))
-            return false;
-        theLink()->setToken(token.toLatin1());
-        return true;
-    };
+                        {QStringLiteral("client"), clientName()}};
+    login.shape = ZvDecodeTask::SignIn;
+    login.isOfSession = false;
+    login.keep = keepSignIn;
     login.succeed = [this](const ZvReply &) { emit signal_login_succeed(); };
     login.fail = [this](const QString &message) { emit signal_login_failed(message); };
     d->queue.enqueue(login);
@@ -156,8 +187,9 @@ void ZvServerActionResult::sendRequest_login(QString phone, QString password)
 void ZvServerActionResult::sendRequest_register_sendCode(QString phone)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_register_sendCode", phone);
-    d->send(zvPath_reg_send, {{QStringLiteral("phone"), phone}},
-            &Result::signal_register_sendCode_succeed, &Result::signal_register_sendCode_failed);
+    d->sendUnsigned(zvPath_reg_send, {{QStringLiteral("phone"), phone}},
+                    &Result::signal_register_sendCode_succeed,
+                    &Result::signal_register_sendCode_failed);
 }
 
 void ZvServerActionResult::sendRequest_register(QString referee, QString phone, QString password,
@@ -165,45 +197,45 @@ void ZvServerActionResult::sendRequest_register(QString referee, QString phone, 
 {
     zvtrace::call("ZvServerActionResult::sendRequest_register", referee, phone,
                   zvtrace::Secret{password}, zvtrace::Secret{code});
-    d->send(zvPath_reg,
-            {{QStringLiteral("referee"), referee},
-             {QStringLiteral("phone"), phone},
-             {QStringLiteral("password"), password},
-             {QStringLiteral("code"), code}},
-            &Result::signal_register_succeed, &Result::signal_register_failed);
+    d->sendUnsigned(zvPath_reg,
+                    {{QStringLiteral("referee"), referee},
+                     {QStringLiteral("phone"), phone},
+                     {QStringLiteral("password"), password},
+                     {QStringLiteral("code"), code}},
+                    &Result::signal_register_succeed, &Result::signal_register_failed);
 }
 
 void ZvServerActionResult::sendRequest_changePasswd_sendCode(QString phone)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_changePasswd_sendCode", phone);
-    d->send(zvPath_forget_send, {{QStringLiteral("phone"), phone}},
-            &Result::signal_changePasswd_sendCode_succeed,
-            &Result::signal_changePasswd_sendCode_failed);
+    d->sendUnsigned(zvPath_forget_send, {{QStringLiteral("phone"), phone}},
+                    &Result::signal_changePasswd_sendCode_succeed,
+                    &Result::signal_changePasswd_sendCode_failed);
 }
 
 void ZvServerActionResult::sendRequest_changePasswd(QString phone, QString password, QString code)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_changePasswd", phone,
                   zvtrace::Secret{password}, zvtrace::Secret{code});
-    d->send(zvPath_forget_validate,
-            {{QStringLiteral("phone"), phone},
-             {QStringLiteral("password"), password},
-             {QStringLiteral("code"), code}},
-            &Result::signal_changePasswd_succeed, &Result::signal_changePasswd_failed);
+    d->sendUnsigned(zvPath_forget_validate,
+                    {{QStringLiteral("phone"), phone},
+                     {QStringLiteral("password"), password},
+                     {QStringLiteral("code"), code}},
+                    &Result::signal_changePasswd_succeed, &Result::signal_changePasswd_failed);
 }
 
 void ZvServerActionResult::sendRequest_addOption(QString collectionId)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_addOption", collectionId);
-    d->send(zvPath_myaccount_append, {{QStringLiteral("collection"), collectionId}},
-            &Result::signal_addOption_succeed, &Result::signal_addOption_failed);
+    d->sendFavourite(zvPath_myaccount_append, collectionId, &Result::signal_addOption_succeed,
+                     &Result::signal_addOption_failed);
 }
 
 void ZvServerActionResult::sendRequest_removeOption(QString collectionId)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_removeOption", collectionId);
-    d->send(zvPath_myaccount_remove, {{QStringLiteral("collection"), collectionId}},
-            &Result::signal_removeOption_succeed, &Result::signal_removeOption_failed);
+    d->sendFavourite(zvPath_myaccount_remove, collectionId, &Result::signal_removeOption_succeed,
+                     &Result::signal_removeOption_failed);
 }
 
 void ZvServerActionResult::sendRequest_getOptions(int page, int pageSize)
@@ -212,11 +244,13 @@ void ZvServerActionResult::sendRequest_getOptions(int page, int pageSize)
     ZvAction question;
     question.path = zvPath_myaccount_optional;
     question.isQuestion = true;
+    question.shape = ZvDecodeTask::Favourites;
     question.parameters = {{QStringLiteral("page"), QString::number(page)},
                            {QStringLiteral("size"), QString::number(pageSize)}};
-    question.succeed = [this](const ZvReply &reply) { emit signal_getOption_succeed(reply.ids); };
+    question.succeed
+        = [this](const ZvReply &reply) { emit signal_getOption_succeed(*reply.favourites); };
     question.fail = [this](const QString &message) { emit signal_getOption_failed(message); };
-    d->queue.enqueue(question);
+    d->favourites.enqueue(question);
 }
 
 void ZvServerActionResult::sendRequest_trade_buy(QString collectionId, float price, int count)

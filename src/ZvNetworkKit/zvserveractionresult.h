@@ -17,9 +17,11 @@ struct ZvKitSingleton;
 // through the event loop; a failure's text is fit to be shown as it stands.
 //
 // An action goes out once, under a key of its own, and one after the other in the order of the
-// calls. Where no answer comes, the exchange is asked what became of the key; nothing is ever sent
-// a second time. Prices are yuan with at most two decimals, amounts texts of yuan such as "12.50",
-// counts pieces, collections their ids.
+// calls, those of the favourites in a row of their own. Where no answer comes, the exchange is
+// asked what became of the key; nothing is ever sent a second time. What a user did belongs to the
+// server and the session of that moment: where the session has changed before an action could
+// leave, it fails unsent. Prices are yuan with at most two decimals, amounts texts of yuan such as
+// "12.50", counts pieces, collections their ids.
 class ZVNETWORKKIT_EXPORT ZvServerActionResult : public QObject
 {
     Q_OBJECT
@@ -34,6 +36,9 @@ public:
     void sendRequest_changePasswd(QString phone, QString password, QString code);
     void sendRequest_addOption(QString collectionId);
     void sendRequest_removeOption(QString collectionId);
+
+    // The ids are always those of the server that is in view when they are told: where it changes
+    // under way, the question is asked again.
     void sendRequest_getOptions(int page, int pageSize);
     void sendRequest_trade_buy(QString collectionId, float price, int count);
     void sendRequest_trade_sell(QString collectionId, float price, int count);

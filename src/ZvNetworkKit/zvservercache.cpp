@@ -97,6 +97,11 @@ QStringList ZvServerCache::getMarketListOption(QString server)
 void ZvServerCache::setMarketListOption(QStringList ids, QString server)
 {
     m_store->servers[resolved(server)].favourites = ids;
+    tellFavourites();
+}
+
+void ZvServerCache::tellFavourites()
+{
     if (m_store->favouritesToTell)
         return;
     m_store->favouritesToTell = true;
@@ -201,6 +206,28 @@ void ZvServerCache::dropMarketRows(const QString &server)
     ServerData &data = m_store->servers[resolved(server)];
     data.market = ZvMarketList();
     data.composite.reset();
+}
+
+bool ZvServerCache::dropAccountRecords()
+{
+    const bool isShown = capInfo != ZvUBCapInfo() || gatherInfo != ZvUBGatherInfo();
+    capInfo = ZvUBCapInfo();
+    gatherInfo = ZvUBGatherInfo();
+    openApplyList.clear();
+    urlInMoney.clear();
+    urlOutMoney.clear();
+    bankPicturePrefix.clear();
+    bankPictureName.clear();
+    bankPictureSuffix.clear();
+    bankCardTail.clear();
+    m_store->revokes.clear();
+    m_store->dealRecords.clear();
+    m_store->delegateToday.clear();
+    m_store->delegateRecord.clear();
+    m_store->applications.clear();
+    m_store->deliveryRecords.clear();
+    m_store->moneyFlows.clear();
+    return isShown;
 }
 
 bool ZvServerCache::hasBriefInfo(const QString &server) const
@@ -321,6 +348,20 @@ void ZvServerCache::storeMyAccount(const ZvUBMyAcount &account)
 {
     myAccount = account;
     emit signal_cache_Myaccount_changed();
+}
+
+void ZvServerCache::storeSignIn(const ZvUBMyAcount &account)
+{
+    const QString before = myAccount.accountNumber();
+    const bool isSame = !before.isEmpty() && before == account.accountNumber();
+    if (!isSame)
+        dropAccountRecords();
+    if (!isSame && !before.isEmpty()) {
+        for (ServerData &data : m_store->servers)
+            data.favourites.clear();
+        tellFavourites();
+    }
+    storeMyAccount(account);
 }
 
 void ZvServerCache::storeCapInfo(const ZvUBCapInfo &info)

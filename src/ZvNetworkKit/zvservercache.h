@@ -103,6 +103,10 @@ public:
     // Forgets rows and composite of a server without a signal: the rows that follow may be as many
     // and still be others.
     void dropMarketRows(const QString &server);
+
+    // Forgets without a signal what an account has at a server: money, holdings, the day's sums,
+    // records, the bank card. True where there was something that pages show all the time.
+    bool dropAccountRecords();
     bool hasBriefInfo(const QString &server) const;
     bool hasProItem(const QString &collectionId) const;
     bool hasTopFive(const QString &collectionId) const;
@@ -131,6 +135,10 @@ public:
     void storeLatestDealList(const QString &collectionId, const QList<ZvUBDealItem> &deals);
     void storeMarketDetail(const QList<ZvUBDealItem> &deals);
     void storeMyAccount(const ZvUBMyAcount &account);
+
+    // The account that has signed in; a default one where the exchange has not named it. What the
+    // cache holds of an earlier account, its favourites too, is forgotten first.
+    void storeSignIn(const ZvUBMyAcount &account);
     void storeCapInfo(const ZvUBCapInfo &info);
     void storeGatherInfo(const ZvUBGatherInfo &info);
     void storeGlobalTime(int displayedSeconds);
@@ -186,6 +194,7 @@ private:
     Q_DISABLE_COPY(ZvServerCache)
 
     QString resolved(const QString &server) const;
+    void tellFavourites();
 
     std::unique_ptr<Store> m_store;
 };

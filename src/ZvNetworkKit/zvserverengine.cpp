@@ -2,6 +2,7 @@
 
 #include "ZvNetworkKit/serverpaths.h"
 #include "ZvNetworkKit/zvaccountqueries.h"
+#include "ZvNetworkKit/zvaccountwatch.h"
 #include "ZvNetworkKit/zvannouncer.h"
 #include "ZvNetworkKit/zvexchangelink.h"
 #include "ZvNetworkKit/zvkitsingleton.h"
@@ -50,7 +51,7 @@ ZvRequest::Parameters period(const QString &startDate, const QString &stopDate)
 class ZvServerEngine::Private
 {
 public:
-    Private() : poller(theLink()), queries(theLink()) { }
+    Private() : account(theLink()), poller(theLink(), &account), queries(theLink()) { }
 
     // A page with the chart or the deals of a collection has come on view.
     void showCollectionPage()
@@ -60,6 +61,7 @@ public:
     }
 
     ZvAnnouncer announcer;
+    ZvAccountWatch account;
     ZvMarketPoller poller;
     ZvAccountQueries queries;
     int typeId = -1;
@@ -74,8 +76,9 @@ ZvServerEngine *ZvServerEngine::getZvServerEngineInstance()
 ZvServerEngine::ZvServerEngine() : d(std::make_unique<Private>())
 {
     connect(theLink(), &ZvExchangeLink::prefixChanged, this, [this] {
-        if (isLogged)
-            d->queries.renewAccount();
+        // Money and holdings are those of one server.
+        if (ZvServerCache::getZvServerCacheInstance()->dropAccountRecords())
+            d->announcer.announce(ZvAnnouncer::Cap | ZvAnnouncer::Gather);
     });
     connect(theLink(), &ZvExchangeLink::sessionEnded, this, [](const QString &message) {
         ZvServerCache::getZvServerCacheInstance()->storeLoggedOtherPlace(message);
@@ -103,15 +106,19 @@ void ZvServerEngine::startLoggedEngine()
 {
     zvtrace::call("ZvServerEngine::startLoggedEngine");
     isLogged = true;
-    d->queries.renewAccount();
+    theLink()->setLogged(true);
+    d->account.renew();
+    // An earlier account may still be on view, and its data are forgotten.
+    d->announcer.announce(ZvAnnouncer::Cap | ZvAnnouncer::Gather);
 }
 
 void ZvServerEngine::startUnloggedEngine()
 {
     zvtrace::call("ZvServerEngine::startUnloggedEngine");
     isLogged = false;
-    d->queries.dropAll();
+    d->queries.dropAccount();
     theLink()->setToken(QByteArray());
+    theLink()->setLogged(false);
 }
 
 void ZvServerEngine::changedToMarketList()
@@ -242,7 +249,7 @@ void ZvServerEngine::sendRequest_Message()
 void ZvServerEngine::sendRequest_Cap()
 {
     zvtrace::call("ZvServerEngine::sendRequest_Cap");
-    d->queries.ask(Queries::Cap, zvPath_cap);
+    d->account.askCap();
 }
 
 void ZvServerEngine::sendRequest_Mybankcard()

@@ -27,7 +27,8 @@ public:
 
     bool isLogged = false; // true while a user is signed in
 
-    // After a sign-in and after its end. Either may be called twice.
+    // After a sign-in and after its end. Either may be called twice. In between the kit keeps
+    // account, money, holdings, the day's sums and the favourites of the server in view current.
     void startLoggedEngine();
     void startUnloggedEngine();
 

@@ -1,11 +1,14 @@
 #include "kitbench.h"
 
 #include "ZvNetworkKit/serverpaths.h"
+#include "ZvNetworkKit/zvactionqueue.h"
 #include "ZvNetworkKit/zvexchangelink.h"
 #include "ZvNetworkKit/zvscriptedtransport.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
+#include "ZvNetworkKit/zvserveractionresult.h"
 #include "ZvNetworkKit/zvserverengine.h"
 
+#include <QSignalSpy>
 #include <QtTest/QtTest>
 
 namespace {
@@ -47,6 +50,50 @@ void KitBench::startOn(const QString &prefix)
                                              + check(true) + "}}}"));
     settle();
     exchange->takeRequests();
+}
+
+void KitBench::signIn(const QByteArray &token, const QByteArray &number)
+{
+    exchange->answer(zvPath_login, ZvScriptedTransport::ok(signedIn(token, number)));
+    auto *actions = ZvServerActionResult::getZvServerActionResultInstance();
+    QSignalSpy succeeded(actions, &ZvServerActionResult::signal_login_succeed);
+    actions->sendRequest_login(QStringLiteral("13800000000"), QStringLiteral("secret1"));
+    settle();
+    QCOMPARE(succeeded.count(), 1);
+    ZvServerEngine::getZvServerEngineInstance()->startLoggedEngine();
+    settle();
+}
+
+void KitBench::answerAccount(const QByteArray &cap, qint64 version,
+                             const QList<QByteArray> &favourites, const QByteArray &number)
+{
+    exchange->answer(zvPath_myaccount, ZvScriptedTransport::ok(account(number)));
+    exchange->answer(zvPath_cap, ZvScriptedTransport::ok(cap, version));
+    exchange->answer(zvPath_myaccount_gather, ZvScriptedTransport::ok(gather()));
+    exchange->answer(zvPath_myaccount_optional,
+                     ZvScriptedTransport::ok(KitBench::favourites(favourites)));
+    settle();
+}
+
+void KitBench::endActions()
+{
+    ZvServerEngine::getZvServerEngineInstance()->startUnloggedEngine();
+    access()->stop();
+    settle();
+    const QByteArray refusal
+        = ZvScriptedTransport::refusal("refused", QStringLiteral("测试结束"), "end");
+    int seen = -1;
+    while (exchange && exchange->requests().size() != seen) {
+        seen = exchange->requests().size();
+        for (const QString &path : exchange->requestedPaths()) {
+            exchange->always(path, [refusal](const ZvRequest &) { return refusal; });
+            while (exchange->openCount(path) > 0)
+                exchange->answer(path, refusal);
+        }
+        settle();
+        clock.advance(ZvActionQueue::longestPause);
+        settle();
+    }
 }
 
 void KitBench::answerPoll(const QByteArray &topics, const QByteArray &boot)
@@ -124,6 +171,55 @@ QByteArray KitBench::latest(const QByteArray &id, int deals)
                          "\"side\": 1}");
     }
     return "{\"id\": \"" + id + "\", \"deals\": [" + entries.join(", ") + "]}";
+}
+
+QByteArray KitBench::account(const QByteArray &number)
+{
+    return "{\"account\": \"" + number
+        + "\", \"phone\": \"13800000000\", \"name\": \"张三\", \"poundage\": 3000, "
+          "\"poundageOf\": [[\"1002\", 1500]]}";
+}
+
+QByteArray KitBench::signedIn(const QByteArray &token, const QByteArray &number)
+{
+    return "{\"token\": \"" + token + "\", \"account\": " + account(number) + "}";
+}
+
+QByteArray KitBench::holding(const QByteArray &id, qint64 quantity, qint64 average)
+{
+    return "{\"collection\": \"" + id + "\", \"code\": \"10" + id + "\", \"name\": \"藏品" + id
+        + "\", \"quantity\": " + QByteArray::number(quantity)
+        + ", \"sellable\": " + QByteArray::number(quantity / 2)
+        + ", \"cost\": " + QByteArray::number(average) + ", \"latest\": 1000}";
+}
+
+QByteArray KitBench::cap(qint64 available, const QList<QByteArray> &holdings)
+{
+    return "{\"heldMarketValue\": 30000, \"profit\": -300, \"available\": "
+        + QByteArray::number(available)
+        + ", \"frozen\": 700, \"total\": " + QByteArray::number(available + 30700)
+        + ", \"items\": [" + QByteArrayList(holdings).join(", ") + "]}";
+}
+
+QByteArray KitBench::gather(const QList<QByteArray> &ids)
+{
+    QByteArrayList entries;
+    for (const QByteArray &id : ids) {
+        entries.append("{\"collection\": \"" + id + "\", \"code\": \"10" + id
+                       + "\", \"name\": \"藏品" + id
+                       + "\", \"buyQuantity\": 5, \"buyAmount\": 5000, \"buyFee\": 15, "
+                         "\"sellQuantity\": 2, \"sellAmount\": 1800, \"sellFee\": 6, "
+                         "\"sellProfit\": -120}");
+    }
+    return "{\"items\": [" + entries.join(", ") + "]}";
+}
+
+QByteArray KitBench::favourites(const QList<QByteArray> &ids)
+{
+    QByteArrayList texts;
+    for (const QByteArray &id : ids)
+        texts.append('"' + id + '"');
+    return "{\"collections\": [" + texts.join(", ") + "]}";
 }
 
 QByteArray KitBench::check(bool open)

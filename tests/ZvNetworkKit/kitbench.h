@@ -22,6 +22,18 @@ public:
     // Starts the kit on a server and answers what it asks at first, until it holds a long poll.
     void startOn(const QString &prefix);
 
+    // Signs in: the exchange answers with this token, and the engine runs for the account.
+    void signIn(const QByteArray &token, const QByteArray &number = "80001");
+
+    // Answers what the kit asks about the account by itself, money and holdings under `version`.
+    void answerAccount(const QByteArray &cap, qint64 version = 1,
+                       const QList<QByteArray> &favourites = {},
+                       const QByteArray &number = "80001");
+
+    // The rows of actions live longer than a test, so each test that acts leaves them empty: ends
+    // the session, and everything that is under way or waits.
+    void endActions();
+
     // Ends the poll that is held with these topics, the inside of a JSON object.
     void answerPoll(const QByteArray &topics, const QByteArray &boot = "b001");
 
@@ -36,4 +48,10 @@ public:
     static QByteArray trade(const QByteArray &id, qint64 latest = 1000);
     static QByteArray latest(const QByteArray &id, int deals = 2);
     static QByteArray check(bool open);
+    static QByteArray account(const QByteArray &number = "80001");
+    static QByteArray signedIn(const QByteArray &token, const QByteArray &number = "80001");
+    static QByteArray holding(const QByteArray &id, qint64 quantity = 30, qint64 average = 990);
+    static QByteArray cap(qint64 available, const QList<QByteArray> &holdings = {});
+    static QByteArray gather(const QList<QByteArray> &ids = {});
+    static QByteArray favourites(const QList<QByteArray> &ids);
 };

@@ -44,8 +44,7 @@ private slots:
 
     void cleanup()
     {
-        access()->link()->setToken(QByteArray());
-        endWhatIsUnderWay();
+        m_bench->endActions();
         m_bench.reset();
     }
 
@@ -199,7 +198,7 @@ private slots:
         QSignalSpy succeeded(actions(), &Result::signal_trade_buy_succeed);
         QSignalSpy failed(actions(), &Result::signal_trade_buy_failed);
         actions()->sendRequest_trade_buy(collection, 1.0F, 1);
-        actions()->sendRequest_addOption(QStringLiteral("1"));
+        actions()->sendRequest_trade_sell(collection, 1.0F, 1);
         const ZvRequest first = exchange()->lastRequest(zvPath_trade_buy);
         exchange()->fail(zvPath_trade_buy, ZvAnswer::Ending(ending));
         m_bench->settle();
@@ -229,7 +228,7 @@ private slots:
             sent += request.path == zvPath_trade_buy && !request.hasParameter("resolve") ? 1 : 0;
         QCOMPARE(sent, 1);
         // And only now the next action leaves.
-        QCOMPARE(exchange()->requestedPaths().last(), zvPath_myaccount_append);
+        QCOMPARE(exchange()->requestedPaths().last(), zvPath_trade_sell);
     }
 
     void unknownKeyMeansNothingHappened()
@@ -295,62 +294,6 @@ private slots:
         QVERIFY(failed.first().first().toString().contains(QStringLiteral("结果未知")));
     }
 
-    void signInIsUsableBeforeItIsTold()
-    {
-        QByteArray tokenWhenTold;
-        QObject guard;
-        connect(actions(), &Result::signal_login_succeed, &guard,
-                [&] { tokenWhenTold = access()->link()->token(); });
-        actions()->sendRequest_login(QStringLiteral("13800000000"), QStringLiteral("secret1"));
-        const ZvRequest request = exchange()->lastRequest(zvPath_login);
-        QCOMPARE(request.parameter("password"), QStringLiteral("secret1"));
-        QVERIFY(QRegularExpression(QStringLiteral("\\A[0-9a-f]{16}\\z"))
-                    .match(request.parameter("client"))
-                    .hasMatch());
-        exchange()->answer(zvPath_login,
-                           ZvScriptedTransport::ok("{\"token\": \"t1\", \"account\": {}}"));
-        m_bench->settle();
-        QCOMPARE(tokenWhenTold, QByteArray("t1"));
-
-        // A failed sign-in leaves the session as it is.
-        QSignalSpy failed(actions(), &Result::signal_login_failed);
-        QSignalSpy elsewhere(ZvServerCache::getZvServerCacheInstance(),
-                             &ZvServerCache::signal_cache_LoggedOtherPlace);
-        actions()->sendRequest_login(QStringLiteral("13800000000"), QStringLiteral("wrong11"));
-        exchange()->answer(
-            zvPath_login,
-            ZvScriptedTransport::refusal("refused", QStringLiteral("密码错误"), "password"));
-        m_bench->settle();
-        QCOMPARE(failed.count(), 1);
-        QCOMPARE(access()->link()->token(), QByteArray("t1"));
-
-        // A second sign-in renews it, and what is still refused to the old token means nothing.
-        auto *engine = ZvServerEngine::getZvServerEngineInstance();
-        engine->sendRequest_getURL_INOUT();
-        QCOMPARE(exchange()->lastRequest(zvPath_pay_hx).token, QByteArray("t1"));
-        actions()->sendRequest_login(QStringLiteral("13800000000"), QStringLiteral("secret1"));
-        exchange()->answer(zvPath_login, ZvScriptedTransport::ok("{\"token\": \"t2\"}"));
-        m_bench->settle();
-        exchange()->answer(
-            zvPath_pay_hx,
-            ZvScriptedTransport::refusal("elsewhere", QStringLiteral("已在别处登录")), 401);
-        m_bench->settle();
-        QCOMPARE(elsewhere.count(), 0);
-        QCOMPARE(access()->link()->token(), QByteArray("t2"));
-
-        // But a refusal of the session in use ends it, once.
-        engine->sendRequest_Cap();
-        engine->sendRequest_Mybankcard();
-        const QByteArray refusal
-            = ZvScriptedTransport::refusal("elsewhere", QStringLiteral("已在别处登录"));
-        exchange()->answer(zvPath_cap, refusal, 401);
-        exchange()->answer(zvPath_pay_hx, refusal, 401);
-        m_bench->settle();
-        QCOMPARE(elsewhere.count(), 1);
-        QCOMPARE(elsewhere.first().first().toString(), QStringLiteral("已在别处登录"));
-        QVERIFY(access()->link()->token().isEmpty());
-    }
-
     void preparedOrderIsKeyedOnlyWhileItMatters()
     {
         const QString md5 = QStringLiteral("0123456789abcdef0123456789abcdef");
@@ -385,6 +328,50 @@ private slots:
         QCOMPARE(exchange()->requests().size(), 2);
     }
 
+    // A prepared order that may have arrived is sent again under the key that it had.
+    void lostPreparedOrderKeepsItsKey()
+    {
+        const QString md5 = QStringLiteral("00112233445566778899aabbccddeeff");
+        QSignalSpy failed(actions(), &Result::signal_prepay_send_failed);
+        actions()->sendRequest_prepay_send(md5, 1, QStringLiteral("1001"), 1.0F, 1);
+        const QString key = exchange()->lastRequest(zvPath_trade_buy).parameter("key");
+        exchange()->fail(zvPath_trade_buy, ZvAnswer::Failed);
+        m_bench->settle();
+        for (int i = 0; i < 100 && failed.isEmpty(); ++i) {
+            m_bench->clock.advance(ZvActionQueue::longestPause);
+            if (exchange()->openCount(zvPath_trade_buy) > 0)
+                exchange()->fail(zvPath_trade_buy, ZvAnswer::NotSent);
+            m_bench->settle();
+        }
+        QCOMPARE(failed.count(), 1);
+        exchange()->takeRequests();
+        actions()->sendRequest_prepay_send(md5, 1, QStringLiteral("1001"), 1.0F, 1);
+        QCOMPARE(exchange()->requests().size(), 1);
+        QVERIFY(!exchange()->requests().first().hasParameter("resolve"));
+        QCOMPARE(exchange()->requests().first().parameter("key"), key);
+        exchange()->answer(
+            zvPath_trade_buy,
+            ZvScriptedTransport::refusal("refused", QStringLiteral("资金不足"), "money"));
+        m_bench->settle();
+        QCOMPARE(failed.count(), 2);
+        // Refused for good, the next attempt is another one.
+        actions()->sendRequest_prepay_send(md5, 1, QStringLiteral("1001"), 1.0F, 1);
+        QVERIFY(exchange()->lastRequest(zvPath_trade_buy).parameter("key") != key);
+        exchange()->answer(zvPath_trade_buy, ZvScriptedTransport::ok("{\"order\": 1}"));
+        m_bench->settle();
+    }
+
+    void actionBeforeTheFirstServerFails()
+    {
+        access()->setUrlPrefix(QString());
+        QSignalSpy failed(actions(), &Result::signal_login_failed);
+        actions()->sendRequest_login(QStringLiteral("13800000000"), QStringLiteral("secret1"));
+        QCOMPARE(failed.count(), 0);
+        m_bench->settle();
+        QCOMPARE(failed.count(), 1);
+        QVERIFY(exchange()->requests().isEmpty());
+    }
+
     void moneyIsSentInFen()
     {
         QSignalSpy failed(actions(), &Result::signal_outMoney_failed);
@@ -417,14 +404,13 @@ private slots:
     {
         QSignalSpy succeeded(actions(), &Result::signal_trade_buy_succeed);
         actions()->sendRequest_trade_buy(collection, 1.0F, 1);
-        actions()->sendRequest_addOption(QStringLiteral("7"));
+        actions()->sendRequest_trade_sell(collection, 1.0F, 1);
         access()->setUrlPrefix(QStringLiteral("/ch/baoyushi/"));
         exchange()->answer(zvPath_trade_buy, ZvScriptedTransport::ok("{}"));
         m_bench->settle();
         QCOMPARE(succeeded.count(), 1);
         // What waited belongs to the server on which the user acted.
-        QCOMPARE(exchange()->lastRequest(zvPath_myaccount_append).prefix,
-                 QStringLiteral("/ch/youbika/"));
+        QCOMPARE(exchange()->lastRequest(zvPath_trade_sell).prefix, QStringLiteral("/ch/youbika/"));
     }
 
     void withoutATransportEveryActionFailsWithAText()
@@ -444,24 +430,6 @@ private slots:
 
 private:
     ZvScriptedTransport *exchange() const { return m_bench->exchange; }
-
-    // The queue lives longer than a test, so each test leaves it empty.
-    void endWhatIsUnderWay()
-    {
-        const auto done = [](const ZvRequest &) { return ZvScriptedTransport::ok("{}"); };
-        int seen = -1;
-        while (exchange() && exchange()->requests().size() != seen) {
-            seen = exchange()->requests().size();
-            for (const QString &path : exchange()->requestedPaths()) {
-                exchange()->always(path, done);
-                while (exchange()->openCount(path) > 0)
-                    exchange()->answer(path, ZvScriptedTransport::ok("{}"));
-            }
-            m_bench->settle();
-            m_bench->clock.advance(ZvActionQueue::longestPause);
-            m_bench->settle();
-        }
-    }
 
     std::unique_ptr<KitBench> m_bench;
 };

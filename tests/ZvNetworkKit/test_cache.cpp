@@ -1,10 +1,19 @@
+#include "kitbench.h"
+#include "listeners.h"
+
 #include "ZvModelKit/zvubbriefinfo.h"
 #include "ZvModelKit/zvubdealitem.h"
+#include "ZvModelKit/zvubentrustitem.h"
 #include "ZvModelKit/zvubobject.h"
 #include "ZvModelKit/zvubproitem.h"
+#include "ZvModelKit/zvubrevokeitem.h"
 #include "ZvModelKit/zvubtopfive.h"
+#include "ZvNetworkKit/serverpaths.h"
+#include "ZvNetworkKit/zvexchangelink.h"
 #include "ZvNetworkKit/zvmarketlist.h"
+#include "ZvNetworkKit/zvscriptedtransport.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
+#include "ZvNetworkKit/zvserveractionresult.h"
 #include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverengine.h"
 #include "support/testregistry.h"
@@ -26,6 +35,30 @@ Cache *cache()
 ZvServerEngine *engine()
 {
     return ZvServerEngine::getZvServerEngineInstance();
+}
+
+ZvServerAccessManager *access()
+{
+    return ZvServerAccessManager::getZvServerAccessManagerInstance();
+}
+
+ZvServerActionResult *actions()
+{
+    return ZvServerActionResult::getZvServerActionResultInstance();
+}
+
+ZvUBMyAcount account(const QString &number)
+{
+    ZvUBMyAcount::Data data;
+    data.accountNumber = number;
+    return ZvUBMyAcount(data);
+}
+
+ZvUBCapInfo money(qint64 fen)
+{
+    ZvUBCapInfo::Data data;
+    data.availableMoney = fen;
+    return ZvUBCapInfo(data);
 }
 
 ZvUBObject row(const QString &id, int type, qint64 volume = 1)
@@ -62,6 +95,7 @@ class CacheTest : public QObject
 private slots:
     void init()
     {
+        access()->setUrlPrefix(here);
         cache()->setCurrentServer(here);
         cache()->storeMarketList(QList<ZvUBObject>(), here);
         cache()->storeMarketList(QList<ZvUBObject>(), there);
@@ -173,6 +207,55 @@ private slots:
         QCOMPARE(told.count(), 1);
     }
 
+    // What one user had is none of the next one's business; the same user finds it again.
+    void otherAccountForgetsWhatTheFirstHad()
+    {
+        const auto fill = [] {
+            cache()->storeCapInfo(money(5));
+            cache()->storeMoneyUrls(QStringLiteral("http://in"), QStringLiteral("http://out"));
+            cache()->storeMyBankcard("a", "b", "c", "1234");
+            cache()->storeRevokeList({ZvUBRevokeItem()});
+            cache()->storeDelegateToday({ZvUBEntrustItem()});
+            cache()->setMarketListOption({"1"}, here);
+            cache()->setMarketListOption({"2"}, there);
+            QCoreApplication::processEvents();
+        };
+        const auto holds = [] {
+            return cache()->capInfo == money(5) && !cache()->urlInMoney.isEmpty()
+                && !cache()->bankCardTail.isEmpty() && cache()->getRevokeList().size() == 1
+                && cache()->getDelegateToday().size() == 1
+                && cache()->getMarketListOption(there) == QStringList("2");
+        };
+        cache()->storeSignIn(ZvUBMyAcount());
+        fill();
+        cache()->storeSignIn(account("1"));
+        // The favourites of nobody were this client's own.
+        QCOMPARE(cache()->getMarketListOption(there), QStringList("2"));
+        QVERIFY(cache()->capInfo == ZvUBCapInfo());
+        fill();
+        cache()->storeSignIn(account("1"));
+        QVERIFY(holds());
+        QSignalSpy told(cache(), &Cache::signal_cache_Myaccount_changed);
+        QSignalSpy list(cache(), &Cache::signal_cache_MarketList_changed);
+        cache()->storeSignIn(account("2"));
+        QCOMPARE(told.count(), 1);
+        QVERIFY(!holds());
+        QVERIFY(cache()->capInfo == ZvUBCapInfo());
+        QVERIFY(cache()->urlInMoney.isEmpty() && cache()->urlOutMoney.isEmpty());
+        QVERIFY(cache()->bankPicturePrefix.isEmpty() && cache()->bankCardTail.isEmpty());
+        QVERIFY(cache()->getRevokeList().isEmpty() && cache()->getDelegateToday().isEmpty());
+        QVERIFY(cache()->getMarketListOption(here).isEmpty());
+        QVERIFY(cache()->getMarketListOption(there).isEmpty());
+        QCOMPARE(list.count(), 0);
+        QCoreApplication::processEvents();
+        QCOMPARE(list.count(), 1);
+        // One that is not named may be another one.
+        fill();
+        cache()->storeSignIn(ZvUBMyAcount());
+        QVERIFY(cache()->capInfo == ZvUBCapInfo());
+        QVERIFY(cache()->getMarketListOption(there).isEmpty());
+    }
+
     // The announcements of setters and notifications: not from inside, and once.
     void viewChangesAreToldOnceAndLater()
     {
@@ -230,6 +313,77 @@ private slots:
         QVERIFY(cache()->getLatestDealList("1003").isEmpty());
     }
 
+    void noSignalFromInsideACall()
+    {
+        KitBench bench;
+        bench.startOn(here);
+        engine()->setGlobalCollectionID(QStringLiteral("1001"));
+        bench.settle();
+        // Every question finds its answer ready.
+        const auto say = [&bench](const QString &path, const QByteArray &data) {
+            bench.exchange->always(
+                path, [data](const ZvRequest &) { return ZvScriptedTransport::ok(data); });
+        };
+        say(zvPath_market_collection, KitBench::brief({"1001"}));
+        say(zvPath_market_list, KitBench::rows({KitBench::row("1001")}));
+        say(zvPath_collection_type, "{\"types\": []}");
+        say(zvPath_message, "{\"messages\": []}");
+        say(zvPath_collection_trade, KitBench::trade("1001"));
+        say(zvPath_market_detail, KitBench::latest("1001"));
+        say(zvPath_myaccount, KitBench::account());
+        say(zvPath_cap, KitBench::cap(1));
+        say(zvPath_myaccount_gather, KitBench::gather());
+        say(zvPath_myaccount_optional, KitBench::favourites({"1001"}));
+        for (const QString &path :
+             {zvPath_login, zvPath_reg, zvPath_trade_buy, zvPath_trade_sell, zvPath_trade_revoke,
+              zvPath_pay_send, zvPath_pay_cash_deal, zvPath_myaccount_append}) {
+            say(path, "{\"token\": \"t\", \"first\": \"a\", \"second\": \"b\"}");
+        }
+        const QString text = QStringLiteral("1");
+        const std::vector<std::function<void()>> calls{
+            [] { engine()->sendRequest_Market_Collection(); },
+            [] { engine()->sendRequest_Market_List(); },
+            [] { engine()->sendRequest_Collection_Type(); },
+            [] { engine()->sendRequest_Message(); },
+            [text] { engine()->sendRequest_Market_Detail(text, 1, 0); },
+            [] { engine()->flushCurrentTop5(); },
+            [] { access()->link()->setToken("t"); },
+            [] { engine()->startLoggedEngine(); },
+            [] { engine()->sendRequest_Cap(); },
+            [] { engine()->changedToMarketList(); },
+            [] { engine()->changedToTimeLine(); },
+            [] { engine()->changedToMaketDetail(); },
+            [] { engine()->changedToTransctionVisible(); },
+            [] { engine()->changedToGatherVisible(); },
+            [] { engine()->setCollectionTypeId(2); },
+            [] { engine()->setIsOptionalCollectionIds(true); },
+            [] { engine()->setGlobalCollectionID(QStringLiteral("1002")); },
+            [] { engine()->setDealLatestLimit(3); },
+            [] { cache()->setMarketListOption({QStringLiteral("1")}, QString()); },
+            [] { access()->setUrlPrefix(there); },
+            [] { actions()->sendRequest_login(QStringLiteral("1"), QStringLiteral("2")); },
+            [text] { actions()->sendRequest_register(text, text, text, text); },
+            [text] { actions()->sendRequest_trade_buy(text, 1.0F, 1); },
+            [text] { actions()->sendRequest_trade_sell(text, -1.0F, 1); },
+            [text] { actions()->sendRequest_prepay_send(text, 1, text, 1.0F, 1); },
+            [text] { actions()->sendRequest_prepay_send(text, 9, text, 1.0F, 1); },
+            [] { actions()->sendRequest_trade_revoke({1}); },
+            [text] { actions()->sendRequest_inMoney_sendCode(text); },
+            [text] { actions()->sendRequest_outMoney(text); },
+            [text] { actions()->sendRequest_addOption(text); },
+            [] { actions()->sendRequest_getOptions(1, 100); },
+            [] { engine()->startUnloggedEngine(); },
+        };
+        for (std::size_t i = 0; i < calls.size(); ++i) {
+            const Ear cacheEar(cache());
+            const Ear actionEar(actions());
+            calls[i]();
+            QVERIFY2(cacheEar.count() + actionEar.count() == 0, qPrintable(QString::number(i)));
+            bench.settle();
+        }
+        bench.endActions();
+    }
+
     void settersKeepTheirState()
     {
         engine()->setCollectionTypeId(5);
@@ -254,10 +408,9 @@ private slots:
 
     void changeOfServerDropsTheTargetsOldRows()
     {
-        auto *access = ZvServerAccessManager::getZvServerAccessManagerInstance();
         cache()->storeMarketTick(ZvMarketList({row("1", 1)}), row("-1", 0), there);
         cache()->storeMarketList({row("2", 1)}, here);
-        access->setUrlPrefix(there);
+        access()->setUrlPrefix(there);
         QCOMPARE(cache()->currentServer(), there);
         QVERIFY(cache()->getMarketListByTypeId(-1, QString()).isEmpty());
         ZvUBObject composite;
@@ -265,7 +418,7 @@ private slots:
         QCOMPARE(idsOf(cache()->getMarketListByTypeId(-1, here)), QStringList({"2"}));
         // The same server again is no change.
         cache()->storeMarketList({row("3", 1)}, there);
-        access->setUrlPrefix(there);
+        access()->setUrlPrefix(there);
         QCOMPARE(idsOf(cache()->getMarketListByTypeId(-1, QString())), QStringList({"3"}));
     }
 };

@@ -39,7 +39,8 @@ QList<Sample> samples()
         + KitBench::item("1001")
         + "}, \"trade\": {\"version\": 4, \"data\": " + KitBench::trade("1001")
         + "}, \"latest\": {\"version\": 5, \"data\": " + KitBench::latest("1001", 3)
-        + "}, \"composite\": {\"version\": 2, \"data\": " + KitBench::row("-1", 0) + "}}}";
+        + "}, \"composite\": {\"version\": 2, \"data\": " + KitBench::row("-1", 0)
+        + "}, \"cap\": {\"version\": 5, \"gap\": true}}}";
     return {
         {Task::List, ok(KitBench::rows({KitBench::row("1001"), KitBench::row("1002", 2)}))},
         {Task::Poll, ok(poll)},
@@ -53,7 +54,12 @@ QList<Sample> samples()
         {Task::Item, ok(KitBench::item("1001"))},
         {Task::Trade, ok(KitBench::trade("1001"))},
         {Task::Latest, ok(KitBench::latest("1001", 4))},
-        {Task::Action, ok("{\"token\": \"abc\", \"order\": 4711, \"collections\": [\"1\"]}")},
+        {Task::Action, ok("{\"first\": \"abc\", \"order\": 4711, \"collections\": [\"1\"]}")},
+        {Task::SignIn, ok(KitBench::signedIn("abc"))},
+        {Task::Account, ok(KitBench::account())},
+        {Task::Cap, ok(KitBench::cap(500000, {KitBench::holding("1001")}))},
+        {Task::Gather, ok(KitBench::gather({"1001"}))},
+        {Task::Favourites, ok(KitBench::favourites({"1001", "1002"}))},
         {Task::Envelope, ZvScriptedTransport::refusal("refused", QStringLiteral("不行"), "closed")},
     };
 }
@@ -349,7 +355,7 @@ void DecoderTest::mutations()
         }
         // The answer may also be that of another path.
         const Task::Shape shape
-            = below(4) == 0 ? Task::Shape(below(Task::Latest + 1)) : sample.shape;
+            = below(4) == 0 ? Task::Shape(below(Task::Favourites + 1)) : sample.shape;
         ZvReply reply;
         QString error;
         if (decoder.decode(body, taskOf(shape), reply, error)) {

@@ -1,4 +1,5 @@
 #include "kitbench.h"
+#include "listeners.h"
 
 #include "ZvModelKit/zvubbriefinfo.h"
 #include "ZvModelKit/zvubdealitem.h"
@@ -451,23 +452,6 @@ private slots:
         QCOMPARE(exchange()->openCount(zvPath_sync), 1);
     }
 
-    void changeOfServerRenewsTheAccount()
-    {
-        m_bench->startOn(here);
-        access()->setUrlPrefix(there);
-        m_bench->settle();
-        QVERIFY(!exchange()->requestedPaths().contains(zvPath_cap));
-        engine()->startLoggedEngine();
-        m_bench->settle();
-        exchange()->takeRequests();
-        access()->setUrlPrefix(here);
-        for (const QString &path : {zvPath_myaccount, zvPath_cap, zvPath_myaccount_gather})
-            QCOMPARE(exchange()->lastRequest(path).prefix, here);
-        engine()->startUnloggedEngine();
-        m_bench->settle();
-        QCOMPARE(exchange()->openCount(zvPath_cap), 0);
-    }
-
     void askingForTheMarketTellsNamesAndRows()
     {
         m_bench->startOn(here);
@@ -491,6 +475,95 @@ private slots:
         QCOMPARE(list.count(), 1);
         QCOMPARE(type.count(), 0);
         QCOMPARE(market.count(), 0);
+    }
+
+    void unchangedPollIsSilentAboutAll()
+    {
+        m_bench->startOn(here);
+        engine()->setGlobalCollectionID(QStringLiteral("1001"));
+        m_bench->settle();
+        const auto poll = [this](int version) {
+            const QByteArray v = QByteArray::number(version);
+            const auto part = [&v](const char *name, const QByteArray &data) {
+                return QByteArray("\"") + name + "\": {\"version\": " + v + ", \"data\": " + data
+                    + "}";
+            };
+            m_bench->answerPoll(
+                part("market",
+                     "{\"servers\": [{\"name\": \"邮币\", \"prefix\": \"/ch/youbika/\"}]}")
+                + ", " + part("message", "{\"messages\": [{\"text\": \"闻\", \"link\": \"\"}]}")
+                + ", " + part("check", KitBench::check(true)) + ", "
+                + part("composite", KitBench::row("-1", 0)) + ", "
+                + part("brief", KitBench::brief({"1001", "1002"})) + ", "
+                + part("type", "{\"types\": [{\"id\": 1, \"name\": \"邮票\"}]}") + ", "
+                + part("list", KitBench::rows({KitBench::row("1001", 1), KitBench::row("1002", 2)}))
+                + ", " + part("item", KitBench::item("1001")) + ", "
+                + part("trade", KitBench::trade("1001")) + ", "
+                + part("latest", KitBench::latest("1001")));
+        };
+        poll(11);
+        const Ear ear(cache());
+        poll(12);
+        QCOMPARE(ear.heard(), QStringList());
+        QCOMPARE(exchange()->lastRequest(zvPath_sync).parameter("latest"), QStringLiteral("12"));
+    }
+
+    void questionBeforeTheFirstServerIsAnswered()
+    {
+        access()->setUrlPrefix(QString());
+        access()->start();
+        engine()->sendRequest_Message();
+        engine()->sendRequest_Market_List();
+        m_bench->settle();
+        QCOMPARE(exchange()->openCount(zvPath_message), 0);
+        QSignalSpy message(cache(), &Cache::signal_cache_MessageList_changed);
+        QSignalSpy list(cache(), &Cache::signal_cache_MarketList_changed);
+        exchange()->answer(
+            zvPath_market,
+            ZvScriptedTransport::ok(
+                "{\"servers\": [{\"name\": \"邮币\", \"prefix\": \"/ch/youbika/\"}]}"));
+        m_bench->settle();
+        QCOMPARE(exchange()->lastRequest(zvPath_message).prefix, QStringLiteral("/ch/youbika/"));
+        exchange()->answer(zvPath_message, ZvScriptedTransport::ok("{\"messages\": []}"));
+        exchange()->answer(zvPath_market_list, ZvScriptedTransport::ok(KitBench::rows({})));
+        m_bench->settle();
+        QCOMPARE(message.count(), 1);
+        QCOMPARE(list.count(), 1);
+    }
+
+    void otherCollectionIsNotTold()
+    {
+        m_bench->startOn(here);
+        engine()->setGlobalCollectionID(QStringLiteral("1001"));
+        m_bench->settle();
+        const ZvUBTopFive before = cache()->getTopFive(QStringLiteral("1002"));
+        const Ear ear(cache());
+        m_bench->answerPoll(
+            "\"item\": {\"version\": 2, \"data\": " + KitBench::item("1002")
+            + "}, \"trade\": {\"version\": 2, \"data\": " + KitBench::trade("1002", 777)
+            + "}, \"latest\": {\"version\": 2, \"data\": " + KitBench::latest("1002") + "}");
+        QCOMPARE(ear.heard(), QStringList());
+        QCOMPARE(cache()->getTopFive(QStringLiteral("1002")), before);
+    }
+
+    void setUrlPrefixHidesNoChange()
+    {
+        m_bench->startOn(here);
+        exchange()->answer(zvPath_market_list,
+                           ZvScriptedTransport::ok(KitBench::rows(
+                               {KitBench::row("2001", 1), KitBench::row("2002", 2)})));
+        access()->setUrlPrefix(there);
+        QSignalSpy list(cache(), &Cache::signal_cache_MarketList_changed);
+        m_bench->settle();
+        QCOMPARE(list.count(), 1);
+        // Back again: equal rows of the first server are told, for they were dropped.
+        exchange()->answer(zvPath_market_list,
+                           ZvScriptedTransport::ok(KitBench::rows(
+                               {KitBench::row("1001", 1), KitBench::row("1002", 2)})));
+        access()->setUrlPrefix(here);
+        QVERIFY(cache()->getMarketListByTypeId(-1, QString()).isEmpty());
+        m_bench->settle();
+        QCOMPARE(list.count(), 2);
     }
 
     void flushedQuoteHasItsOwnSignal()

@@ -88,8 +88,7 @@ QVector<QPair<QString, QString>> rulesOf(const QString &sheet)
 QStringList listedResources()
 {
     static const QRegularExpression entry(QStringLiteral("<file>([^<]+)</file>"));
-    const QDir folder(QFileInfo(QString::fromUtf8(__FILE__)).absolutePath()
-                      + QLatin1String("/../../src/ZvWidgetKit/resources"));
+    const QDir folder(QStringLiteral(ZV_SOURCE_DIR "/src/ZvWidgetKit/resources"));
     QStringList names;
     for (const QString &qrc : folder.entryList({QStringLiteral("*.qrc")})) {
         QFile file(folder.filePath(qrc));

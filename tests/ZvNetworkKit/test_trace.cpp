@@ -82,14 +82,19 @@ void TraceTest::secretsAreMasked()
     zvtest::CallTrace trace;
     const QString secret = QStringLiteral("hidden1");
     actions()->sendRequest_login(QStringLiteral("13800000000"), secret);
-    actions()->sendRequest_register(QString(), QStringLiteral("13800000000"), secret, secret);
+    actions()->sendRequest_register_sendCode(QStringLiteral("13800000000"));
+    actions()->sendRequest_register(QStringLiteral("13900000000"), QStringLiteral("13800000000"),
+                                    secret, secret);
+    actions()->sendRequest_changePasswd_sendCode(QStringLiteral("13800000000"));
     actions()->sendRequest_changePasswd(QStringLiteral("13800000000"), secret, secret);
     actions()->sendRequest_inMoney(QStringLiteral("1.00"), secret, QStringLiteral("a"),
                                    QStringLiteral("b"));
     const QStringList expected{
         QStringLiteral("ZvServerActionResult::sendRequest_login(\"13800000000\", \"***\")"),
-        QStringLiteral("ZvServerActionResult::sendRequest_register(\"\", \"13800000000\", "
-                       "\"***\", \"***\")"),
+        QStringLiteral("ZvServerActionResult::sendRequest_register_sendCode(\"13800000000\")"),
+        QStringLiteral("ZvServerActionResult::sendRequest_register(\"13900000000\", "
+                       "\"13800000000\", \"***\", \"***\")"),
+        QStringLiteral("ZvServerActionResult::sendRequest_changePasswd_sendCode(\"13800000000\")"),
         QStringLiteral("ZvServerActionResult::sendRequest_changePasswd(\"13800000000\", \"***\", "
                        "\"***\")"),
         QStringLiteral("ZvServerActionResult::sendRequest_inMoney(\"1.00\", \"***\", \"a\", "
