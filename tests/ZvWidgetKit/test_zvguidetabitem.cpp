@@ -1,15 +1,14 @@
 #include "ZvNetworkKit/zvserverconfig.h"
 #include "ZvWidgetKit/zvguidetabitem.h"
+#include "buttonclicks.h"
 #include "support/testregistry.h"
 
 #include <QHBoxLayout>
-#include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStyleOptionButton>
 #include <QTimer>
 
-#include <functional>
 #include <memory>
 
 namespace {
@@ -226,39 +225,28 @@ private slots:
         QVERIFY2(text.width() <= room.width(), QByteArray::number(text.width()));
     }
 
-    void clickSendsThePrefix_data()
-    {
-        QTest::addColumn<int>("way");
-        QTest::newRow("mouse") << 0;
-        QTest::newRow("space") << 1;
-        QTest::newRow("call") << 2;
-    }
+    void clickSendsThePrefix_data() { zvtest::addClickWays(); }
     void clickSendsThePrefix()
     {
-        QFETCH(int, way);
+        QFETCH(zvtest::ClickWay, way);
         m_item->setServerPrefix(QStringLiteral("/lc/youbika/"));
         QCOMPARE(m_item->getServerPrefix(), QStringLiteral("/lc/youbika/"));
+        m_item->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_item.get()));
         QSignalSpy spy(m_item.get(), &ZvGuideTabItem::signal_ServerButtonClicked);
-        const auto click = [&] {
-            if (way == 0)
-                QTest::mouseClick(button(), Qt::LeftButton);
-            else if (way == 1)
-                QTest::keyClick(button(), Qt::Key_Space);
-            else
-                button()->click();
-        };
-        click();
-        QCOMPARE(QList<QVariantList>(spy), QList<QVariantList>{{QStringLiteral("/lc/youbika/")}});
+        zvtest::click(button(), way);
+        QTRY_COMPARE(QList<QVariantList>(spy),
+                     QList<QVariantList>{{QStringLiteral("/lc/youbika/")}});
         // Whatever the look is: it is the listener that knows the server in use.
         m_item->setEnabledLook();
-        click();
-        QCOMPARE(spy.size(), 2);
+        zvtest::click(button(), way);
+        QTRY_COMPARE(spy.size(), 2);
         m_item->disableButton();
-        click();
+        zvtest::click(button(), way);
         QCOMPARE(spy.size(), 2);
         m_item->enableButton();
-        click();
-        QCOMPARE(spy.size(), 3);
+        zvtest::click(button(), way);
+        QTRY_COMPARE(spy.size(), 3);
     }
 
     void otherMouseButtonsAndAReleaseOutsideSendNothing()
@@ -391,8 +379,8 @@ private slots:
     void barIsSeenToGrow()
     {
         m_item->show();
-        m_item->startProgress();
         QVERIFY(QTest::qWaitForWindowExposed(m_item.get()));
+        m_item->startProgress();
         timer()->stop();
         const QRgb green = QColor(0x41, 0xcd, 0x52).rgb();
         int before = 0;
@@ -408,47 +396,22 @@ private slots:
         }
     }
 
-    void itemMayDieInItsOwnClick_data()
-    {
-        QTest::addColumn<int>("way");
-        QTest::newRow("mouse") << 0;
-        QTest::newRow("mouse through the window") << 1;
-        QTest::newRow("space") << 2;
-        QTest::newRow("return") << 3;
-        QTest::newRow("call") << 4;
-        QTest::newRow("animated") << 5;
-    }
+    void itemMayDieInItsOwnClick_data() { zvtest::addClickWays(); }
     void itemMayDieInItsOwnClick()
     {
-        QFETCH(int, way);
-        QWidget window;
-        auto *item = new ZvGuideTabItem(&window);
-        const QPointer<ZvGuideTabItem> guard(item);
-        auto *itemButton = item->findChild<QPushButton *>();
-        item->setServerPrefix(QStringLiteral("/ch/wenwan/"));
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QFETCH(zvtest::ClickWay, way);
+        m_item->setServerPrefix(QStringLiteral("/ch/wenwan/"));
+        m_item->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_item.get()));
         QString heard;
-        connect(item, &ZvGuideTabItem::signal_ServerButtonClicked, &window,
+        QObject context;
+        connect(m_item.get(), &ZvGuideTabItem::signal_ServerButtonClicked, &context,
                 [&](const QString &prefix) {
-                    delete item;
+                    m_item.reset();
                     heard = prefix;
                 });
-        const QPoint middle = itemButton->mapTo(&window, itemButton->rect().center());
-        itemButton->setAutoDefault(true);
-        itemButton->setFocus();
-        const std::function<void()> ways[] = {
-            [&] { QTest::mouseClick(itemButton, Qt::LeftButton); },
-            [&] {
-                QTest::mouseClick(window.windowHandle(), Qt::LeftButton, Qt::NoModifier, middle);
-            },
-            [&] { QTest::keyClick(itemButton, Qt::Key_Space); },
-            [&] { QTest::keyClick(itemButton, Qt::Key_Return); },
-            [&] { itemButton->click(); },
-            [&] { itemButton->animateClick(1); },
-        };
-        ways[way]();
-        QTRY_VERIFY(!guard);
+        zvtest::click(button(), way);
+        QTRY_VERIFY(!m_item);
         QCOMPARE(heard, QStringLiteral("/ch/wenwan/"));
         QCoreApplication::processEvents();
     }

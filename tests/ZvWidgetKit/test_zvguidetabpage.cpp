@@ -4,6 +4,7 @@
 #include "ZvWidgetKit/zvguidetabitem.h"
 #include "ZvWidgetKit/zvguidetabpage.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
+#include "buttonclicks.h"
 #include "support/calltrace.h"
 #include "support/testregistry.h"
 
@@ -20,6 +21,8 @@
 #include <functional>
 #include <memory>
 
+using zvtest::click;
+using zvtest::ClickWay;
 using Pool = ZvWidgetSignalSLotPool;
 using Servers = QList<QPair<QString, QString>>;
 
@@ -122,79 +125,43 @@ QString recordOfAChange(const QString &before, const QString &after)
               .arg(after);
 }
 
-// The ways in which a user, or a program in his place, clicks a button.
-enum Way { Mouse, WindowMouse, Space, Return, Call, Animated };
-
-void click(QPushButton *button, Way way = Mouse)
-{
-    QWidget *window = button->window();
-    switch (way) {
-    case Mouse:
-        QTest::mouseClick(button, Qt::LeftButton);
-        break;
-    case WindowMouse: {
-        const auto middle = [&] { return button->mapTo(window, button->rect().center()); };
-        QVERIFY(QTest::qWaitFor([&] { return window->childAt(middle()) == button; }));
-        QTest::mouseClick(window->windowHandle(), Qt::LeftButton, Qt::NoModifier, middle());
-        break;
-    }
-    case Space:
-        button->setFocus();
-        QTest::keyClick(button, Qt::Key_Space);
-        break;
-    case Return:
-        button->setFocus();
-        button->setAutoDefault(true);
-        QTest::keyClick(button, Qt::Key_Return);
-        break;
-    case Call:
-        button->click();
-        break;
-    case Animated:
-        button->animateClick(1);
-        break;
-    }
-}
-
-void addWays()
-{
-    QTest::addColumn<Way>("way");
-    QTest::newRow("mouse") << Mouse;
-    QTest::newRow("mouse through the window") << WindowMouse;
-    QTest::newRow("space") << Space;
-    QTest::newRow("return") << Return;
-    QTest::newRow("call") << Call;
-    QTest::newRow("animated") << Animated;
-}
-
 // From where a listener reaches back into the page while a change of server is under way.
 enum Place { InPageSignal, InPoolSignal, InItemSignal };
 
 void addPlacesAndWays()
 {
     QTest::addColumn<Place>("place");
-    QTest::addColumn<Way>("way");
+    QTest::addColumn<ClickWay>("way");
     const char *const places[] = {"page's signal", "pool's signal", "item's signal"};
-    const char *const ways[]
-        = {"mouse", "mouse through the window", "space", "return", "call", "animated"};
     for (const Place place : {InPageSignal, InPoolSignal, InItemSignal}) {
-        for (const Way way : {Mouse, WindowMouse, Space, Return, Call, Animated})
-            QTest::addRow("%s, %s", places[place], ways[way]) << place << way;
+        for (const auto &each : zvtest::clickWays)
+            QTest::addRow("%s, %s", places[place], each.name) << place << each.way;
     }
 }
 
 } // namespace
 
-Q_DECLARE_METATYPE(Way)
 Q_DECLARE_METATYPE(Place)
 
 class ZvGuideTabPageTest : public QObject
 {
     Q_OBJECT
 
+protected:
+    // Time stands still for the timers of the page but in the tests that wait for them: on a slow
+    // machine they would go on between two lines of a test.
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        return event->type() == QEvent::Timer && m_isTimeStill && qobject_cast<QTimer *>(watched)
+            && m_page
+            && (watched->parent() == m_page
+                || m_page->isAncestorOf(qobject_cast<QWidget *>(watched->parent())));
+    }
+
 private:
     std::unique_ptr<QWidget> m_window;
     QPointer<ZvGuideTabPage> m_page; // a child of the window
+    bool m_isTimeStill = true;
 
     QPushButton *switchButton() const
     {
@@ -280,10 +247,12 @@ private slots:
     {
         // The exchange stays silent: what the strip does must not wait for an answer.
         access()->setTransport(std::make_unique<ZvScriptedTransport>());
+        qApp->installEventFilter(this);
     }
 
     void init()
     {
+        m_isTimeStill = true;
         access()->setUrlPrefix(QStringLiteral("/lc/before/"));
         m_window = std::make_unique<QWidget>();
         m_window->resize(300, 520);
@@ -456,13 +425,13 @@ private slots:
         QCOMPARE(access()->urlPrefix(), QStringLiteral("/lc/before/"));
     }
 
-    void changeTellsAllInItsOrder_data() { addWays(); }
+    void changeTellsAllInItsOrder_data() { zvtest::addClickWays(); }
     void changeTellsAllInItsOrder()
     {
-        QFETCH(Way, way);
+        QFETCH(ClickWay, way);
         m_page->setServerList(threeServers());
         Record record(m_page);
-        // The first run shows what a listener sees: the new server, and no button blocked yet.
+        // What a listener sees: the new server, the old looks, and no button blocked yet.
         QString seen;
         QObject context;
         connect(pool(), &Pool::signal_loadTradeData_fromServer, &context, [&] {
@@ -488,7 +457,7 @@ private slots:
         m_page->setServerList(threeServers());
         click(button(1));
         Record record(m_page);
-        for (const Way way : {Mouse, WindowMouse, Call}) {
+        for (const ClickWay way : {ClickWay::Mouse, ClickWay::WindowMouse, ClickWay::Call}) {
             for (int i = 0; i < 3; ++i)
                 click(button(i), way);
         }
@@ -556,6 +525,7 @@ private slots:
     {
         m_page->setServerList(threeServers());
         bar(1)->setValue(0);
+        m_isTimeStill = false;
         click(button(1));
         QElapsedTimer clock;
         clock.start();
@@ -663,7 +633,7 @@ private slots:
     void rebuildInsideTheChange()
     {
         QFETCH(Place, place);
-        QFETCH(Way, way);
+        QFETCH(ClickWay, way);
         m_page->setServerList(threeServers());
         const auto before = items();
         bool rebuilt = false;
@@ -714,7 +684,7 @@ private slots:
     void endOfThePageInsideTheChange()
     {
         QFETCH(Place, place);
-        QFETCH(Way, way);
+        QFETCH(ClickWay, way);
         m_page->setServerList(threeServers());
         QObject context;
         Record record(m_page);
@@ -727,10 +697,10 @@ private slots:
         QCOMPARE(livingItems(), 0);
     }
 
-    void endOfTheWindowInsideTheChange_data() { addWays(); }
+    void endOfTheWindowInsideTheChange_data() { zvtest::addClickWays(); }
     void endOfTheWindowInsideTheChange()
     {
-        QFETCH(Way, way);
+        QFETCH(ClickWay, way);
         m_page->setServerList(threeServers());
         QObject context;
         reactOnce(InPageSignal, &context, [&] { m_window.release()->deleteLater(); });
