@@ -15,8 +15,7 @@ namespace {
 
 QDir sources()
 {
-    return QDir(QFileInfo(QString::fromUtf8(__FILE__)).absolutePath()
-                + QLatin1String("/../../src"));
+    return QDir(QStringLiteral(ZV_SOURCE_DIR "/src"));
 }
 
 QString textOf(const QString &path)
