@@ -201,9 +201,13 @@ Exchange::Exchange(ExchangeOptions options) : m_options(std::move(options))
                 if (m_options.fatal)
                     m_options.fatal(self->prefix() + ": " + reason);
             };
+            const std::string name = market.fileStem() + kStoreEnding;
+            std::unique_ptr<SqliteStore> store = std::move(stores[name]);
+            server->m_readers
+                = std::make_unique<MarketReaders>(m_options.folder / name, m_options.vfs);
+            store->drainReadersWith([self] { self->readers().drain(); });
             server->m_writer = std::make_unique<MarketWriter>(
-                std::move(stores[market.fileStem() + kStoreEnding]), market, m_options.clock,
-                std::move(events), m_options.writer);
+                std::move(store), market, m_options.clock, std::move(events), m_options.writer);
             for (const std::string &line : self->writer().notices())
                 notice(market.prefix + ": " + line);
             found.markets.push_back(self);
@@ -245,8 +249,11 @@ void Exchange::settle()
 
 void Exchange::stop()
 {
-    for (const auto &server : m_markets)
+    for (const auto &server : m_markets) {
+        // The last connection moves the log into the file, which readers could not.
+        server->readers().close();
         server->writer().stop();
+    }
     m_lock.reset();
 }
 

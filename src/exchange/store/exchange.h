@@ -2,6 +2,7 @@
 
 #include "exchange/store/catalogue.h"
 #include "exchange/store/clock.h"
+#include "exchange/store/marketreader.h"
 #include "exchange/store/marketwriter.h"
 #include "exchange/store/snapshot.h"
 
@@ -60,6 +61,7 @@ public:
     PartsPerMillion fee() const { return m_fee; } ///< for accounts without a rate of their own
 
     MarketWriter &writer() const { return *m_writer; }
+    MarketReaders &readers() const { return *m_readers; }
     std::shared_ptr<const MarketSnapshot> snapshot() const { return m_writer->snapshot(); }
 
 private:
@@ -68,6 +70,7 @@ private:
     std::string m_name;
     std::string m_prefix;
     PartsPerMillion m_fee;
+    std::unique_ptr<MarketReaders> m_readers; ///< which the writer's store waits for
     std::unique_ptr<MarketWriter> m_writer;
 };
 
@@ -110,7 +113,8 @@ public:
     /// refused.
     void settle();
 
-    /// Carries out what waits, writes checkpoints, closes the stores. Idempotent.
+    /// Carries out what waits, writes checkpoints, closes the stores. Nobody reads them any more.
+    /// Idempotent.
     void stop();
 
 private:

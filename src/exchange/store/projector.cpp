@@ -2,6 +2,7 @@
 
 #include "exchange/core/market.h"
 
+#include <algorithm>
 #include <string>
 
 namespace zvx {
@@ -59,6 +60,8 @@ void Projector::take(const Event &event)
     } else if (const auto *done = std::get_if<OrderDone>(&event)) {
         OrderRow &row = order(done->order);
         row.state = endState(done->reason);
+        if (done->reason == DoneReason::Revoked)
+            m_revoked.push_back(done->order);
         row.changedAt = done->at;
         m_touchedOrders.insert(row.order.value());
         m_touchedAccounts.insert(row.account.value());
@@ -67,8 +70,13 @@ void Projector::take(const Event &event)
         m_touchedAccounts.insert(opened->account.value());
     } else if (const auto *frozen = std::get_if<AccountFrozen>(&event)) {
         m_touchedAccounts.insert(frozen->account.value());
+    } else if (const auto *answered = std::get_if<ActionAnswered>(&event)) {
+        sign(*answered);
     } else if (const auto *rate = std::get_if<FeeRateSet>(&event)) {
-        m_touchedAccounts.insert(rate->account.value());
+        if (rate->collection == CollectionId(0))
+            m_touchedAccounts.insert(rate->account.value());
+        else
+            m_rates[{rate->account.value(), rate->collection.value()}] = rate->fee;
     } else if (const auto *cash = std::get_if<CashMoved>(&event)) {
         m_touchedAccounts.insert(cash->account.value());
     } else if (const auto *moved = std::get_if<HoldingMoved>(&event)) {
@@ -101,6 +109,8 @@ TableUpdate Projector::finish(const Market &market)
         view.collection = CollectionId(collection);
         update.holdings.push_back({AccountId(account), view});
     }
+    for (const auto &[place, fee] : m_rates)
+        update.rates.push_back({AccountId(place.first), CollectionId(place.second), fee});
     update.deals.swap(m_deals);
     update.days.swap(m_days);
     update.composites.swap(m_endedComposites);
@@ -110,6 +120,8 @@ TableUpdate Projector::finish(const Market &market)
     m_touchedOrders.clear();
     m_touchedAccounts.clear();
     m_touchedHoldings.clear();
+    m_rates.clear();
+    m_revoked.clear();
     m_compositeChanged = false;
     return update;
 }
@@ -123,6 +135,17 @@ OrderRow &Projector::order(OrderNumber number)
     if (!stored)
         throw Damaged("order " + std::to_string(number.value()) + " has events and no row");
     return m_orders.emplace(number.value(), *stored).first->second;
+}
+
+/// The answer comes last of what an action did: its orders are those that changed just before.
+void Projector::sign(const ActionAnswered &answered)
+{
+    if (answered.order != OrderNumber(0))
+        order(answered.order).key = answered.key;
+    const auto revoked = std::min(m_revoked.size(), static_cast<std::size_t>(answered.revoked));
+    for (auto number = m_revoked.end() - static_cast<std::ptrdiff_t>(revoked);
+         number != m_revoked.end(); ++number)
+        order(*number).revokeKey = answered.key;
 }
 
 void Projector::fill(OrderNumber number, const Deal &deal, Side side)

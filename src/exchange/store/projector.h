@@ -4,6 +4,7 @@
 #include "exchange/store/tables.h"
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <set>
 #include <unordered_map>
@@ -39,6 +40,7 @@ public:
 private:
     OrderRow &order(OrderNumber number);
     void fill(OrderNumber number, const Deal &deal, Side side);
+    void sign(const ActionAnswered &answered);
 
     OrderFinder m_findOrder;
     Sequence m_session;
@@ -50,6 +52,8 @@ private:
     std::set<std::int64_t> m_touchedOrders;
     std::set<std::int64_t> m_touchedAccounts;
     std::set<std::pair<std::int64_t, std::int64_t>> m_touchedHoldings; ///< account, collection
+    std::map<std::pair<std::int64_t, std::int64_t>, PartsPerMillion> m_rates; ///< the same pair
+    std::vector<OrderNumber> m_revoked; ///< in their order
     std::vector<DealRow> m_deals;
     std::vector<DayRow> m_days;
     std::vector<CompositeRow> m_endedComposites;

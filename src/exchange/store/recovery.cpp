@@ -65,6 +65,8 @@ Recovered recoverMarket(Store &store, const Limits &limits)
     replay(store, found.market, found.checkpoint + 1, found.lastCommand);
     if (const std::optional<std::string> violation = found.market.audit())
         throw Damaged("the recovered market is not sound: " + *violation);
+    if (found.lastCommand > 0 && store.tablesAreEmpty())
+        rebuildTables(store, limits);
     if (store.lastDeal() != found.market.lastDeal()
         || store.lastOrder() != found.market.lastOrder())
         throw Damaged("the tables do not end where the events end");

@@ -20,7 +20,8 @@ struct Recovered {
 
 /**
  * Brings a market back: the newest usable checkpoint, then the later events. Checks the
- * checkpoint's hash, the audit, and that the tables end where the events end. A checkpoint only
+ * checkpoint's hash, the audit, and that the tables end where the events end; tables that hold
+ * nothing at all are made anew before. A checkpoint only
  * saves time: one that is damaged, or that this program cannot read, is passed over. One that
  * stands behind the last command shows that commands were lost, and nothing is recovered.
  * Throws StoreError, or Damaged where the events cannot be the history of a market.

@@ -10,7 +10,7 @@ SqliteConnection::SqliteConnection(const std::filesystem::path &file, const std:
                                    int applicationId, const std::vector<std::string> &migrations,
                                    int logFrames)
     : m_database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, 5'000, vfs),
-      m_mostFrames(logFrames)
+      m_mostFrames(logFrames), m_moveAt(logFrames)
 {
     // First of all, since even the journal's mode stays in a file.
     checkVersion(m_database, applicationId, migrations);
@@ -40,12 +40,19 @@ SqliteConnection::~SqliteConnection()
 
 void SqliteConnection::moveLog()
 {
+    int frames = 0;
+    int moved = 0;
+    m_drainReaders();
     const int code = sqlite3_wal_checkpoint_v2(m_database.getHandle(), nullptr,
-                                               SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
-    // Busy means that a reader still needs the log; the next commit tries again.
+                                               SQLITE_CHECKPOINT_PASSIVE, &frames, &moved);
     if (code != SQLITE_OK && code != SQLITE_BUSY)
         throw SQLite::Exception(m_database.getHandle(), code);
-    m_logFrames = 0;
+    // Whoever begins to read from now on finds everything in the file, and leaves the log to the
+    // next commit, which begins it anew.
+    m_drainReaders();
+    // A reader that took longer kept a part of it. Not every commit pays for him.
+    const bool whole = code == SQLITE_OK && moved == frames;
+    m_moveAt = whole ? m_mostFrames : m_logFrames + m_mostFrames / 2 + 1;
 }
 
 std::string keyBytes(ActionKey key)

@@ -6,6 +6,7 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -52,11 +53,16 @@ public:
             SQLite::Transaction transaction(m_database, SQLite::TransactionBehavior::IMMEDIATE);
             work();
             transaction.commit();
-            if (m_logFrames >= m_mostFrames)
+            if (m_logFrames >= m_moveAt)
                 moveLog();
             m_failed = false;
         });
     }
+
+    /// `drain` waits for the reads of other connections that are under way, and is called around
+    /// the moving of the log: readers that follow each other without a pause would keep the log for
+    /// ever, each a little of it.
+    void drainReadersWith(std::function<void()> drain) { m_drainReaders = std::move(drain); }
 
     SQLite::Database &database() { return m_database; }
     SQLite::Statement statement(const std::string &sql) { return {m_database, sql}; }
@@ -67,7 +73,9 @@ private:
     SQLite::Database m_database;
     int m_mostFrames;
     int m_logFrames = 0;
+    int m_moveAt; ///< frames at which the log is moved into the file next
     bool m_failed = false;
+    std::function<void()> m_drainReaders = [] {};
 };
 
 /// The sixteen bytes by which a key stands in a table, and the way back: the null key for bytes

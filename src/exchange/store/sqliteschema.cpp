@@ -102,6 +102,24 @@ CREATE TABLE listings (
     introduction TEXT NOT NULL
 ) STRICT;
 )sql",
+        // What the new columns hold stands in the events alone: empty tables are made anew from
+        // them when the market is opened.
+        R"sql(
+ALTER TABLE orders ADD COLUMN key BLOB;
+ALTER TABLE orders ADD COLUMN revoke_key BLOB;
+CREATE TABLE rates (
+    account INTEGER NOT NULL,
+    collection INTEGER NOT NULL,
+    fee INTEGER NOT NULL,
+    PRIMARY KEY (account, collection)
+) STRICT, WITHOUT ROWID;
+DELETE FROM orders;
+DELETE FROM deals;
+DELETE FROM cash;
+DELETE FROM holdings;
+DELETE FROM days;
+DELETE FROM composites;
+)sql",
     };
     return migrations;
 }

@@ -1,6 +1,7 @@
 #include "exchange/store/sqlitestore.h"
 
 #include "exchange/store/sqliteconnection.h"
+#include "exchange/store/sqliterows.h"
 #include "exchange/store/sqliteschema.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -15,85 +16,8 @@ namespace {
 /// Checkpoints that are kept; older ones go with the commit of a new one.
 constexpr int kCheckpoints = 3;
 
-constexpr const char *kOrderColumns = "number, account, collection, side, price, quantity, filled, "
-                                      "amount, fees, fee, state, session, placed, changed";
-constexpr const char *kDealColumns = "sequence, time, session, collection, maker, taker, side, "
-                                     "buyer, seller, price, quantity, buyer_fee, seller_fee, "
-                                     "released";
-
-constexpr std::array<const char *, 6> kTables
-    = {"orders", "deals", "cash", "holdings", "days", "composites"};
-
-/// Binds values one after another, so that the order of columns stands in one place only.
-class Binder
-{
-public:
-    explicit Binder(SQLite::Statement &statement) : m_statement(statement) { m_statement.reset(); }
-
-    Binder &operator<<(std::int64_t value)
-    {
-        m_statement.bind(++m_index, value);
-        return *this;
-    }
-    template <class Tag>
-    Binder &operator<<(Number<Tag> value)
-    {
-        return *this << value.value();
-    }
-
-private:
-    SQLite::Statement &m_statement;
-    int m_index = 0;
-};
-
-/// Reads the columns of a row one after another.
-class Reader
-{
-public:
-    explicit Reader(SQLite::Statement &statement) : m_statement(statement) { }
-
-    template <class Tag>
-    Reader &operator>>(Number<Tag> &value)
-    {
-        value = Number<Tag>(next());
-        return *this;
-    }
-    Reader &operator>>(Side &side)
-    {
-        side = next() == 0 ? Side::Buy : Side::Sell;
-        return *this;
-    }
-    Reader &operator>>(OrderState &state)
-    {
-        state = static_cast<OrderState>(next());
-        return *this;
-    }
-
-private:
-    std::int64_t next() { return m_statement.getColumn(m_index++).getInt64(); }
-
-    SQLite::Statement &m_statement;
-    int m_index = 0;
-};
-
-OrderRow readOrder(SQLite::Statement &statement)
-{
-    OrderRow row;
-    Reader(statement) >> row.order >> row.account >> row.collection >> row.side >> row.price
-        >> row.quantity >> row.filled >> row.amount >> row.fees >> row.fee >> row.state
-        >> row.session >> row.placedAt >> row.changedAt;
-    return row;
-}
-
-DealRow readDeal(SQLite::Statement &statement)
-{
-    DealRow row;
-    Deal &deal = row.deal;
-    Reader(statement) >> deal.sequence >> deal.at >> row.session >> deal.collection >> deal.maker
-        >> deal.taker >> deal.takerSide >> deal.buyer >> deal.seller >> deal.price >> deal.quantity
-        >> deal.buyerFee >> deal.sellerFee >> deal.released;
-    return row;
-}
+constexpr std::array<const char *, 7> kTables
+    = {"orders", "deals", "cash", "rates", "holdings", "days", "composites"};
 
 } // namespace
 
@@ -110,15 +34,7 @@ public:
     void put(const StoredCommand &command)
     {
         SQLite::Statement &s = *m_putCommand;
-        s.reset();
-        s.bind(1, command.number);
-        s.bind(2, command.time.value());
-        if (command.key.isNull()) {
-            s.bind(3);
-        } else {
-            const std::string key = keyBytes(command.key);
-            s.bind(3, key.data(), static_cast<int>(key.size()));
-        }
+        Binder(s) << command.number << command.time << command.key;
         s.bindNoCopy(4, command.events.data(), static_cast<int>(command.events.size()));
         s.exec();
     }
@@ -144,7 +60,7 @@ public:
                                 << static_cast<std::int64_t>(row.side) << row.price << row.quantity
                                 << row.filled << row.amount << row.fees << row.fee
                                 << static_cast<std::int64_t>(row.state) << row.session
-                                << row.placedAt << row.changedAt;
+                                << row.placedAt << row.changedAt << row.key << row.revokeKey;
             m_putOrder->exec();
         }
         for (const DealRow &row : tables.deals) {
@@ -160,6 +76,10 @@ public:
             Binder(*m_putCash) << row.account << row.fee << static_cast<std::int64_t>(row.frozen)
                                << row.available << row.frozenCash;
             m_putCash->exec();
+        }
+        for (const RateRow &row : tables.rates) {
+            Binder(*m_putRate) << row.account << row.collection << row.fee;
+            m_putRate->exec();
         }
         for (const HoldingRow &row : tables.holdings) {
             if (row.holding.quantity.value() == 0) {
@@ -193,9 +113,10 @@ private:
         m_putCommand = make("INSERT INTO commands VALUES (?, ?, ?, ?)");
         m_putOrder
             = make("INSERT OR REPLACE INTO orders VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
-                   "?, ?)");
+                   "?, ?, ?, ?)");
         m_putDeal = make("INSERT INTO deals VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
         m_putCash = make("INSERT OR REPLACE INTO cash VALUES (?, ?, ?, ?, ?)");
+        m_putRate = make("INSERT OR REPLACE INTO rates VALUES (?, ?, ?)");
         m_putHolding = make("INSERT OR REPLACE INTO holdings VALUES (?, ?, ?, ?, ?)");
         m_dropHolding = make("DELETE FROM holdings WHERE account = ? AND collection = ?");
         m_putDay = make("INSERT INTO days VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
@@ -206,6 +127,7 @@ private:
     std::unique_ptr<SQLite::Statement> m_putOrder;
     std::unique_ptr<SQLite::Statement> m_putDeal;
     std::unique_ptr<SQLite::Statement> m_putCash;
+    std::unique_ptr<SQLite::Statement> m_putRate;
     std::unique_ptr<SQLite::Statement> m_putHolding;
     std::unique_ptr<SQLite::Statement> m_dropHolding;
     std::unique_ptr<SQLite::Statement> m_putDay;
@@ -222,6 +144,11 @@ SqliteStore::SqliteStore(const std::filesystem::path &file, const std::string &v
 }
 
 SqliteStore::~SqliteStore() = default;
+
+void SqliteStore::drainReadersWith(std::function<void()> drain)
+{
+    m_connection->drainReadersWith(std::move(drain));
+}
 
 std::int64_t SqliteStore::lastCommand()
 {
@@ -301,6 +228,18 @@ void SqliteStore::rebuildTables(const std::function<void(const TablePutter &put)
         for (const char *table : kTables)
             m_connection->database().exec(std::string("DELETE FROM ") + table);
         rebuild([&](const TableUpdate &tables) { m_connection->put(tables); });
+    });
+}
+
+bool SqliteStore::tablesAreEmpty()
+{
+    return m_connection->guarded([&] {
+        return std::all_of(kTables.begin(), kTables.end(), [&](const char *table) {
+            return m_connection->database()
+                       .execAndGet(std::string("SELECT EXISTS (SELECT 1 FROM ") + table + ")")
+                       .getInt()
+                == 0;
+        });
     });
 }
 
@@ -386,8 +325,8 @@ std::optional<CompositeRow> SqliteStore::composite(Sequence session)
         if (!s.executeStep())
             return std::nullopt;
         CompositeRow row;
-        Reader(s) >> row.session >> row.day >> row.previousClose >> row.open >> row.high >> row.low
-            >> row.last;
+        RowReader(s) >> row.session >> row.day >> row.previousClose >> row.open >> row.high
+            >> row.low >> row.last;
         return row;
     });
 }

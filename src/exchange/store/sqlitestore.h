@@ -21,12 +21,16 @@ public:
                          int logFrames = kLogFrames);
     ~SqliteStore() override;
 
+    /// As SqliteConnection::drainReadersWith().
+    void drainReadersWith(std::function<void()> drain);
+
     std::int64_t lastCommand() override;
     std::vector<std::int64_t> checkpoints() override;
     StoredCheckpoint checkpoint(std::int64_t number) override;
     void readCommands(std::int64_t first, std::int64_t last, const CommandVisitor &visit) override;
     void commit(const Batch &batch) override;
     void rebuildTables(const std::function<void(const TablePutter &put)> &rebuild) override;
+    bool tablesAreEmpty() override;
     std::string describeTables() override;
     std::vector<DealRow> latestDeals(CollectionId collection, Sequence session,
                                      std::size_t limit) override;

@@ -82,6 +82,9 @@ public:
     using TablePutter = std::function<void(const TableUpdate &)>;
     virtual void rebuildTables(const std::function<void(const TablePutter &put)> &rebuild) = 0;
 
+    /// Whether the tables hold nothing at all, as after a step to a new version that empties them.
+    virtual bool tablesAreEmpty() = 0;
+
     /// All rows of all tables as text, one line a row in the order of their keys, for comparisons.
     virtual std::string describeTables() = 0;
 

@@ -37,6 +37,8 @@ struct OrderRow {
     Sequence session;
     TimeMs placedAt;
     TimeMs changedAt; ///< of the last deal, or of its end
+    ActionKey key; ///< of the action that placed it; null where there was none
+    ActionKey revokeKey; ///< of the action that revoked it
 };
 
 struct DealRow {
@@ -51,6 +53,13 @@ struct CashRow {
     bool frozen = false;
     Fen available;
     Fen frozenCash;
+};
+
+/// The fee of one account's orders of one collection, where it is not the account's own.
+struct RateRow {
+    AccountId account;
+    CollectionId collection;
+    PartsPerMillion fee;
 };
 
 struct HoldingRow {
@@ -77,6 +86,7 @@ struct TableUpdate {
     std::vector<OrderRow> orders;
     std::vector<DealRow> deals;
     std::vector<CashRow> cash;
+    std::vector<RateRow> rates;
     std::vector<HoldingRow> holdings;
     std::vector<DayRow> days;
     std::vector<CompositeRow> composites;

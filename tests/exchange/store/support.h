@@ -91,6 +91,7 @@ public:
     {
         m_store->rebuildTables(rebuild);
     }
+    bool tablesAreEmpty() override { return m_store->tablesAreEmpty(); }
     std::string describeTables() override { return m_store->describeTables(); }
     std::vector<DealRow> latestDeals(CollectionId id, Sequence session, std::size_t limit) override
     {

@@ -363,27 +363,33 @@ TEST(Migration, TakesEachStepOnceAndStopsWhereOneFails)
     EXPECT_THROW(migrate(database, 77, {first}), StoreError);
 }
 
-/// The fixture is the dump of a store as version 1 wrote it; its hash was noted then.
-TEST(Migration, OpensTheFileOfVersionOne)
+/// Each fixture is the dump of a store as that version wrote it; its hash was noted then.
+TEST(Migration, OpensTheFilesOfAllVersions)
 {
-    const TempFolder folder;
-    const std::filesystem::path file = folder / "m.market";
-    {
-        SQLite::Database database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
-        database.exec(test::readFile(test::dataFile("market-v1.sql")));
-        ASSERT_EQ(database.execAndGet("PRAGMA user_version").getInt(), 1);
+    const int newest = static_cast<int>(marketMigrations().size());
+    for (int version = 1; version <= newest; ++version) {
+        const std::string name = "market-v" + std::to_string(version);
+        SCOPED_TRACE(name);
+        const TempFolder folder;
+        const std::filesystem::path file = folder / "m.market";
+        {
+            SQLite::Database database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+            database.exec(test::readFile(test::dataFile(name + ".sql")));
+            ASSERT_EQ(database.execAndGet("PRAGMA user_version").getInt(), version);
+        }
+        SqliteStore store(file);
+        const Recovered recovered = recoverMarket(store);
+        EXPECT_EQ(std::to_string(recovered.market.stateHash()) + "\n",
+                  test::readFile(test::dataFile(name + ".hash")));
+        EXPECT_TRUE(recovered.notices.empty());
+        EXPECT_GT(recovered.checkpoint, 0);
+        EXPECT_GT(recovered.lastCommand, recovered.checkpoint);
+        EXPECT_EQ(replayMarket(store).stateHash(), recovered.market.stateHash());
+        const std::string tables = store.describeTables();
+        EXPECT_NE(tables, "");
+        rebuildTables(store);
+        EXPECT_EQ(store.describeTables(), tables);
     }
-    SqliteStore store(file);
-    const Recovered recovered = recoverMarket(store);
-    EXPECT_EQ(std::to_string(recovered.market.stateHash()) + "\n",
-              test::readFile(test::dataFile("market-v1.hash")));
-    EXPECT_TRUE(recovered.notices.empty());
-    EXPECT_GT(recovered.checkpoint, 0);
-    EXPECT_GT(recovered.lastCommand, recovered.checkpoint);
-    EXPECT_EQ(replayMarket(store).stateHash(), recovered.market.stateHash());
-    const std::string tables = store.describeTables();
-    rebuildTables(store);
-    EXPECT_EQ(store.describeTables(), tables);
 }
 
 /// Writes the store that becomes a new version's fixture; run it by name with the file to write in
