@@ -76,6 +76,8 @@ struct AccountLimits {
     std::int64_t keyLife = 2 * kDay; ///< ms for which the answer of a key is known
     std::size_t keyBound = 500'000; ///< stored ones; the oldest go first
     std::int64_t signInKeyLife = 10 * kMinute; ///< ms for which a sign-in's answer is known
+    int burntAtOnce = 1'000; ///< keys that can be burnt without an account; more are told Busy
+    std::int64_t burntEvery = 10; ///< ms until one more is allowed
     std::size_t keysInMemory = 20'000; ///< answers that are not stored; the oldest go first
     std::size_t waitersOfKey = 16; ///< repetitions that wait for the first answer of their key
 
@@ -270,7 +272,7 @@ public:
     /// The first answer of the key, once it is there; or KeyUnknown, and then the key is burnt: an
     /// action that is still on its way has no effect and is told the same. `account` is that of a
     /// signed-in action and none of the others. KeyDiffers where the key was used for another
-    /// action.
+    /// action; Busy where strangers burn more than the disk should be troubled with.
     void resolve(AccountAction action, ActionKey key, AccountId account, Answered done);
 
     /// The favourites of an account on one market. `page` from 1, `size` 1 to 1000; a page past the

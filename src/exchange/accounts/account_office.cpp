@@ -100,6 +100,7 @@ AccountOffice::AccountOffice(Tools tools, const AccountDeskOptions &options,
       m_signInsOfPhone(m_limits.signInsOfPhone, m_limits.signInOfPhoneEvery,
                        m_limits.throttleBound),
       m_textsOfPeer(m_limits.textsOfPeer, m_limits.textOfPeerEvery, m_limits.throttleBound),
+      m_burnt(m_limits.burntAtOnce, m_limits.burntEvery, 1),
       m_signIns(m_limits.signInKeyLife, m_limits.keysInMemory),
       m_refusals(m_limits.keyLife, m_limits.keysInMemory)
 {
@@ -244,6 +245,13 @@ void AccountOffice::work(ResolveRequest &request, Answered &done)
 {
     if (seen(request.name, request.action, nullptr, done))
         return;
+    // Whoever has no account could otherwise fill the file with keys that nobody made.
+    if (request.name.account == AccountId()) {
+        const SteadyMs now = m_clock.steady();
+        if (m_burnt.wait({}, now) > 0)
+            return reply(AccountStatus::Busy, done);
+        m_burnt.take({}, now);
+    }
     m_file.putAnswer(request.name, {request.action, {}, AccountStatus::KeyUnknown}, m_clock.wall());
     reply(AccountStatus::KeyUnknown, done);
 }

@@ -198,6 +198,7 @@ private:
     Throttle m_signInsOfPeer;
     Throttle m_signInsOfPhone;
     Throttle m_textsOfPeer;
+    Throttle m_burnt; ///< of strangers, all together
     AnswerMemory m_signIns; ///< that succeeded
     AnswerMemory m_refusals;
     std::map<KeyName, UnderWay, KeyOrder> m_underWay;

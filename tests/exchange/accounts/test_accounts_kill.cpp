@@ -28,6 +28,7 @@ struct Acknowledged {
     options.folder = folder;
     options.platform = "lc";
     options.demo = true;
+    options.limits.burntAtOnce = 1'000'000;
     options.passwords = std::make_shared<PasswordPool>(std::make_shared<test::FakeHasher>());
     options.texts = std::make_shared<test::FakeTexts>();
     AccountDesk desk(std::move(options));

@@ -188,6 +188,23 @@ TEST(Keys, AKeyThatIsAskedForBeforeItsActionIsBurnt)
     EXPECT_EQ(bench.registerAccount(phone(2), "correct-1", code).status, AccountStatus::Done);
 }
 
+TEST(Keys, StrangersBurnOnlySoMany)
+{
+    DeskBench bench([](AccountDeskOptions &options) { options.limits.burntAtOnce = 3; });
+    const AccountId account = bench.makeAccount(phone(1));
+    for (int i = 0; i < 3; ++i)
+        ASSERT_EQ(bench.resolve(AccountAction::SignIn, bench.newKey()).status,
+                  AccountStatus::KeyUnknown);
+    const ActionKey key = bench.newKey();
+    const std::uint64_t commits = bench.desk().counters().commits;
+    EXPECT_EQ(bench.resolve(AccountAction::SignIn, key).status, AccountStatus::Busy);
+    EXPECT_EQ(bench.desk().counters().commits, commits);
+    EXPECT_EQ(bench.resolve(AccountAction::AddFavourite, bench.newKey(), account).status,
+              AccountStatus::KeyUnknown);
+    bench.clock->advance(10);
+    EXPECT_EQ(bench.resolve(AccountAction::SignIn, key).status, AccountStatus::KeyUnknown);
+}
+
 TEST(Keys, OfAnAccountAreItsOwn)
 {
     DeskBench bench;
