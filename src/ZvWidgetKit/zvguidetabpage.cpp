@@ -8,6 +8,7 @@
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
 #include <QDebug>
+#include <QEvent>
 #include <QPointer>
 #include <QPushButton>
 #include <QTimer>
@@ -93,6 +94,17 @@ void ZvGuideTabPage::removeItems()
         m_itemsLayout->removeWidget(item);
         delete item;
     }
+}
+
+// The strip is higher than what it shows, and must not stand between the mouse and the rows of the
+// table.
+bool ZvGuideTabPage::event(QEvent *event)
+{
+    const bool isHandled = QWidget::event(event);
+    // A hidden strip is laid out when it is shown.
+    if (event->type() == QEvent::LayoutRequest || event->type() == QEvent::Show)
+        setMask(childrenRegion());
+    return isHandled;
 }
 
 void ZvGuideTabPage::slot_kaiguan_clicked(bool checked)

@@ -11,7 +11,8 @@ class QVBoxLayout;
 class ZvGuideTabItem;
 
 // The strip at the edge of the market table with one button for each trading server, and a switch
-// that shows or hides them. A click moves the whole client to the other server; all buttons are
+// that shows or hides them. The table lies below it, and takes the mouse wherever the strip shows
+// nothing. A click moves the whole client to the other server; all buttons are
 // blocked for a moment then, so that no second change begins while the first is under way.
 class ZvGuideTabPage : public QWidget
 {
@@ -36,6 +37,9 @@ public slots:
     void slot_kaiguan_clicked(bool checked);
     void slot_ServerType_clicked(QString serverPrefix);
     void slot_disable_timeout();
+
+protected:
+    bool event(QEvent *event) override;
 
 private:
     void applyStyle();

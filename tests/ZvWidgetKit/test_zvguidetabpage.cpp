@@ -333,6 +333,53 @@ private slots:
         }
     }
 
+    void tableBelowTakesTheMouseWhereNothingIsShown()
+    {
+        delete m_page.data();
+        QPushButton table(m_window.get()); // stands for what lies below the strip
+        table.resize(m_window->size());
+        table.show();
+        m_page = new ZvGuideTabPage(m_window.get());
+        m_page->show();
+        m_page->setServerList(threeServers());
+        const auto widgetAt = [this](int y) { return m_window->childAt(14, y); };
+        const int switchAt = 15, secondAt = 150, thirdAt = 230, belowAt = 300;
+        QTRY_COMPARE(widgetAt(thirdAt), button(2));
+        QTRY_COMPARE(widgetAt(belowAt), &table);
+        QSignalSpy pressed(&table, &QPushButton::clicked);
+        QTest::mouseClick(m_window->windowHandle(), Qt::LeftButton, Qt::NoModifier,
+                          QPoint(14, belowAt));
+        QTRY_COMPARE(pressed.count(), 1);
+
+        click(switchButton());
+        QTRY_COMPARE(widgetAt(secondAt), &table);
+        QCOMPARE(widgetAt(switchAt), switchButton());
+        click(switchButton());
+        QTRY_COMPARE(widgetAt(secondAt), button(1));
+
+        m_page->setServerList(threeServers().mid(0, 2));
+        QTRY_COMPARE(widgetAt(thirdAt), &table);
+        QCOMPARE(widgetAt(secondAt), button(1));
+        Servers servers = threeServers() + threeServers();
+        m_page->setServerList(servers.mid(0, 4));
+        QTRY_COMPARE(widgetAt(belowAt), button(3));
+        m_page->setServerList({});
+        QTRY_COMPARE(widgetAt(50), &table);
+        QCOMPARE(widgetAt(switchAt), switchButton());
+
+        // A hidden strip that gets a list shows it.
+        for (QWidget *hidden : {static_cast<QWidget *>(m_page), m_window.get()}) {
+            m_page->setServerList({});
+            QTRY_COMPARE(widgetAt(secondAt), &table);
+            hidden->hide();
+            m_page->setServerList(threeServers());
+            QCoreApplication::processEvents();
+            hidden->show();
+            QTRY_COMPARE(widgetAt(secondAt), button(1));
+            QTRY_COMPARE(widgetAt(belowAt), &table);
+        }
+    }
+
     void switchSlotTakesItsArgument()
     {
         m_page->slot_kaiguan_clicked(false);
@@ -505,6 +552,11 @@ private slots:
             QCOMPARE(m_page->getCurrentServer(), gems);
             QVERIFY(button(0)->isEnabled());
         }
+        QVERIFY(!disableTimer()->isSingleShot());
+        m_isTimeStill = false;
+        disableTimer()->setInterval(5);
+        QSignalSpy fired(disableTimer(), &QTimer::timeout);
+        QTRY_VERIFY(fired.count() >= 3);
         // It finds no items, too.
         m_page->setServerList({});
         fire(disableTimer());
@@ -614,9 +666,9 @@ private slots:
     void rebuildBetweenPressAndReleaseLosesTheClick()
     {
         m_page->setServerList(threeServers());
-        QTRY_VERIFY(button(1)->isVisible());
+        const QPoint middle(14, 150);
+        QTRY_COMPARE(m_window->childAt(middle), button(1));
         QWindow *window = m_window->windowHandle();
-        const QPoint middle = button(1)->mapTo(m_window.get(), button(1)->rect().center());
         Record record(m_page);
         QTest::mousePress(window, Qt::LeftButton, Qt::NoModifier, middle);
         QVERIFY(button(1)->isDown());
