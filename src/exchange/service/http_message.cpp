@@ -1,5 +1,6 @@
 #include "exchange/service/http_message.h"
 
+#include "exchange/accounts/secret.h"
 #include "exchange/service/utf8.h"
 
 namespace zvx {
@@ -76,6 +77,24 @@ const std::string *HttpParameters::find(std::string_view name) const
             return &pair.second;
     }
     return nullptr;
+}
+
+HttpParameters &HttpParameters::operator=(HttpParameters &&other) noexcept
+{
+    std::swap(m_pairs, other.m_pairs);
+    return *this;
+}
+
+HttpParameters::~HttpParameters()
+{
+    for (auto &pair : m_pairs)
+        wipe(pair.second.data(), pair.second.size());
+}
+
+HttpRequest::~HttpRequest()
+{
+    wipe(authorization.data(), authorization.size());
+    wipe(body.data(), body.size());
 }
 
 HttpAnswer HttpAnswer::of(int status, std::string text)

@@ -36,10 +36,16 @@ struct HttpFault {
     std::string reason;
 };
 
-/// Decoded `name=value` pairs of an address or of a form body. Names are unique.
+/// Decoded `name=value` pairs of an address or of a form body. Names are unique. The values may be
+/// secrets, and are overwritten when they go.
 class HttpParameters
 {
 public:
+    HttpParameters() = default;
+    HttpParameters(HttpParameters &&other) noexcept = default;
+    HttpParameters &operator=(HttpParameters &&other) noexcept;
+    ~HttpParameters();
+
     /// Reads `application/x-www-form-urlencoded` text. Nothing when a percent sign is not followed
     /// by two hexadecimal digits, when a text is not UTF-8 or holds NUL, when a name is empty or
     /// occurs twice, or when there are more than 64 pairs.
@@ -54,6 +60,12 @@ private:
 };
 
 struct HttpRequest {
+    HttpRequest() = default;
+    HttpRequest(HttpRequest &&other) noexcept = default;
+    HttpRequest &operator=(HttpRequest &&other) = delete;
+    /// Overwrites what may be secret: authorization and body.
+    ~HttpRequest();
+
     std::string method;
     /// The address up to its question mark, not decoded: no path of this service needs escapes.
     std::string path;
@@ -61,6 +73,9 @@ struct HttpRequest {
     std::string authorization;
     std::string contentType;
     std::string body;
+    /// The other side's numeric address without a port; an IPv4 address stands as one whatever the
+    /// socket's family.
+    std::string peer;
 };
 
 /// A piece of an answer's body that several answers may share. Never null.
@@ -72,6 +87,8 @@ struct HttpAnswer {
     std::vector<HttpFragment> body;
     /// Set for 405: the methods that the path takes.
     std::string allow;
+    /// Set for pages that a browser shows: the Content-Security-Policy.
+    std::string contentSecurity;
     /// Ends the connection after this answer.
     bool close = false;
 

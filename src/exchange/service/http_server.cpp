@@ -1,6 +1,7 @@
 // The only source that includes Asio and Beast: they cost more compile time than all the rest.
 #include "exchange/service/http_server.h"
 
+#include "exchange/accounts/secret.h"
 #include "exchange/service/request_head.h"
 
 #include <boost/asio/io_context.hpp>
@@ -57,6 +58,18 @@ const char *reasonOf(int status)
     }
 }
 
+std::string peerOf(const tcp::socket &socket)
+{
+    error_code error;
+    const net::ip::address address = socket.remote_endpoint(error).address();
+    if (error || address.is_v4())
+        return error ? std::string() : address.to_string();
+    const net::ip::address_v6 six = address.to_v6();
+    return six.is_v4_mapped()
+        ? net::ip::make_address_v4(net::ip::v4_mapped, six).to_string()
+        : net::ip::address_v6(six.to_bytes()).to_string(); // without the name of an interface
+}
+
 /// Whether a header block that has not ended yet can never become a right one.
 bool isSpoiled(std::string_view bytes)
 {
@@ -87,6 +100,7 @@ public:
     void noteAnswer(int status) { ++counters.answers[std::clamp(status / 100, 0, 5)]; }
 
     HttpLimits limits;
+    std::optional<HostNames> hosts;
     HttpHandler &handler;
     HttpCounters counters;
     net::io_context context{1};
@@ -108,7 +122,10 @@ public:
 class HttpServer::Impl::Connection : public std::enable_shared_from_this<Connection>
 {
 public:
-    Connection(Impl &server, tcp::socket socket) : m_server(server), m_socket(std::move(socket)) { }
+    Connection(Impl &server, tcp::socket socket)
+        : m_server(server), m_socket(std::move(socket)), m_peer(peerOf(m_socket))
+    {
+    }
 
     void start()
     {
@@ -250,7 +267,10 @@ private:
         if (!m_parser && !readHead())
             return;
         error_code error;
-        const std::size_t used = m_parser->put(m_buffer.data(), error);
+        const net::mutable_buffer bytes = m_buffer.data();
+        const std::size_t used = m_parser->put(bytes, error);
+        // Passwords and tokens came through here.
+        wipe(bytes.data(), used);
         m_buffer.consume(used);
         if (error == http::error::need_more) {
             pump();
@@ -286,6 +306,10 @@ private:
             return false;
         }
         m_head = std::move(std::get<RequestHead>(head));
+        if (m_server.hosts && !m_server.hosts->accept(m_head.host)) {
+            refuse({400, "Host names another machine"});
+            return false;
+        }
         m_parser.emplace();
         m_parser->eager(true);
         m_parser->header_limit(static_cast<std::uint32_t>(m_server.limits.header));
@@ -320,6 +344,9 @@ private:
             + "\r\nCache-Control: no-store\r\nX-Content-Type-Options: nosniff\r\n";
         if (!answer.allow.empty())
             m_headText += "Allow: " + answer.allow + "\r\n";
+        if (!answer.contentSecurity.empty())
+            m_headText += "Content-Security-Policy: " + answer.contentSecurity
+                + "\r\nReferrer-Policy: no-referrer\r\n";
         m_headText += m_closeAfter ? "Connection: close\r\n\r\n" : "Connection: keep-alive\r\n\r\n";
         // A body behind the answer to HEAD would be read as the next answer.
         if (m_head.method != "HEAD")
@@ -376,6 +403,7 @@ private:
 
     Impl &m_server;
     tcp::socket m_socket;
+    const std::string m_peer;
     beast::flat_buffer m_buffer;
     std::optional<Parser> m_parser;
     RequestHead m_head;
@@ -451,6 +479,7 @@ void HttpServer::Impl::Connection::dispatch()
     request.authorization = std::move(m_head.authorization);
     request.contentType = std::move(m_head.contentType);
     request.body = std::move(m_parser->get().body());
+    request.peer = m_peer;
     // An answer that is awaited has its own bound, that of the poll or of the command; the deadline
     // of the connection starts again with the writing.
     m_phase = Phase::Waiting;
@@ -463,7 +492,7 @@ void HttpServer::Impl::Connection::dispatch()
 }
 
 HttpServer::Impl::Impl(const Options &options, HttpHandler &handlerOfAll)
-    : limits(options.limits), handler(handlerOfAll),
+    : limits(options.limits), hosts(options.hosts), handler(handlerOfAll),
       sweepStep(std::clamp(std::min(limits.request, limits.linger) / 4,
                            std::chrono::milliseconds(10), std::chrono::milliseconds(500)))
 {

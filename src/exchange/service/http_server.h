@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exchange/service/host_names.h"
 #include "exchange/service/http_message.h"
 
 #include <atomic>
@@ -7,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace zvx {
@@ -35,6 +37,8 @@ public:
         /// 0 takes a free one.
         std::uint16_t port = 0;
         HttpLimits limits;
+        /// Requests whose Host is none of these are refused; without it any Host will do.
+        std::optional<HostNames> hosts;
     };
 
     /// Takes the address; clients that connect wait until `start`. Throws std::runtime_error with

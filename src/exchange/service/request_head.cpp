@@ -179,6 +179,7 @@ private:
         if (!isHost(value))
             return malformed("Host");
         m_host = true;
+        m_head.host = value;
         return std::nullopt;
     }
 

@@ -14,6 +14,8 @@ struct RequestHead {
     std::string method;
     /// The whole address as it was sent, beginning with a slash.
     std::string target;
+    /// As it was sent, with the port where there was one.
+    std::string host;
     std::string authorization;
     std::string contentType;
     bool keepAlive = true;

@@ -11,13 +11,16 @@
 
 namespace zvxtest {
 
-RawClient::RawClient(std::uint16_t port) : m_file(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+RawClient::RawClient(std::uint16_t port, const char *from)
+    : m_file(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
 {
     sockaddr_in address{};
     address.sin_family = AF_INET;
+    address.sin_addr.s_addr = ::inet_addr(from);
+    const bool bound = ::bind(m_file, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (::connect(m_file, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0) {
+    if (!bound || ::connect(m_file, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0) {
         ::close(m_file);
         throw std::runtime_error("cannot connect");
     }
@@ -48,6 +51,20 @@ void RawClient::send(const std::string &bytes)
 void RawClient::get(const std::string &address)
 {
     send("GET " + address + " HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
+}
+
+void RawClient::get(const std::string &address, const std::string &token)
+{
+    send("GET " + address + " HTTP/1.1\r\nHost: 127.0.0.1\r\nAuthorization: Bearer " + token
+         + "\r\n\r\n");
+}
+
+void RawClient::post(const std::string &address, const std::string &form, const std::string &token)
+{
+    send("POST " + address + " HTTP/1.1\r\nHost: 127.0.0.1\r\n"
+         + (token.empty() ? "" : "Authorization: Bearer " + token + "\r\n")
+         + "Content-Type: application/x-www-form-urlencoded\r\nContent-Length: "
+         + std::to_string(form.size()) + "\r\n\r\n" + form);
 }
 
 void RawClient::endSending()

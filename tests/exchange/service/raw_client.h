@@ -22,8 +22,9 @@ class RawClient
 public:
     using Wait = std::chrono::milliseconds;
 
-    /// Connects to 127.0.0.1. Throws std::runtime_error when nobody listens.
-    explicit RawClient(std::uint16_t port);
+    /// Connects to 127.0.0.1, from there or from another address of 127.0.0.0/8. Throws
+    /// std::runtime_error when nobody listens.
+    explicit RawClient(std::uint16_t port, const char *from = "127.0.0.1");
     ~RawClient();
     RawClient(RawClient &&other) noexcept;
     RawClient(const RawClient &) = delete;
@@ -31,6 +32,10 @@ public:
     void send(const std::string &bytes);
     /// `GET address` with a Host.
     void get(const std::string &address);
+    /// The same with `Authorization: Bearer token`.
+    void get(const std::string &address, const std::string &token);
+    /// `POST address` with a form, and with a token where there is one.
+    void post(const std::string &address, const std::string &form, const std::string &token = {});
     /// Ends the sending side alone.
     void endSending();
     void close();
