@@ -42,7 +42,7 @@ std::variant<ActionForm, HttpAnswer> readActionForm(const HttpRequest &request,
     ActionForm form{std::move(*fields), {}, false};
     ParameterReader read(form.fields);
     if (!read.protocolFits())
-        return read.fault().empty() ? answers.wrongProtocol() : answers.badParameter(read.fault());
+        return answers.misread(read);
     form.resolve = read.integer("resolve", 1, 1).has_value();
     if (!read.fault().empty())
         return answers.badParameter(read.fault());

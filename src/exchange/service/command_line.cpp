@@ -1,7 +1,9 @@
 #include "exchange/service/command_line.h"
 
+#include "exchange/service/host_names.h"
 #include "exchange/service/initials.h"
 #include "exchange/service/lifeline.h"
+#include "exchange/service/outbox_text.h"
 #include "exchange/service/parameters.h"
 #include "exchange/service/service.h"
 #include "exchange/service/service_log.h"
@@ -18,9 +20,12 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace zvx {
@@ -40,8 +45,10 @@ struct Choices {
     std::string state;
     std::string listen = "127.0.0.1:0";
     std::string catalogue;
+    std::vector<std::string> hosts;
     std::uint64_t seed = 1;
     double robots = 6;
+    bool demo = false;
     bool untilStdinCloses = false;
     bool attached = false;
 };
@@ -139,8 +146,35 @@ std::string obey(Service &service, const std::string &command)
     }
 }
 
+/// Passwords and tokens pass through the memory of the service: no core file keeps them, and no
+/// other process of the same user reads them out.
+void keepMemoryPrivate()
+{
+    const rlimit none{0, 0};
+    if (::setrlimit(RLIMIT_CORE, &none) != 0 || ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) != 0)
+        throw std::runtime_error("cannot keep the memory of the service private");
+}
+
+/// What can be seen without touching the folder.
+void checkNames(const Choices &choices, const ServiceOptions &options)
+{
+    for (const std::string &host : choices.hosts) {
+        if (!HostNames::isName(host))
+            throw Unusable("--host takes a name such as exchange.example.org, without a port, not "
+                           + host);
+    }
+    if (choices.demo && !isLoopback(options.address))
+        throw Unusable("--demo makes an account whose password everybody knows, and serves on a "
+                       "loopback address alone, not on "
+                       + options.address);
+}
+
 int serve(const Choices &choices)
 {
+    keepMemoryPrivate();
+    // People's money and phone numbers lie in the files that are made: their owner alone reads
+    // them.
+    ::umask(0077);
     const fs::path folder = choices.state;
     Lifeline::Options life;
     life.folder = folder;
@@ -151,6 +185,9 @@ int serve(const Choices &choices)
     ServiceOptions options;
     options.folder = folder;
     readListen(choices.listen, options);
+    checkNames(choices, options);
+    options.hostNames = choices.hosts;
+    options.demo = choices.demo;
     options.seed = choices.seed;
     options.robotOrdersPerSecond = choices.robots;
     options.limits.connections = raiseFileLimit(options.limits.connections);
@@ -211,12 +248,10 @@ int settle(const Choices &choices)
 int outbox(const Choices &choices)
 {
     needState(choices.state);
-    const fs::path file = fs::path(choices.state) / "outbox.txt";
-    if (fs::exists(file))
-        std::cout << readFile(file, catalogueBound);
-    else
-        std::cout << "no codes have been sent: this release has no accounts that need any"
-                  << std::endl;
+    const std::string text = outboxText(choices.state);
+    std::cout << (text.empty() ? "no text messages have been sent\n" : text) << std::flush;
+    if (!std::cout)
+        throw std::runtime_error("cannot write to the standard output");
     return 0;
 }
 
@@ -255,6 +290,12 @@ void addServe(CLI::App &app, Choices &choices)
         ->type_name("ADDRESS:PORT")
         ->capture_default_str();
     serve
+        ->add_option("--host", choices.hosts,
+                     "Name under which clients ask for the service, beside numeric addresses and "
+                     "localhost; may be given several times")
+        ->type_name("NAME")
+        ->allow_extra_args(false);
+    serve
         ->add_option("--catalogue", choices.catalogue,
                      "Catalogue that a new state folder begins with; later the folder's own "
                      "catalogue.json counts")
@@ -268,6 +309,9 @@ void addServe(CLI::App &app, Choices &choices)
     serve->add_option("--seed", choices.seed, "Where the robots' chance begins")
         ->type_name("N")
         ->capture_default_str();
+    serve->add_flag("--demo", choices.demo,
+                    "Give a new state folder a demo account with money and holdings, phone "
+                    "13800000000, password demo888888; serves on a loopback address alone");
     auto *stdinEnds = serve->add_flag("--until-stdin-closes", choices.untilStdinCloses,
                                       "End when the standard input ends");
     serve
@@ -311,7 +355,9 @@ int runCommandLine(int argc, char **argv)
         "Close the session of every market and open the same date with the next session "
         "number; asks the running service, or does it alone where none runs");
     CLI::App *reading
-        = app.add_subcommand("outbox", "Print the text messages that the service has sent");
+        = app.add_subcommand("outbox",
+                             "Print the text messages with codes that the service has sent, one a "
+                             "line: time, phone, text");
     for (CLI::App *command : {settling, reading})
         command->add_option("--state", choices.state, "State folder")->required()->type_name("DIR");
 

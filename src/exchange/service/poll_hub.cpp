@@ -1,5 +1,11 @@
 #include "exchange/service/poll_hub.h"
 
+#include "exchange/service/session_gate.h"
+
+#include <iterator>
+#include <utility>
+#include <variant>
+
 namespace zvx {
 
 PollHub::PollHub(std::size_t bound, Answer answer, Alarm alarm)
@@ -8,11 +14,15 @@ PollHub::PollHub(std::size_t bound, Answer answer, Alarm alarm)
 }
 
 void PollHub::park(MarketBoard &board, const SyncQuestion &question, HttpResponder responder,
-                   Time until)
+                   Time until, std::optional<PollSession> session)
 {
     const std::uint64_t id = ++m_lastId;
     Room &room = m_rooms[&board];
-    const auto poll = room.polls.emplace(id, Poll{question, std::move(responder), until}).first;
+    if (session)
+        m_ofSession.emplace(SessionKey(session->gate, session->number, id), &board);
+    const auto poll
+        = room.polls.emplace(id, Poll{question, std::move(responder), until, std::move(session)})
+              .first;
     if (question.account)
         room.ofAccount.insert({*question.account, id});
     m_expiries.insert({until, id, &board});
@@ -54,6 +64,27 @@ void PollHub::wake(MarketBoard &board, const std::vector<AccountId> &accounts)
     }
 }
 
+void PollHub::endSessions(const SessionGate &gate, const std::vector<std::int64_t> &numbers)
+{
+    for (const std::int64_t number : numbers) {
+        const SessionKey first(&gate, number, 0);
+        const SessionKey behind(&gate, number + 1, 0);
+        for (auto entry = m_ofSession.lower_bound(first);
+             entry != m_ofSession.end() && entry->first < behind;
+             entry = m_ofSession.lower_bound(first)) {
+            MarketBoard &board = *entry->second;
+            Room &room = m_rooms[&board];
+            Poll told = take(board, room, room.polls.find(std::get<2>(entry->first)));
+            auto asked = gate.ask(told.session->authorization.text());
+            // A gate that still knows the session judges the client's next poll.
+            if (auto *over = std::get_if<HttpAnswer>(&asked))
+                told.responder.answer(std::move(*over));
+            else
+                told.responder.answer(m_answer(board, told.question));
+        }
+    }
+}
+
 void PollHub::expire(Time now)
 {
     m_alarmAt.reset();
@@ -75,9 +106,8 @@ void PollHub::endAll()
 
 PollHub::Polls::iterator PollHub::settle(MarketBoard &board, Room &room, Polls::iterator poll)
 {
-    unlist(board, room, poll->first, poll->second);
-    Poll told = std::move(poll->second);
-    const auto next = room.polls.erase(poll);
+    const auto next = std::next(poll);
+    Poll told = take(board, room, poll);
     told.responder.answer(m_answer(board, told.question));
     return next;
 }
@@ -86,18 +116,22 @@ void PollHub::forget(MarketBoard &board, std::uint64_t id)
 {
     Room &room = m_rooms[&board];
     const auto poll = room.polls.find(id);
-    if (poll == room.polls.end())
-        return;
-    unlist(board, room, id, poll->second);
-    room.polls.erase(poll);
+    if (poll != room.polls.end())
+        take(board, room, poll);
 }
 
-void PollHub::unlist(MarketBoard &board, Room &room, std::uint64_t id, const Poll &poll)
+PollHub::Poll PollHub::take(MarketBoard &board, Room &room, Polls::iterator poll)
 {
-    m_expiries.erase({poll.until, id, &board});
+    const std::uint64_t id = poll->first;
+    Poll taken = std::move(poll->second);
+    room.polls.erase(poll);
+    m_expiries.erase({taken.until, id, &board});
     --m_count;
-    if (poll.question.account)
-        room.ofAccount.erase({*poll.question.account, id});
+    if (taken.question.account)
+        room.ofAccount.erase({*taken.question.account, id});
+    if (taken.session)
+        m_ofSession.erase({taken.session->gate, taken.session->number, id});
+    return taken;
 }
 
 void PollHub::setAlarm()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exchange/accounts/secret.h"
 #include "exchange/service/http_message.h"
 #include "exchange/service/market_board.h"
 
@@ -7,13 +8,24 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <set>
+#include <tuple>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
 namespace zvx {
+
+class SessionGate;
+
+/// The session in whose name a poll waits; the poll ends with it.
+struct PollSession {
+    const SessionGate *gate; ///< of the platform that counts the number
+    std::int64_t number;
+    Secret authorization; ///< what the gate is asked with
+};
 
 /**
  * The polls that wait for a change. A poll costs an entry here and a connection, no thread.
@@ -35,12 +47,14 @@ public:
     std::size_t parked() const { return m_count; }
 
     /// Keeps the poll until `until`, a change of `board`, or its client's leaving. Not when full.
-    void park(MarketBoard &board, const SyncQuestion &question, HttpResponder responder,
-              Time until);
+    void park(MarketBoard &board, const SyncQuestion &question, HttpResponder responder, Time until,
+              std::optional<PollSession> session = {});
     /// Answers the board's polls for which something differs now.
     void wake(MarketBoard &board);
     /// The same among the polls of these accounts alone.
     void wake(MarketBoard &board, const std::vector<AccountId> &accounts);
+    /// Answers the polls of sessions that ended with what their gate says of them.
+    void endSessions(const SessionGate &gate, const std::vector<std::int64_t> &numbers);
     /// Answers the polls whose time has passed.
     void expire(Time now);
     /// Answers all of them as they stand.
@@ -51,6 +65,7 @@ private:
         SyncQuestion question;
         HttpResponder responder;
         Time until;
+        std::optional<PollSession> session;
     };
     using Polls = std::unordered_map<std::uint64_t, Poll>;
     /// What waits for one board.
@@ -68,8 +83,12 @@ private:
         }
     };
 
+    /// A session's number and a poll's id.
+    using SessionKey = std::tuple<const SessionGate *, std::int64_t, std::uint64_t>;
+
     Polls::iterator settle(MarketBoard &board, Room &room, Polls::iterator poll);
-    void unlist(MarketBoard &board, Room &room, std::uint64_t id, const Poll &poll);
+    /// Takes a poll out of everything that names it.
+    Poll take(MarketBoard &board, Room &room, Polls::iterator poll);
     void forget(MarketBoard &board, std::uint64_t id);
     void setAlarm();
 
@@ -77,6 +96,7 @@ private:
     Answer m_answer;
     Alarm m_alarm;
     std::unordered_map<MarketBoard *, Room> m_rooms;
+    std::map<SessionKey, MarketBoard *> m_ofSession;
     std::set<Expiry> m_expiries;
     std::optional<Time> m_alarmAt;
     std::size_t m_count = 0;

@@ -1,5 +1,9 @@
 #include "exchange/service/service.h"
 
+#include "exchange/accounts/account_desk.h"
+#include "exchange/accounts/password_pool.h"
+#include "exchange/service/account_paths.h"
+#include "exchange/service/demo_gifts.h"
 #include "exchange/service/http_server.h"
 #include "exchange/service/initials.h"
 #include "exchange/service/json_text.h"
@@ -7,6 +11,7 @@
 #include "exchange/service/message_file.h"
 #include "exchange/service/metrics_text.h"
 #include "exchange/service/parameters.h"
+#include "exchange/service/platform_pages.h"
 #include "exchange/service/poll_hub.h"
 #include "exchange/service/protocol.h"
 #include "exchange/service/refusal_log.h"
@@ -40,6 +45,49 @@ HttpFragment fragment(std::string text)
     return std::make_shared<const std::string>(std::move(text));
 }
 
+/// The accounts of one platform, and who asks for them.
+struct AccountRoom {
+    AccountRoom(AccountDeskOptions options, const WireAnswers &answers)
+        : desk(std::move(options)),
+          gate([this](std::string_view token) { return desk.session(token); }, answers),
+          paths(desk, gate, answers)
+    {
+    }
+
+    AccountDesk desk;
+    SessionGate gate;
+    AccountPaths paths;
+};
+
+/// What a platform has outside of its markets.
+struct PlatformRoom {
+    explicit PlatformRoom(const Platform &platform)
+        : board(std::make_shared<PlatformBoard>()), pages(platform.name)
+    {
+    }
+
+    std::shared_ptr<PlatformBoard> board;
+    PlatformPages pages;
+};
+
+void addAccounts(MetricsText &text, const std::string &platform, const AccountDesk &desk)
+{
+    const auto add = [&](std::string_view name, std::uint64_t value) {
+        text.add(name, value, "platform", platform);
+    };
+    const AccountCounters &counters = desk.counters();
+    add("zvexchange_account_requests_total", counters.requests);
+    add("zvexchange_account_requests_turned_away_total", counters.turnedAway);
+    add("zvexchange_account_commits_total", counters.commits);
+    add("zvexchange_account_queue_depth", desk.waiting());
+    add("zvexchange_sign_ins_total", counters.signIns);
+    add("zvexchange_wrong_passwords_total", counters.wrongPasswords);
+    add("zvexchange_wrong_codes_total", counters.wrongCodes);
+    add("zvexchange_limited_requests_total", counters.refusedByLimit);
+    add("zvexchange_text_messages_total", counters.texts);
+    add("zvexchange_text_messages_failed_total", counters.textsFailed);
+}
+
 } // namespace
 
 class Service::Impl : public HttpHandler
@@ -61,15 +109,17 @@ private:
     /// One market with its answers. Stays where it is: polls hold its board's address.
     struct Place {
         MarketServer *market = nullptr;
-        /// Of the platform; null where it has no accounts.
-        const SessionGate *gate = nullptr;
+        AccountRoom *accounts = nullptr; ///< of the platform
         std::unique_ptr<MarketBoard> board;
         std::atomic<bool> stale{false};
         ChangedAccounts changed;
     };
 
     void openExchange();
+    void openAccounts();
+    void giveToDemo();
     void makeBoards();
+    void failed(const std::string &reason);
     void published(const MarketServer &market);
     void refresh(Place &place);
     void accountsChanged(const MarketServer &market, const std::vector<AccountId> &accounts);
@@ -78,12 +128,12 @@ private:
     Place *placeOf(std::string_view path, std::string_view &rest);
 
     HttpAnswer answerRoot(const HttpRequest &request);
-    HttpAnswer answerPlatform(const std::string &id, std::string_view rest,
+    HttpAnswer answerPlatform(std::string_view id, std::string_view rest,
                               const HttpRequest &request);
     HttpAnswer query(Place &place, PathKind kind, const HttpParameters &parameters);
     HttpAnswer queryOfCollection(Place &place, PathKind kind, ParameterReader &read);
-    void trade(PathCall call, const SessionGate *gate);
-    void sync(Place &place, const HttpParameters &parameters, HttpResponder responder);
+    void trade(PathCall call, const SessionGate &gate);
+    void sync(Place &place, const HttpRequest &request, HttpResponder responder);
     HttpAnswer syncAnswer(MarketBoard &board, const SyncQuestion &question) const;
     HttpAnswer update() const;
     std::string metrics() const;
@@ -97,7 +147,8 @@ private:
     std::unique_ptr<TradingPaths> m_trading;
     MessageFile m_messages;
     BuildCounters m_builds{};
-    std::map<std::string, std::shared_ptr<PlatformBoard>> m_platforms;
+    std::optional<DemoGifts> m_demo;
+    std::map<std::string, PlatformRoom, std::less<>> m_platforms;
     std::map<std::string, Place, std::less<>> m_places;
     std::unique_ptr<PollHub> m_polls;
     std::atomic<bool> m_serving{false};
@@ -106,6 +157,7 @@ private:
     bool m_stopped = false;
     // Each of these has threads that use what stands above them.
     std::unique_ptr<HttpServer> m_server;
+    std::map<std::string, std::unique_ptr<AccountRoom>> m_accounts; ///< by platform
     std::unique_ptr<Exchange> m_exchange;
     std::unique_ptr<Robots> m_robots;
 };
@@ -118,6 +170,7 @@ Service::Impl::Impl(ServiceOptions options, ServiceLog &log)
     listen.address = m_options.address;
     listen.port = m_options.port;
     listen.limits = m_options.limits;
+    listen.hosts = HostNames(m_options.hostNames);
     m_server = std::make_unique<HttpServer>(listen, *this);
     openExchange();
     const SystemClock clock;
@@ -125,6 +178,8 @@ Service::Impl::Impl(ServiceOptions options, ServiceLog &log)
         = std::make_unique<Envelope>(m_exchange->boot(), [clock] { return clock.wall().value(); });
     m_answers = std::make_unique<WireAnswers>(*m_envelope);
     m_trading = std::make_unique<TradingPaths>(*m_answers);
+    openAccounts();
+    giveToDemo();
     makeBoards();
 
     m_polls = std::make_unique<PollHub>(
@@ -137,20 +192,23 @@ Service::Impl::Impl(ServiceOptions options, ServiceLog &log)
         });
     m_exchange->announcePort(m_server->port());
     m_serving = true;
-    m_server->start();
+    m_robots
+        = std::make_unique<Robots>(*m_exchange, m_options.seed, m_options.robotOrdersPerSecond);
     m_server->post([this] {
         for (auto &[prefix, place] : m_places)
             refresh(place);
         lookAtMessages();
     });
-    m_robots
-        = std::make_unique<Robots>(*m_exchange, m_options.seed, m_options.robotOrdersPerSecond);
+    m_server->start();
     m_log.info("serving address=" + m_options.address + " port=" + std::to_string(m_server->port())
                + " boot=" + m_exchange->boot() + " markets=" + std::to_string(m_places.size()));
 }
 
 void Service::Impl::openExchange()
 {
+    m_demo.emplace(m_options.folder);
+    if (m_options.demo)
+        m_demo->markNewFolder();
     m_initials = std::make_unique<Initials>();
     ExchangeOptions options;
     options.folder = m_options.folder;
@@ -163,14 +221,62 @@ void Service::Impl::openExchange()
         = [this](const MarketServer &market, const std::vector<AccountId> &accounts) {
               accountsChanged(market, accounts);
           };
-    options.fatal = [this](const std::string &reason) {
-        m_failed = true;
-        m_log.error("market failed: " + reason);
-        if (m_options.fatal)
-            m_options.fatal(reason);
-    };
+    options.fatal = [this](const std::string &reason) { failed("market failed: " + reason); };
     options.notice = [this](const std::string &line) { m_log.info(line); };
     m_exchange = std::make_unique<Exchange>(std::move(options));
+}
+
+void Service::Impl::failed(const std::string &reason)
+{
+    m_failed = true;
+    m_log.error(reason);
+    if (m_options.fatal)
+        m_options.fatal(reason);
+}
+
+void Service::Impl::openAccounts()
+{
+    const auto passwords = std::make_shared<PasswordPool>(m_options.passwordHasher);
+    for (const Platform &platform : m_exchange->platforms()) {
+        std::unique_ptr<AccountRoom> &room = m_accounts[platform.id];
+        AccountDeskOptions options;
+        options.folder = m_options.folder;
+        options.platform = platform.id;
+        options.platformName = platform.name;
+        options.demo = m_options.demo && m_demo->isMarked();
+        options.passwords = passwords;
+        options.limits = m_options.accountLimits;
+        options.sessionsEnded = [this, &room](const std::vector<std::int64_t> &sessions) {
+            m_server->post([this, &room, sessions] { m_polls->endSessions(room->gate, sessions); });
+        };
+        options.fatal = [this, id = platform.id](const std::string &reason) {
+            failed("accounts of " + id + " failed: " + reason);
+        };
+        options.notice
+            = [this, id = platform.id](const std::string &line) { m_log.info(id + ": " + line); };
+        room = std::make_unique<AccountRoom>(std::move(options), *m_answers);
+    }
+}
+
+void Service::Impl::giveToDemo()
+{
+    bool hasDemo = false;
+    for (const auto &[id, room] : m_accounts)
+        hasDemo = hasDemo || room->desk.isDemo();
+    if (hasDemo && !isLoopback(m_options.address))
+        throw std::runtime_error("the folder holds a demo account, whose password everybody knows, "
+                                 "and is not served on "
+                                 + m_options.address + ", only on a loopback address");
+    if (!m_options.demo)
+        return;
+    if (!m_demo->isMarked())
+        m_log.info("--demo changes nothing: the state folder was not made with it");
+    m_demo->give(
+        *m_exchange,
+        [this](const MarketServer &market) {
+            return m_accounts[market.platform()]->desk.demoAccount();
+        },
+        [this](const std::string &line) { m_log.info(line); });
 }
 
 void Service::Impl::makeBoards()
@@ -180,20 +286,20 @@ void Service::Impl::makeBoards()
     if (!fault.empty())
         m_log.warn(fault);
     for (const Platform &platform : m_exchange->platforms()) {
-        auto board = std::make_shared<PlatformBoard>();
+        PlatformRoom &room = m_platforms.try_emplace(platform.id, platform).first->second;
         JsonText servers;
         servers.open('{').key("servers").open('[');
         for (const MarketServer *market : platform.markets) {
             servers.open('{').key("name").text(market->name());
             servers.key("prefix").text(market->prefix()).close('}');
         }
-        PlatformBoard::put(board->market, servers.close(']').close('}').take());
-        PlatformBoard::put(board->message, m_messages.dataOf(platform.id, platform.name));
-        m_platforms.emplace(platform.id, board);
+        PlatformBoard::put(room.board->market, servers.close(']').close('}').take());
+        PlatformBoard::put(room.board->message, m_messages.dataOf(platform.id, platform.name));
         for (MarketServer *market : platform.markets) {
             Place &place = m_places[market->prefix()];
             place.market = market;
-            place.board = std::make_unique<MarketBoard>(board, m_builds);
+            place.accounts = m_accounts[platform.id].get();
+            place.board = std::make_unique<MarketBoard>(room.board, m_builds);
             place.board->publish(market->snapshot());
         }
     }
@@ -250,7 +356,7 @@ void Service::Impl::lookAtMessages()
         m_log.warn(fault);
     if (changed) {
         for (const Platform &platform : m_exchange->platforms())
-            PlatformBoard::put(m_platforms[platform.id]->message,
+            PlatformBoard::put(m_platforms.at(platform.id).board->message,
                                m_messages.dataOf(platform.id, platform.name));
         for (auto &[prefix, place] : m_places)
             m_polls->wake(*place.board);
@@ -286,8 +392,8 @@ void Service::Impl::handle(HttpRequest request, HttpResponder responder)
         if (second == std::string_view::npos)
             responder.answer(answerRoot(request));
         else
-            responder.answer(answerPlatform(std::string(path.substr(1, second - 1)),
-                                            path.substr(second + 1), request));
+            responder.answer(
+                answerPlatform(path.substr(1, second - 1), path.substr(second + 1), request));
         return;
     }
     const PathEntry *entry = findPath(rest);
@@ -301,29 +407,26 @@ void Service::Impl::handle(HttpRequest request, HttpResponder responder)
     }
     switch (roomOf(entry->kind)) {
     case PathRoom::Accounts:
-        responder.answer(m_answers->unserved());
-        return;
+        place->accounts->paths.handle(
+            {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)});
+        break;
     case PathRoom::Trading:
         trade(
             {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)},
-            place->gate);
-        return;
+            place->accounts->gate);
+        break;
     case PathRoom::Market:
+        if (entry->kind == PathKind::Sync)
+            sync(*place, request, std::move(responder));
+        else
+            responder.answer(query(*place, entry->kind, request.query));
         break;
     }
-    if (entry->kind == PathKind::Sync)
-        sync(*place, request.query, std::move(responder));
-    else
-        responder.answer(query(*place, entry->kind, request.query));
 }
 
-void Service::Impl::trade(PathCall call, const SessionGate *gate)
+void Service::Impl::trade(PathCall call, const SessionGate &gate)
 {
-    if (!gate) {
-        call.responder.answer(m_answers->unserved());
-        return;
-    }
-    auto asked = gate->ask(call.request);
+    auto asked = gate.ask(call.request);
     if (auto *refusal = std::get_if<HttpAnswer>(&asked))
         call.responder.answer(std::move(*refusal));
     else
@@ -344,22 +447,27 @@ HttpAnswer Service::Impl::answerRoot(const HttpRequest &request)
     return answer;
 }
 
-HttpAnswer Service::Impl::answerPlatform(const std::string &id, std::string_view rest,
+HttpAnswer Service::Impl::answerPlatform(std::string_view id, std::string_view rest,
                                          const HttpRequest &request)
 {
     const auto platform = m_platforms.find(id);
+    if (platform == m_platforms.end())
+        return m_answers->notFound();
+    const PlatformRoom &room = platform->second;
+    auto page = room.pages.page(rest);
     const bool isUpdate = rest == "update.html";
-    if (platform == m_platforms.end() || (!isUpdate && rest != "market.html"))
+    if (!page && !isUpdate && rest != "market.html")
         return m_answers->notFound();
     if (request.method != "GET")
         return m_answers->wrongMethod("GET");
+    if (page)
+        return std::move(*page);
     if (isUpdate)
         return update();
     ParameterReader read(request.query);
     if (!read.protocolFits())
-        return read.fault().empty() ? m_answers->wrongProtocol()
-                                    : m_answers->badParameter(read.fault());
-    return m_answers->done(platform->second->market.text);
+        return m_answers->misread(read);
+    return m_answers->done(room.board->market.text);
 }
 
 HttpAnswer Service::Impl::query(Place &place, PathKind kind, const HttpParameters &parameters)
@@ -371,8 +479,7 @@ HttpAnswer Service::Impl::query(Place &place, PathKind kind, const HttpParameter
         return m_answers->unserved();
     ParameterReader read(parameters);
     if (!read.protocolFits())
-        return read.fault().empty() ? m_answers->wrongProtocol()
-                                    : m_answers->badParameter(read.fault());
+        return m_answers->misread(read);
     switch (kind) {
     case PathKind::Market:
         return m_answers->done(place.board->whole(Topic::Market));
@@ -408,7 +515,7 @@ HttpAnswer Service::Impl::queryOfCollection(Place &place, PathKind kind, Paramet
         return m_answers->badParameter("collection");
     const auto row = place.board->rowOf(*collection);
     if (!row)
-        return m_envelope->refusal(WireStatus::NotFound, "没有这个藏品。");
+        return m_answers->unknownCollection();
     const Topic topic = kind == PathKind::Item ? Topic::Item
         : kind == PathKind::Trade              ? Topic::Trade
                                                : Topic::Latest;
@@ -416,16 +523,27 @@ HttpAnswer Service::Impl::queryOfCollection(Place &place, PathKind kind, Paramet
         topic, *row, static_cast<std::size_t>(limit.value_or(usualDeals))));
 }
 
-void Service::Impl::sync(Place &place, const HttpParameters &parameters, HttpResponder responder)
+void Service::Impl::sync(Place &place, const HttpRequest &request, HttpResponder responder)
 {
-    ParameterReader read(parameters);
+    ParameterReader read(request.query);
     if (!read.protocolFits(ParameterReader::Required)) {
-        responder.answer(read.fault().empty() ? m_answers->wrongProtocol()
-                                              : m_answers->badParameter(read.fault()));
+        responder.answer(m_answers->misread(read));
         return;
     }
     SyncQuestion question;
-    const std::string *boot = parameters.find("boot");
+    std::optional<PollSession> session;
+    if (!request.authorization.empty()) {
+        const SessionGate &gate = place.accounts->gate;
+        auto asked = gate.ask(request);
+        if (auto *over = std::get_if<HttpAnswer>(&asked)) {
+            responder.answer(std::move(*over));
+            return;
+        }
+        const SignedIn &who = std::get<SignedIn>(asked);
+        question.account = who.account;
+        session = PollSession{&gate, who.session, Secret(request.authorization)};
+    }
+    const std::string *boot = request.query.find("boot");
     const bool comparable = !boot || *boot == m_envelope->boot();
     for (std::size_t i = 0; i < topicCount; ++i) {
         const auto held = read.integer(topicName(static_cast<Topic>(i)), 0, INT64_MAX);
@@ -450,7 +568,7 @@ void Service::Impl::sync(Place &place, const HttpParameters &parameters, HttpRes
         responder.answer(m_answers->busy());
     } else {
         m_polls->park(*place.board, question, std::move(responder),
-                      Steady::now() + std::chrono::milliseconds(wait));
+                      Steady::now() + std::chrono::milliseconds(wait), std::move(session));
     }
 }
 
@@ -504,6 +622,8 @@ std::string Service::Impl::metrics() const
         text.add("zvexchange_builds_total", m_builds[i], "topic",
                  std::string(topicName(static_cast<Topic>(i))));
     text.add("zvexchange_robot_orders_total", m_robots ? m_robots->orders() : 0);
+    for (const auto &[id, room] : m_accounts)
+        addAccounts(text, id, room->desk);
     for (const auto &[prefix, place] : m_places) {
         const WriterCounters &writer = place.market->writer().counters();
         text.add("zvexchange_commands_total", writer.commands, "market", prefix);
@@ -537,6 +657,8 @@ void Service::Impl::stop()
         });
         m_server->stop();
     }
+    for (const auto &[id, room] : m_accounts)
+        room->desk.stop();
     if (m_exchange) {
         m_exchange->stop();
         m_log.info("stopped");

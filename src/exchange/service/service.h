@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exchange/accounts/account_desk.h"
 #include "exchange/service/http_message.h"
 
 #include <chrono>
@@ -9,9 +10,11 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace zvx {
 
+class PasswordHasher;
 class ServiceLog;
 
 struct ServiceOptions {
@@ -24,6 +27,13 @@ struct ServiceOptions {
     /// Orders a second of the robots of each market; 0 lets nobody but people trade.
     double robotOrdersPerSecond = 6;
     HttpLimits limits;
+    /// Names under which clients may ask for the service, beside numeric addresses and localhost.
+    std::vector<std::string> hostNames;
+    AccountLimits accountLimits;
+    /// Null for the usual one, whose cost is meant to be felt.
+    std::shared_ptr<PasswordHasher> passwordHasher;
+    /// A folder without an exchange gets a demo account with money and holdings.
+    bool demo = false;
     /// Polls that may wait for a change at once; one more is told to come back.
     std::size_t parkedPolls = 4000;
     /// How often the announcements' file is looked at.

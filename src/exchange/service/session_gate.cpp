@@ -31,17 +31,17 @@ SessionGate::SessionGate(Lookup lookup, const WireAnswers &answers)
 
 std::variant<SignedIn, HttpAnswer> SessionGate::ask(const HttpRequest &request) const
 {
-    const std::string_view token = tokenOf(request.authorization);
+    return ask(request.authorization);
+}
+
+std::variant<SignedIn, HttpAnswer> SessionGate::ask(std::string_view authorization) const
+{
+    const std::string_view token = tokenOf(authorization);
     const SessionState state = token.empty() ? SessionState() : m_lookup(token);
     if (state.kind == SessionState::Live)
         return SignedIn{state.account, state.session};
-    return over(state.kind);
-}
-
-HttpAnswer SessionGate::over(SessionState::Kind kind) const
-{
-    return kind == SessionState::Elsewhere ? m_answers.signedInElsewhere()
-                                           : m_answers.signInNeeded();
+    return state.kind == SessionState::Elsewhere ? m_answers.signedInElsewhere()
+                                                 : m_answers.signInNeeded();
 }
 
 } // namespace zvx

@@ -35,9 +35,8 @@ public:
 
     /// The live session of the request, or the answer `session` or `elsewhere`.
     std::variant<SignedIn, HttpAnswer> ask(const HttpRequest &request) const;
-
-    /// The answer to a request whose session is over.
-    HttpAnswer over(SessionState::Kind kind) const;
+    /// The same for the value of an Authorization header.
+    std::variant<SignedIn, HttpAnswer> ask(std::string_view authorization) const;
 
 private:
     Lookup m_lookup;

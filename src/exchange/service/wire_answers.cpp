@@ -1,5 +1,7 @@
 #include "exchange/service/wire_answers.h"
 
+#include "exchange/service/parameters.h"
+
 namespace zvx {
 
 WireAnswers::WireAnswers(const Envelope &envelope) : m_envelope(envelope) { }
@@ -28,7 +30,12 @@ HttpAnswer WireAnswers::refused(std::string_view reason, std::string_view messag
 HttpAnswer WireAnswers::badParameter(std::string_view name) const
 {
     return m_envelope.refusal(WireStatus::BadRequest,
-                              std::string("参数 ").append(name).append(" 不正确。"));
+                              std::string("参数 ").append(name).append(" 不正确。"), name);
+}
+
+HttpAnswer WireAnswers::misread(const ParameterReader &read) const
+{
+    return read.fault().empty() ? wrongProtocol() : badParameter(read.fault());
 }
 
 HttpAnswer WireAnswers::wrongProtocol() const
@@ -39,6 +46,11 @@ HttpAnswer WireAnswers::wrongProtocol() const
 HttpAnswer WireAnswers::notFound() const
 {
     return m_envelope.refusal(WireStatus::NotFound, "没有这个地址。");
+}
+
+HttpAnswer WireAnswers::unknownCollection() const
+{
+    return m_envelope.refusal(WireStatus::NotFound, "没有这个藏品。");
 }
 
 HttpAnswer WireAnswers::wrongMethod(std::string_view allowed) const

@@ -8,6 +8,8 @@
 
 namespace zvx {
 
+class ParameterReader;
+
 /// What any path may have to answer, in the service's own words. From any thread.
 class WireAnswers
 {
@@ -25,8 +27,11 @@ public:
     HttpAnswer refused(std::string_view reason, std::string_view message) const;
 
     HttpAnswer badParameter(std::string_view name) const;
+    /// To a request whose reading stopped: at a wrong parameter, or at another protocol.
+    HttpAnswer misread(const ParameterReader &read) const;
     HttpAnswer wrongProtocol() const;
     HttpAnswer notFound() const;
+    HttpAnswer unknownCollection() const;
     HttpAnswer wrongMethod(std::string_view allowed) const;
     HttpAnswer signInNeeded() const;
     HttpAnswer signedInElsewhere() const;

@@ -1,3 +1,4 @@
+#include "exchange/accounts/password_hasher.h"
 #include "exchange/service/protocol.h"
 #include "exchange/service/service.h"
 #include "exchange/service/service_log.h"
@@ -37,6 +38,7 @@ protected:
         options.folder = folder.path();
         options.firstCatalogue = text.str();
         options.robotOrdersPerSecond = 0;
+        options.passwordHasher = std::make_shared<ArgonHasher>(ArgonCost::least());
     }
 
     void begin() { service = std::make_unique<Service>(options, log); }
@@ -61,7 +63,8 @@ TEST_F(ContractTest, UnservedPathsLookAtNoParameter)
             continue;
         RawClient client(service->port());
         const std::string request = std::string(entry.method) + ' ' + prefix
-            + std::string(entry.path) + "?protocol=99&collection=x&page=-1 HTTP/1.1\r\nHost: h\r\n";
+            + std::string(entry.path)
+            + "?protocol=99&collection=x&page=-1 HTTP/1.1\r\nHost: localhost\r\n";
         client.send(request
                     + (entry.method == "POST" ? "Content-Length: 7\r\n\r\nkey=bad" : "\r\n"));
         const auto answer = client.answer();
@@ -131,12 +134,12 @@ TEST_F(ContractTest, SecretsNeverReachTheLog)
     ServiceLog file(folder.path());
     Service serving(options, file);
     for (const char *request :
-         {"POST /lc/youbika/login.html HTTP/1.1\r\nHost: h\r\nContent-Length: 22\r\n\r\n"
+         {"POST /lc/youbika/login.html HTTP/1.1\r\nHost: localhost\r\nContent-Length: 22\r\n\r\n"
           "password=tiger-in-body",
-          "GET /lc/youbika/cap.html?token=tiger-in-address HTTP/1.1\r\nHost: h\r\n\r\n",
-          "GET /lc/youbika/cap.html HTTP/1.1\r\nHost: h\r\nAuthorization: Bearer tiger\r\n"
+          "GET /lc/youbika/cap.html?token=tiger-in-address HTTP/1.1\r\nHost: localhost\r\n\r\n",
+          "GET /lc/youbika/cap.html HTTP/1.1\r\nHost: localhost\r\nAuthorization: Bearer tiger\r\n"
           "Authorization: Bearer tiger\r\n\r\n",
-          "GET /tiger#tiger HTTP/1.1\r\nHost: h\r\n\r\n"}) {
+          "GET /tiger#tiger HTTP/1.1\r\nHost: localhost\r\n\r\n"}) {
         RawClient client(serving.port());
         client.send(request);
         EXPECT_TRUE(client.answer());
