@@ -54,7 +54,7 @@ void ZvAccountQuestion::takeOutcome(const ZvOutcome &outcome)
     if (!m_isLogged && !reason.isEmpty())
         qCInfo(zvNetworkLog).noquote() << m_path << "cannot be served:" << reason;
     m_isLogged = true;
-    if (m_link->isSignedIn())
+    if (m_link->followsAccount())
         m_retry.later();
     else
         m_isAwaited = false;

@@ -31,7 +31,7 @@ ZvAccountWatch::ZvAccountWatch(ZvExchangeLink *link)
 
 void ZvAccountWatch::renew()
 {
-    if (!m_link->isSignedIn() || m_link->prefix().isEmpty())
+    if (!m_link->followsAccount())
         return;
     for (ZvAccountQuestion *question : {&m_account, &m_cap}) {
         if (!question->isOpen())
@@ -46,13 +46,13 @@ void ZvAccountWatch::askCap()
 
 bool ZvAccountWatch::isWatched() const
 {
-    return m_link->isSignedIn() && !m_cap.isOpen() && !m_isDue;
+    return m_link->followsAccount() && !m_cap.isOpen() && !m_isDue;
 }
 
 bool ZvAccountWatch::takePoll(const ZvTopicPart<ZvUBCapInfo> &entry)
 {
     const bool isNews = entry.gap || entry.data;
-    if (!isNews || !m_link->isSignedIn())
+    if (!isNews || !m_link->followsAccount())
         return false;
     followPoll();
     return true;
@@ -100,7 +100,7 @@ void ZvAccountWatch::takeCap(const ZvReply &reply, bool isAwaited)
         return;
     m_boot = reply.envelope.boot;
     m_version = reply.cap->version;
-    if (m_link->isSignedIn()) {
+    if (m_link->followsAccount()) {
         m_gather.ask(isAwaited);
         emit versionChanged();
     }

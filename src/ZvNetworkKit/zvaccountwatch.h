@@ -22,7 +22,7 @@ public:
     explicit ZvAccountWatch(ZvExchangeLink *link);
 
     // Asks for everything that is not being asked for; signals follow whether or not the content
-    // differs. Nothing without a sign-in.
+    // differs. Nothing without a sign-in or before the start.
     void renew();
 
     // Asks for money and holdings as a page wants them, signed in or not.

@@ -69,6 +69,9 @@ public:
     // Whether the engine runs for a user; one is signed in while there is a token as well.
     void setLogged(bool logged);
     bool isSignedIn() const { return m_isLogged && !m_token.isEmpty(); }
+
+    // Whether the kit asks about the account by itself: for a user, at a server, while it polls.
+    bool followsAccount() const { return m_started && isSignedIn() && !m_prefix.isEmpty(); }
     ZvGeneration generation() const { return m_generation; }
 
     // A request for `path` on the current server, with protocol number, token and generation.

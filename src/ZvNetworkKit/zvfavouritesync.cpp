@@ -34,7 +34,7 @@ void ZvFavouriteSync::restart()
 
 void ZvFavouriteSync::ask()
 {
-    if (m_isOpen || !m_link->isSignedIn() || m_link->prefix().isEmpty())
+    if (m_isOpen || !m_link->followsAccount())
         return;
     m_isOpen = true;
     ZvAction question;
@@ -49,12 +49,12 @@ void ZvFavouriteSync::ask()
         m_retry.reset();
         ZvServerCache *cache = ZvServerCache::getZvServerCacheInstance();
         const QString server = m_link->prefix();
-        if (m_link->isSignedIn() && *reply.favourites != cache->getMarketListOption(server))
+        if (m_link->followsAccount() && *reply.favourites != cache->getMarketListOption(server))
             cache->setMarketListOption(*reply.favourites, server);
     };
     question.fail = [this](const QString &message) {
         m_isOpen = false;
-        if (!m_link->isSignedIn())
+        if (!m_link->followsAccount())
             return;
         if (!m_isLogged)
             qCInfo(zvNetworkLog).noquote() << "The favourites cannot be asked for:" << message;

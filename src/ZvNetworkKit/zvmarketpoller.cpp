@@ -311,23 +311,28 @@ void ZvMarketPoller::sendPoll()
     task.shape = ZvDecodeTask::Poll;
     m_poll = m_link->ask(
         request, ZvExchangeLink::DiesWithServer, this,
-        [this, request, collection = m_collection, limit = m_dealLimit](const ZvOutcome &outcome) {
-            takePoll(outcome, request, collection == m_collection && limit == m_dealLimit);
+        [this, hadToken = !request.token.isEmpty(), collection = m_collection,
+         limit = m_dealLimit](const ZvOutcome &outcome) {
+            if (hadToken && outcome.isReadable() && outcome.reply.envelope.isOfSession())
+                takeEndOfSession();
+            else
+                takePoll(outcome, collection == m_collection && limit == m_dealLimit);
         },
         task);
 }
 
-void ZvMarketPoller::takePoll(const ZvOutcome &outcome, const ZvRequest &poll,
-                              bool isOfThisCollection)
+// A word about the session that the poll named, and none about the market.
+void ZvMarketPoller::takeEndOfSession()
+{
+    m_poll = 0;
+    schedule();
+}
+
+void ZvMarketPoller::takePoll(const ZvOutcome &outcome, bool isOfThisCollection)
 {
     m_poll = 0;
     if (!m_link->isStarted())
         return;
-    if (outcome.isReadable() && outcome.reply.envelope.isOfSession() && !poll.token.isEmpty()) {
-        // A word about the session that the poll named, and none about the market.
-        schedule();
-        return;
-    }
     if (!outcome.isOk()) {
         retryPoll(outcome.reason());
         return;
@@ -342,8 +347,7 @@ void ZvMarketPoller::takePoll(const ZvOutcome &outcome, const ZvRequest &poll,
     take(outcome.reply);
     if (isOfThisCollection)
         takeCollection(outcome.reply);
-    const bool isOfThisSession = poll.generation.session == m_link->generation().session;
-    if (isOfThisSession && outcome.reply.cap && m_account->takePoll(*outcome.reply.cap))
+    if (outcome.reply.cap && m_account->takePoll(*outcome.reply.cap))
         m_hasProgress = true;
     if (m_hasProgress || !wasHeldBack || m_isScheduled) {
         schedule();

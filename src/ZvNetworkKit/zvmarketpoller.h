@@ -83,7 +83,8 @@ private:
 
     void schedule();
     void sendPoll();
-    void takePoll(const ZvOutcome &outcome, const ZvRequest &poll, bool isOfThisCollection);
+    void takeEndOfSession();
+    void takePoll(const ZvOutcome &outcome, bool isOfThisCollection);
     void retryPoll(const QString &reason);
     qint64 pause();
     void forgetCollection(std::initializer_list<Topic> topics);

@@ -581,9 +581,14 @@ void AccountTest::stopAndStart()
 {
     signInWith(500000, 8);
     access()->stop();
-    engine()->sendRequest_Message();
+    engine()->sendRequest_Cap();
     m_bench->settle();
-    QCOMPARE(exchange()->openCount(zvPath_cap), 0);
+    exchange()->fail(zvPath_cap, ZvAnswer::NotSent);
+    m_bench->settle();
+    exchange()->takeRequests();
+    m_bench->clock.advance(4000);
+    m_bench->settle();
+    QCOMPARE(exchange()->requestedPaths(), QStringList());
     access()->start();
     m_bench->settle();
     QCOMPARE(exchange()->openCount(zvPath_cap), 1);

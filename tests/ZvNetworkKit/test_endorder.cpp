@@ -1,4 +1,5 @@
 #include "ZvNetworkKit/serverpaths.h"
+#include "ZvNetworkKit/zvexchangelink.h"
 #include "ZvNetworkKit/zvscriptedtransport.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvserveractionresult.h"
@@ -25,11 +26,13 @@ void makeTheKitBusy(QTcpServer &nobody)
         QUrl(QStringLiteral("http://127.0.0.1:%1").arg(nobody.serverPort())));
     access->setUrlPrefix(QStringLiteral("/ch/youbika/"));
     access->start();
+    access->link()->setToken("t1");
     ZvServerEngine::getZvServerEngineInstance()->startLoggedEngine();
     ZvServerEngine::getZvServerEngineInstance()->sendRequest_Market_List();
     auto *actions = ZvServerActionResult::getZvServerActionResultInstance();
     actions->sendRequest_trade_buy(QStringLiteral("1001"), 1.0F, 1);
     actions->sendRequest_trade_sell(QStringLiteral("1001"), 1.0F, 1);
+    actions->sendRequest_addOption(QStringLiteral("1001"));
     ZvServerCache::getZvServerCacheInstance()->setMarketListOption({}, QString());
     QCoreApplication::processEvents();
 }
