@@ -101,8 +101,7 @@ void ZvGuideTabPage::removeItems()
 bool ZvGuideTabPage::event(QEvent *event)
 {
     const bool isHandled = QWidget::event(event);
-    // A hidden strip is laid out when it is shown.
-    if (event->type() == QEvent::LayoutRequest || event->type() == QEvent::Show)
+    if (event->type() == QEvent::LayoutRequest)
         setMask(childrenRegion());
     return isHandled;
 }

@@ -367,7 +367,7 @@ private slots:
         QTRY_COMPARE(widgetAt(50), &table);
         QCOMPARE(widgetAt(switchAt), switchButton());
 
-        // A hidden strip that gets a list shows it.
+        // A hidden strip that gets a list shows it later.
         for (QWidget *hidden : {static_cast<QWidget *>(m_page), m_window.get()}) {
             m_page->setServerList({});
             QTRY_COMPARE(widgetAt(secondAt), &table);
