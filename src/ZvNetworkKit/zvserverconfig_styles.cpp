@@ -145,6 +145,7 @@ QString buttonSheet(const Button &button)
                           "QPushButton:hover{%3}"
                           "QPushButton:checked{%4}"
                           "QPushButton:checked:hover{%5}"
+                          "QPushButton:checked:focus{border-color:@text;}"
                           "QPushButton:pressed,QPushButton:checked:pressed{%6}"
                           "QPushButton:disabled,QPushButton:checked:disabled{%7}")
         .arg(coloursText(button.normal), QLatin1String(button.shape), coloursText(button.hover),
