@@ -13,6 +13,7 @@
 
 #include <QButtonGroup>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
@@ -28,6 +29,9 @@ constexpr QSize FooterButtonSize(80, 25);
 constexpr int FooterHeight = 40;
 constexpr int SettlingMilliseconds = 500; // after a resize
 constexpr int WholeMarket = -1;
+constexpr int CodeColumn = 1;
+constexpr int CodeLength = 6;
+constexpr int CellMargin = 4;
 constexpr int OptionPage = 1;
 constexpr int OptionPageSize = 100;
 
@@ -305,6 +309,19 @@ void Market_TableWidget::slot_updateMarketInfoList()
     }
     m_guideTabPage->setServerList(servers);
     m_guideTabPage->show();
+    keepCodesClear();
+}
+
+// The strip lies over the edge of the code column. The codes are centred in it, so it is as wide as
+// it takes for them to stand clear.
+void Market_TableWidget::keepCodesClear()
+{
+    QHeaderView *header = m_collectionTableView->horizontalHeader();
+    const QString code(CodeLength, QLatin1Char('0'));
+    const int width = m_collectionTableView->fontMetrics().horizontalAdvance(code)
+        + 2 * (m_guideTabPage->width() + CellMargin);
+    if (header->sectionSize(CodeColumn) < width)
+        header->resizeSection(CodeColumn, width);
 }
 
 void Market_TableWidget::slot_turnoverOption_clicked()

@@ -56,6 +56,7 @@ private:
     void removeTypeButtons();
     void makeTypeButtons(const QList<QPair<QString, int>> &types);
     void dropRows();
+    void keepCodesClear();
 
     Collection_TableView *m_collectionTableView;
     QWidget *m_footerWidget;

@@ -1,7 +1,7 @@
 #include "BreltWidgetToolKit/breltglobalfunction.h"
+#include "ZvNetworkKit/kitbench.h"
 #include "ZvNetworkKit/serverpaths.h"
 #include "ZvNetworkKit/zvscriptedtransport.h"
-#include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvserveractionresult.h"
 #include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverengine.h"
@@ -43,8 +43,10 @@ class MarketTableWidgetFavouritesTest : public QObject
     Q_OBJECT
 
 private:
-    ZvScriptedTransport *m_exchange = nullptr;
+    std::unique_ptr<KitBench> m_bench;
     std::unique_ptr<MarketPage> m_page;
+
+    ZvScriptedTransport *exchange() const { return m_bench->exchange; }
 
     static QStringList stored() { return cache()->getMarketListOption(QString()); }
 
@@ -73,20 +75,6 @@ private:
         QFAIL(qPrintable(text));
     }
 
-    bool endOpenActions()
-    {
-        bool areNone = true;
-        for (const QString &path :
-             {zvPath_myaccount_optional, zvPath_myaccount_append, zvPath_myaccount_remove}) {
-            if (m_exchange->openCount(path) > 0) {
-                m_exchange->fail(path, ZvAnswer::NotSent);
-                areNone = false;
-            }
-        }
-        QCoreApplication::processEvents();
-        return areNone;
-    }
-
     void signIn()
     {
         engine()->isLogged = true;
@@ -94,35 +82,24 @@ private:
     }
 
 private slots:
-    void initTestCase()
-    {
-        auto transport = std::make_unique<ZvScriptedTransport>();
-        m_exchange = transport.get();
-        ZvServerAccessManager::getZvServerAccessManagerInstance()->setTransport(
-            std::move(transport));
-        BreltGlobalFunction::getBreltGlobalFunciton()->setNoticeDuration(300);
-    }
-
-    void cleanupTestCase()
-    {
-        ZvServerAccessManager::getZvServerAccessManagerInstance()->setTransport(nullptr);
-    }
+    void initTestCase() { BreltGlobalFunction::getBreltGlobalFunciton()->setNoticeDuration(300); }
 
     void init()
     {
         QTRY_VERIFY(notices().isEmpty());
+        m_bench = std::make_unique<KitBench>();
         m_page = std::make_unique<MarketPage>();
         MarketPage::storeRows();
         QCoreApplication::processEvents();
-        m_exchange->takeRequests();
+        exchange()->takeRequests();
     }
 
     void cleanup()
     {
         m_page.reset();
         engine()->isLogged = false;
-        // Actions go out one after the other, so none may be left for the next test.
-        QTRY_VERIFY(endOpenActions());
+        // Ends the actions that are left: they go out one after the other.
+        m_bench.reset();
     }
 
     void withoutASignInTheListIsLocal()
@@ -132,12 +109,12 @@ private slots:
         useMenu("1001", "添加自选");
         QCOMPARE(stored(), (QStringList{"1003", "1001"}));
         QCOMPARE(trace.take(), (QStringList{selects("1003"), selects("1001")}));
-        QVERIFY(m_exchange->requests().isEmpty());
+        QVERIFY(exchange()->requests().isEmpty());
 
         m_page->click("自选");
         QCOMPARE(trace.take(), (QStringList{choosesOption(true), selects("1001"), asksForRows}));
         QCOMPARE(m_page->ids(), (QStringList{"1001", "1003"}));
-        QCOMPARE(m_exchange->requestedPaths(), QStringList{zvPath_market_list});
+        QCOMPARE(exchange()->requestedPaths(), QStringList{zvPath_market_list});
     }
 
     void withoutASignInARemovedOneLeavesTheTable()
@@ -145,10 +122,10 @@ private slots:
         cache()->setMarketListOption({"1001", "1004"}, QString());
         m_page->click("自选");
         QCoreApplication::processEvents();
-        m_exchange->takeRequests();
+        exchange()->takeRequests();
         useMenu("1001", "删除自选");
         QTRY_COMPARE(m_page->ids(), QStringList{"1004"});
-        QVERIFY(m_exchange->requests().isEmpty());
+        QVERIFY(exchange()->requests().isEmpty());
     }
 
     void favouritesStandInTheirOwnOrder()
@@ -175,7 +152,7 @@ private slots:
         m_page->click("自选");
         QCOMPARE(m_page->ids(), QStringList{"1001"});
         CallTrace trace;
-        m_exchange->answer(zvPath_myaccount_optional, favourites("\"1005\", \"1002\""));
+        exchange()->answer(zvPath_myaccount_optional, favourites("\"1005\", \"1002\""));
         signIn();
         QCOMPARE(trace.take(), QStringList{asksForOptions});
         QTRY_COMPARE(m_page->ids(), (QStringList{"1002", "1005"}));
@@ -253,14 +230,14 @@ private slots:
         QFETCH(QString, path);
         QFETCH(QByteArray, after);
         cache()->setMarketListOption({"1001"}, QString());
-        m_exchange->always(zvPath_myaccount_optional,
+        exchange()->always(zvPath_myaccount_optional,
                            [after](const ZvRequest &) { return favourites(after); });
         if (text == "删除自选") {
             m_page->click("自选");
             QCOMPARE(m_page->ids(), QStringList{"1001"});
         }
         engine()->isLogged = true;
-        m_exchange->answer(path, ZvScriptedTransport::ok("{}"));
+        exchange()->answer(path, ZvScriptedTransport::ok("{}"));
         CallTrace trace;
         useMenu(text == "添加自选" ? "1002" : "1001", text);
         const QStringList expected = after.isEmpty() ? QStringList() : QStringList{"1001", "1002"};
@@ -271,7 +248,6 @@ private slots:
         QVERIFY(lines.indexOf(asksForRows) > lines.indexOf(asksForOptions));
         m_page->click("自选");
         QCOMPARE(m_page->ids(), expected);
-        m_exchange->always(zvPath_myaccount_optional, {});
     }
 
     void bothAnswersAskForTheList()
@@ -323,7 +299,7 @@ private slots:
     void refusalOfTheServerIsShownAsItComes()
     {
         engine()->isLogged = true;
-        m_exchange->answer(zvPath_myaccount_append,
+        exchange()->answer(zvPath_myaccount_append,
                            ZvScriptedTransport::refusal("refused", "自选数量已达上限"));
         useMenu("1002", "添加自选");
         QTRY_COMPARE(notices(), QStringList{"自选数量已达上限"});

@@ -84,6 +84,26 @@ private slots:
         QVERIFY(page.guide()->isHidden());
     }
 
+    void codesStandClearOfTheGuide()
+    {
+        MarketPage page;
+        const int before = page.table()->columnWidth(1);
+        cache()->storeMarketInfo({twoServers.first()});
+        QCOMPARE(page.table()->columnWidth(1), before);
+        cache()->storeMarketInfo(twoServers);
+        ZvUBObject::Data data = collectionData(1001);
+        data.code = QStringLiteral("101001");
+        cache()->storeMarketList(QList<ZvUBObject>{ZvUBObject(data)});
+        const QModelIndex code = page.table()->model()->index(0, 1);
+        const int text = page.table()->fontMetrics().horizontalAdvance(code.data().toString());
+        const int left = page.table()->visualRect(code).center().x() - text / 2;
+        QVERIFY2(left > page.guide()->geometry().right(), qPrintable(QString::number(left)));
+        // A column that is wide enough is left as it is.
+        page.table()->setColumnWidth(1, 200);
+        cache()->storeMarketInfo(twoServers);
+        QCOMPARE(page.table()->columnWidth(1), 200);
+    }
+
     void aSingleServerIsNotHandedOn()
     {
         MarketPage page;
