@@ -1,5 +1,7 @@
 #include "client/connectionstrip.h"
 
+#include "client/accountbutton.h"
+
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 
 #include <QHBoxLayout>
@@ -8,7 +10,7 @@
 
 namespace {
 
-constexpr int stripHeight = 24;
+constexpr int stripHeight = 30;
 constexpr int markSide = 8;
 
 QString span(qint64 milliseconds)
@@ -41,6 +43,7 @@ ConnectionStrip::ConnectionStrip(QWidget *parent)
     layout->setSpacing(8);
     layout->addWidget(m_mark);
     layout->addWidget(m_words, 1);
+    layout->addWidget(new AccountButton);
 
     m_timer->setInterval(1000);
     connect(m_timer, &QTimer::timeout, this, &ConnectionStrip::refresh);

@@ -8,7 +8,8 @@ class QLabel;
 class QTimer;
 
 // The slim strip at the bottom of the window that says in words whether the exchange is there and
-// how old the figures on the screen are. Quotes that stop with nothing said cost traders money.
+// how old the figures on the screen are. Quotes that stop with nothing said cost traders money. At
+// its end stands the account.
 class ConnectionStrip : public QWidget
 {
     Q_OBJECT

@@ -162,20 +162,18 @@ int main(int argc, char **argv)
     // Declared before the window, which follows it to its end.
     std::unique_ptr<EmbeddedExchange> embedded;
     MainWindow window;
-    ZvServerAccessManager *access = ZvServerAccessManager::getZvServerAccessManagerInstance();
     if (options.exchange.isEmpty()) {
         embedded = std::make_unique<EmbeddedExchange>(exchangeProgram(), options.stateFolder);
         window.followExchange(embedded.get());
         embedded->start();
     } else {
-        access->setExchangeAddress(options.exchange);
-        access->start();
+        window.useExchange(options.exchange);
     }
     show(window);
     if (!options.screenshotFile.isEmpty())
         planPicture(window, options.screenshotFile, options.screenshotAfterSeconds);
 
     const int code = QApplication::exec();
-    access->stop();
+    ZvServerAccessManager::getZvServerAccessManagerInstance()->stop();
     return code;
 }

@@ -1,6 +1,7 @@
 #include "client/connectionstrip.h"
 #include "client/mainwindow.h"
 
+#include "endtoend/marketpage.h"
 #include "endtoend/middleman.h"
 #include "endtoend/programs.h"
 #include "support/testregistry.h"
@@ -60,6 +61,7 @@ private slots:
         access->setExchangeAddress(m_middleman->address());
         access->start();
         QTRY_VERIFY_WITH_TIMEOUT(m_window->hasMarket() && access->isConnected(), patience);
+        QVERIFY(endtoend::showWholeMarket(*m_window));
         nextHandler = qInstallMessageHandler(collect);
     }
 

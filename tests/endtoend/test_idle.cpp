@@ -1,5 +1,6 @@
 #include "client/mainwindow.h"
 
+#include "endtoend/marketpage.h"
 #include "endtoend/programs.h"
 #include "support/testregistry.h"
 
@@ -48,6 +49,7 @@ private slots:
         access->setExchangeAddress(exchange.address());
         access->start();
         QTRY_VERIFY_WITH_TIMEOUT(window.hasMarket() && access->isConnected(), patience);
+        QVERIFY(endtoend::showWholeMarket(window));
 
         PaintCount paints;
         // The first answers and the first frame may still be on their way.

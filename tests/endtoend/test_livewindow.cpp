@@ -1,6 +1,7 @@
 #include "client/connectionstrip.h"
 #include "client/mainwindow.h"
 
+#include "endtoend/marketpage.h"
 #include "endtoend/programs.h"
 #include "support/testregistry.h"
 
@@ -45,6 +46,7 @@ private slots:
         m_table = m_window->findChild<QTableView *>();
         QVERIFY(m_table);
         ZvServerAccessManager::getZvServerAccessManagerInstance()->start();
+        QVERIFY(endtoend::showWholeMarket(*m_window));
         QTRY_VERIFY_WITH_TIMEOUT(m_table->model()->rowCount() > 1, patience);
     }
 

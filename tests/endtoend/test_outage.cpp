@@ -1,6 +1,7 @@
 #include "client/connectionstrip.h"
 #include "client/mainwindow.h"
 
+#include "endtoend/marketpage.h"
 #include "endtoend/programs.h"
 #include "support/testregistry.h"
 
@@ -33,6 +34,7 @@ private slots:
         access->start();
         QVERIFY(strip->text().contains(QStringLiteral("正在连接交易所")));
         QTRY_VERIFY_WITH_TIMEOUT(window.hasMarket(), patience);
+        QVERIFY(endtoend::showWholeMarket(window));
         QTRY_VERIFY(strip->text().contains(QStringLiteral("已连接")));
 
         for (int round = 0; round < 2; ++round) {

@@ -1,0 +1,147 @@
+#include "client/accountbutton.h"
+
+#include "ZvNetworkKit/zvservercache.h"
+#include "ZvNetworkKit/zvserverconfig.h"
+#include "ZvNetworkKit/zvserverengine.h"
+#include "ZvWidgetKit/framedmessage.h"
+#include "ZvWidgetKit/logindialog.h"
+#include "ZvWidgetKit/zvwidgetsignalslotpool.h"
+
+#include <QFontMetrics>
+#include <QMenu>
+#include <QTimer>
+
+namespace {
+
+constexpr int widestAccount = 160;
+
+ZvServerEngine *engine()
+{
+    return ZvServerEngine::getZvServerEngineInstance();
+}
+
+ZvServerCache *cache()
+{
+    return ZvServerCache::getZvServerCacheInstance();
+}
+
+ZvWidgetSignalSLotPool *pool()
+{
+    return ZvWidgetSignalSLotPool::getSignalSlotPoolInstance();
+}
+
+// "13900000001" is shown as "139****0001": others see the screen, too.
+QString maskedPhone(const QString &phone)
+{
+    constexpr int head = 3;
+    constexpr int tail = 4;
+    if (phone.size() <= head + tail)
+        return phone;
+    return phone.left(head) + QString(phone.size() - head - tail, QLatin1Char('*'))
+        + phone.right(tail);
+}
+
+} // namespace
+
+AccountButton::AccountButton(QWidget *parent) : QPushButton(parent), m_menu(new QMenu(this))
+{
+    setObjectName(QStringLiteral("AccountButton"));
+    setStyleSheet(ZvServerConfig::getZvServerConfigInstance()->getStyleOf_StatusBarLoginButton());
+    // A click leaves the keys to the market.
+    setFocusPolicy(Qt::TabFocus);
+    QFont small = font();
+    small.setPixelSize(12);
+    setFont(small);
+    m_menu->addAction(QStringLiteral("退出登录"), this, &AccountButton::signOut);
+
+    connect(this, &QPushButton::clicked, this, &AccountButton::act);
+    connect(cache(), &ZvServerCache::signal_cache_Myaccount_changed, this,
+            &AccountButton::takeAccount);
+    connect(cache(), &ZvServerCache::signal_cache_LoggedOtherPlace, this,
+            &AccountButton::takeSessionEnd);
+    connect(pool(), &ZvWidgetSignalSLotPool::signal_login_succeed, this, &AccountButton::refresh);
+    connect(pool(), &ZvWidgetSignalSLotPool::signal_loggedOtherPlace, this,
+            &AccountButton::refresh);
+    refresh();
+}
+
+AccountButton::~AccountButton() = default;
+
+void AccountButton::refresh()
+{
+    // What the cache holds of the account may be left from the one before.
+    if (!engine()->isLogged)
+        m_account.clear();
+    const QString account = m_account.isEmpty() ? QStringLiteral("已登录") : m_account;
+    const QString words = engine()->isLogged ? account : QStringLiteral("登录");
+    const QKeySequence keys(Qt::CTRL | Qt::Key_L);
+    QString text = fontMetrics().elidedText(words, Qt::ElideRight, widestAccount);
+    setText(text.replace(QLatin1Char('&'), QLatin1String("&&")));
+    // A new text takes the shortcut with it.
+    setShortcut(keys);
+    setToolTip(QStringLiteral("%1 (%2)").arg(words, keys.toString(QKeySequence::NativeText)));
+    setAccessibleName(engine()->isLogged ? QStringLiteral("账户 %1").arg(words) : words);
+}
+
+void AccountButton::act()
+{
+    if (!engine()->isLogged) {
+        signIn();
+        return;
+    }
+    const QSize size = m_menu->sizeHint();
+    m_menu->popup(mapToGlobal(QPoint(width() - size.width(), -size.height())));
+}
+
+void AccountButton::signIn()
+{
+    // A dialog that was closed is still there until the event loop deletes it.
+    if (m_dialog && m_dialog->isVisible()) {
+        m_dialog->raise();
+        m_dialog->activateWindow();
+        return;
+    }
+    QWidget *owner = window();
+    m_dialog = new LoginDialog(owner);
+    m_dialog->setAttribute(Qt::WA_DeleteOnClose);
+    m_dialog->setWindowModality(Qt::WindowModal);
+    QRect place(QPoint(), m_dialog->size());
+    place.moveCenter(owner->frameGeometry().center());
+    m_dialog->move(place.topLeft());
+    m_dialog->show();
+}
+
+void AccountButton::signOut()
+{
+    engine()->startUnloggedEngine();
+    refresh();
+}
+
+void AccountButton::takeAccount()
+{
+    const ZvUBMyAcount &account = cache()->myAccount;
+    m_account = account.name().isEmpty() ? maskedPhone(account.phone()) : account.name();
+    refresh();
+}
+
+void AccountButton::takeSessionEnd(const QString &message)
+{
+    engine()->startUnloggedEngine();
+    refresh();
+    // The news comes from within an answer of the exchange: an event loop that ran here would hold
+    // that answer up, and the market with it.
+    QTimer::singleShot(0, this, [this, message] { tellSessionEnd(message); });
+}
+
+void AccountButton::tellSessionEnd(const QString &message)
+{
+    if (m_isTelling)
+        return;
+    m_isTelling = true;
+    const QPointer<AccountButton> self(this);
+    framedmessage::show(framedmessage::paragraph(message), QStringLiteral("错误提示"));
+    if (!self)
+        return;
+    m_isTelling = false;
+    pool()->slot_loggedOtherPlace();
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QPointer>
+#include <QPushButton>
+#include <QString>
+
+class LoginDialog;
+class QMenu;
+
+// The account at the edge of the window. Signed out it opens the sign-in dialog; signed in it names
+// the account and offers to sign out. When the exchange ends the session, it signs out and says
+// why.
+class AccountButton : public QPushButton
+{
+    Q_OBJECT
+
+public:
+    explicit AccountButton(QWidget *parent = nullptr);
+    ~AccountButton() override;
+
+private:
+    void refresh();
+    void act();
+    void signIn();
+    void signOut();
+    void takeAccount();
+    void takeSessionEnd(const QString &message);
+    void tellSessionEnd(const QString &message);
+
+    QPointer<LoginDialog> m_dialog;
+    QMenu *m_menu;
+    QString m_account; // the name of the one that is signed in; empty until it is known
+    bool m_isTelling = false;
+};

@@ -1,0 +1,385 @@
+#include "client/accountbutton.h"
+
+#include "support/calltrace.h"
+#include "support/testregistry.h"
+
+#include "BreltWidgetToolKit/breltframlessmessagebox.h"
+#include "ZvNetworkKit/zvservercache.h"
+#include "ZvNetworkKit/zvserverengine.h"
+#include "ZvWidgetKit/logindialog.h"
+#include "ZvWidgetKit/zvwidgetsignalslotpool.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QVBoxLayout>
+#include <QtTest/QtTest>
+
+namespace {
+
+ZvServerEngine *engine()
+{
+    return ZvServerEngine::getZvServerEngineInstance();
+}
+
+ZvServerCache *cache()
+{
+    return ZvServerCache::getZvServerCacheInstance();
+}
+
+ZvWidgetSignalSLotPool *pool()
+{
+    return ZvWidgetSignalSLotPool::getSignalSlotPoolInstance();
+}
+
+ZvUBMyAcount account(const QString &phone, const QString &name = QString())
+{
+    ZvUBMyAcount::Data data;
+    data.phone = phone;
+    data.name = name;
+    return ZvUBMyAcount(data);
+}
+
+template <typename Window>
+QList<Window *> shown()
+{
+    QList<Window *> found;
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        auto *window = qobject_cast<Window *>(widget);
+        if (window && window->isVisible())
+            found << window;
+    }
+    return found;
+}
+
+const QString endsSession = QStringLiteral("ZvServerEngine::startUnloggedEngine()");
+
+} // namespace
+
+// The account at the edge of the window: signing in and out, and the end of a session.
+class AccountButtonTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QWidget> m_window;
+    QPointer<AccountButton> m_button;
+
+    void signIn()
+    {
+        engine()->isLogged = true;
+        pool()->slot_login_succeed();
+    }
+
+    // Waits for the box that tells of the end and presses its button.
+    static void confirmBox()
+    {
+        QTRY_COMPARE(shown<BreltFramlessMessageBox>().size(), 1);
+        QTest::mouseClick(shown<BreltFramlessMessageBox>().first()->findChild<QPushButton *>(),
+                          Qt::LeftButton);
+    }
+
+    // Runs `step` while the next box is on the screen. The box has its own event loop, in which
+    // this runs, so its faults are told afterwards.
+    template <typename Step>
+    static bool duringBox(Step step)
+    {
+        bool isDone = false;
+        QTimer watch;
+        connect(&watch, &QTimer::timeout, &watch, [&] {
+            if (isDone || shown<BreltFramlessMessageBox>().isEmpty())
+                return;
+            isDone = true;
+            step(shown<BreltFramlessMessageBox>().first());
+        });
+        watch.start(0);
+        QElapsedTimer elapsed;
+        elapsed.start();
+        while (!isDone && !elapsed.hasExpired(5000))
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+        return isDone;
+    }
+
+private slots:
+    void init()
+    {
+        engine()->isLogged = false;
+        m_window = std::make_unique<QWidget>();
+        auto *layout = new QVBoxLayout(m_window.get());
+        m_button = new AccountButton;
+        layout->addWidget(new QLineEdit);
+        layout->addWidget(m_button);
+        m_window->setGeometry(0, 0, 780, 560);
+        m_window->show();
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        engine()->isLogged = false;
+    }
+
+    void signedOutItOffersToSignIn()
+    {
+        QCOMPARE(m_button->text(), QStringLiteral("登录"));
+        QCOMPARE(m_button->accessibleName(), QStringLiteral("登录"));
+        QVERIFY(m_button->focusPolicy() & Qt::TabFocus);
+        QVERIFY(m_button->toolTip().contains("Ctrl+L"));
+    }
+
+    void clickOpensTheDialogOverTheWindow()
+    {
+        QTest::mouseClick(m_button, Qt::LeftButton);
+        QCOMPARE(shown<LoginDialog>().size(), 1);
+        const QPointer<LoginDialog> dialog = shown<LoginDialog>().first();
+        QVERIFY(dialog->isModal());
+        QVERIFY(dialog->testAttribute(Qt::WA_DeleteOnClose));
+        QCOMPARE(dialog->parentWidget(), m_window.get());
+        const QPoint apart = dialog->geometry().center() - m_window->frameGeometry().center();
+        QVERIFY2(apart.manhattanLength() <= 2, qPrintable(QString::number(apart.x())));
+
+        dialog->close();
+        QTRY_VERIFY(!dialog);
+        // And each use has a dialog of its own.
+        QTest::mouseClick(m_button, Qt::LeftButton);
+        QCOMPARE(shown<LoginDialog>().size(), 1);
+    }
+
+    void secondClickRaisesTheOneThatIsOpen()
+    {
+        m_button->click();
+        const QPointer<LoginDialog> dialog = shown<LoginDialog>().value(0);
+        QVERIFY(dialog);
+        m_button->click();
+        QCOMPARE(m_window->findChildren<LoginDialog *>().size(), 1);
+        QTRY_COMPARE(QApplication::activeWindow(), dialog.data());
+    }
+
+    void clickRightAfterClosingOpensAnother()
+    {
+        m_button->click();
+        const QPointer<LoginDialog> first = shown<LoginDialog>().value(0);
+        first->close();
+        m_button->click();
+        QCOMPARE(shown<LoginDialog>().size(), 1);
+        QVERIFY(shown<LoginDialog>().first() != first);
+    }
+
+    void keysOpenTheDialog_data()
+    {
+        QTest::addColumn<bool>("isSpace");
+        QTest::newRow("Ctrl+L") << false;
+        QTest::newRow("space") << true;
+    }
+    void keysOpenTheDialog()
+    {
+        QFETCH(bool, isSpace);
+        if (isSpace) {
+            QTest::keyClick(m_window->findChild<QLineEdit *>(), Qt::Key_Tab);
+            QVERIFY(m_button->hasFocus());
+            QTest::keyClick(m_button, Qt::Key_Space);
+        } else {
+            QTest::keyClick(m_window->findChild<QLineEdit *>(), Qt::Key_L, Qt::ControlModifier);
+        }
+        QTRY_COMPARE(shown<LoginDialog>().size(), 1);
+    }
+
+    void shortcutOutlivesTheChangesOfTheText()
+    {
+        signIn();
+        cache()->storeMyAccount(account("13900000001", "张三"));
+        QTest::keyClick(m_window->findChild<QLineEdit *>(), Qt::Key_L, Qt::ControlModifier);
+        QTRY_VERIFY(m_button->findChild<QMenu *>()->isVisible());
+        QVERIFY(shown<LoginDialog>().isEmpty());
+        m_button->findChild<QMenu *>()->close();
+    }
+
+    void clickLeavesTheFocus()
+    {
+        m_window->findChild<QLineEdit *>()->setFocus();
+        signIn();
+        QTest::mouseClick(m_button, Qt::LeftButton);
+        QVERIFY(m_window->findChild<QLineEdit *>()->hasFocus());
+        m_button->findChild<QMenu *>()->close();
+    }
+
+    void signedInItNamesTheAccount_data()
+    {
+        QTest::addColumn<QString>("phone");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("name") << "13900000001"
+                              << "张三"
+                              << "张三";
+        QTest::newRow("phone") << "13900000001"
+                               << ""
+                               << "139****0001";
+        QTest::newRow("short phone") << "1390001"
+                                     << ""
+                                     << "1390001";
+        QTest::newRow("neither") << ""
+                                 << ""
+                                 << "已登录";
+        QTest::newRow("no mnemonic") << "13900000001"
+                                     << "A&B"
+                                     << "A&&B";
+    }
+    void signedInItNamesTheAccount()
+    {
+        QFETCH(QString, phone);
+        QFETCH(QString, name);
+        QFETCH(QString, text);
+        signIn();
+        // Nothing is known of the account yet, whatever the cache still holds.
+        QCOMPARE(m_button->text(), QStringLiteral("已登录"));
+        cache()->storeMyAccount(account(phone, name));
+        QCOMPARE(m_button->text(), text);
+        QCOMPARE(m_button->accessibleName(), QStringLiteral("账户 ") + text.replace("&&", "&"));
+    }
+
+    void longNamesAreCutAndToldInFull()
+    {
+        const QString name(60, QChar(0x5F20));
+        signIn();
+        cache()->storeMyAccount(account("13900000001", name));
+        QVERIFY(m_button->text().endsWith(QChar(0x2026)));
+        QVERIFY(m_button->sizeHint().width() < 220);
+        QVERIFY(m_button->toolTip().contains(name));
+    }
+
+    void nextAccountIsNotCalledByTheNameOfTheLast()
+    {
+        signIn();
+        cache()->storeMyAccount(account("13900000001", "张三"));
+        m_button->findChild<QMenu *>()->actions().first()->trigger();
+        QCOMPARE(m_button->text(), QStringLiteral("登录"));
+        // A late answer about the account that has left changes nothing.
+        cache()->storeMyAccount(account("13900000001", "张三"));
+        QCOMPARE(m_button->text(), QStringLiteral("登录"));
+        signIn();
+        QCOMPARE(m_button->text(), QStringLiteral("已登录"));
+        cache()->storeMyAccount(account("13900000002", "李四"));
+        QCOMPARE(m_button->text(), QStringLiteral("李四"));
+    }
+
+    void menuSignsOut()
+    {
+        signIn();
+        QTest::mouseClick(m_button, Qt::LeftButton);
+        QMenu *menu = m_button->findChild<QMenu *>();
+        QTRY_VERIFY(menu->isVisible());
+        QVERIFY(shown<LoginDialog>().isEmpty());
+        // Above the button, which stands at the lower edge of the window.
+        QVERIFY(menu->geometry().bottom() < m_button->mapToGlobal(QPoint()).y());
+        QCOMPARE(menu->actions().size(), 1);
+        QCOMPARE(menu->actions().first()->text(), QStringLiteral("退出登录"));
+        zvtest::CallTrace trace;
+        QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier,
+                          menu->actionGeometry(menu->actions().first()).center());
+        QCOMPARE(trace.take(), QStringList{endsSession});
+        QVERIFY(!engine()->isLogged);
+        QCOMPARE(m_button->text(), QStringLiteral("登录"));
+    }
+
+    void endOfTheSessionIsCarriedOutFirstAndToldThen()
+    {
+        signIn();
+        QSignalSpy left(pool(), &ZvWidgetSignalSLotPool::signal_loggedOtherPlace);
+        zvtest::CallTrace trace;
+        cache()->storeLoggedOtherPlace("您的账户已在别处登录");
+        // No event loop runs inside the announcement.
+        QCOMPARE(trace.take(), QStringList{endsSession});
+        QCOMPARE(m_button->text(), QStringLiteral("登录"));
+        QVERIFY(shown<BreltFramlessMessageBox>().isEmpty());
+
+        QString text;
+        QString title;
+        QStringList buttons;
+        int height = 0;
+        int leftBefore = -1;
+        QVERIFY(duringBox([&](BreltFramlessMessageBox *box) {
+            text = box->findChild<QLabel *>()->text();
+            title = box->windowTitle();
+            height = box->titleHeight();
+            for (const QPushButton *button : box->findChildren<QPushButton *>())
+                buttons << button->text();
+            leftBefore = left.count();
+            confirmBox();
+        }));
+        QCOMPARE(text, QStringLiteral("<p align='center'>您的账户已在别处登录</p>"));
+        QCOMPARE(title, QStringLiteral("错误提示"));
+        QCOMPARE(height, 40);
+        QCOMPARE(buttons, QStringList{"确认"});
+        QCOMPARE(leftBefore, 0);
+        QTRY_COMPARE(left.count(), 1);
+        QVERIFY(shown<BreltFramlessMessageBox>().isEmpty());
+    }
+
+    void anEndDuringTheBoxOpensNoSecondOne()
+    {
+        signIn();
+        cache()->storeLoggedOtherPlace("第一次");
+        int most = 0;
+        bool wasLogged = true;
+        QVERIFY(duringBox([&](BreltFramlessMessageBox *) {
+            engine()->isLogged = true;
+            cache()->storeLoggedOtherPlace("第二次");
+            wasLogged = engine()->isLogged;
+            for (int i = 0; i < 5; ++i)
+                QCoreApplication::processEvents();
+            most = shown<BreltFramlessMessageBox>().size();
+            confirmBox();
+        }));
+        QVERIFY(!wasLogged);
+        QCOMPARE(most, 1);
+        QTRY_VERIFY(shown<BreltFramlessMessageBox>().isEmpty());
+        // A later one is told again.
+        cache()->storeLoggedOtherPlace("第三次");
+        QVERIFY(duringBox([](BreltFramlessMessageBox *) { confirmBox(); }));
+    }
+
+    void windowMayEndWhileTheBoxIsOpen()
+    {
+        signIn();
+        QSignalSpy left(pool(), &ZvWidgetSignalSLotPool::signal_loggedOtherPlace);
+        cache()->storeLoggedOtherPlace("再见");
+        QVERIFY(duringBox([&](BreltFramlessMessageBox *) {
+            m_window.reset();
+            confirmBox();
+        }));
+        QVERIFY(!m_button);
+        QTRY_VERIFY(shown<BreltFramlessMessageBox>().isEmpty());
+        QCOMPARE(left.count(), 0);
+    }
+
+    void windowMayEndBeforeTheBoxOpens()
+    {
+        signIn();
+        cache()->storeLoggedOtherPlace("再见");
+        m_window.reset();
+        QTest::qWait(50);
+        QVERIFY(shown<BreltFramlessMessageBox>().isEmpty());
+    }
+
+    void windowMayEndWithItsDialog()
+    {
+        m_button->click();
+        const QPointer<LoginDialog> dialog = shown<LoginDialog>().value(0);
+        m_window.reset();
+        QVERIFY(!dialog);
+    }
+
+    void aSignInElsewhereInTheHouseIsSeen()
+    {
+        // What the trading side does when the session ends.
+        signIn();
+        engine()->isLogged = false;
+        pool()->slot_loggedOtherPlace();
+        QCOMPARE(m_button->text(), QStringLiteral("登录"));
+    }
+};
+
+ZV_TEST(AccountButtonTest)
+#include "test_accountbutton.moc"
