@@ -298,8 +298,11 @@ bool AccountDesk::Room::await(std::vector<Visit> &batch, bool &tidy)
     std::unique_lock<std::mutex> lock(m_queue->mutex);
     std::deque<Visit> &visits = m_queue->visits;
     for (;;) {
-        tidy = clock.steady() >= m_tidyAt;
-        if (!visits.empty() || tidy)
+        const SteadyMs now = clock.steady();
+        tidy = now >= m_tidyAt;
+        if (tidy)
+            m_tidyAt = now + kBetweenTidyings;
+        if (tidy || !visits.empty())
             break;
         // What is out to the pool comes back, also when nothing else is taken any more.
         if (!m_queue->accepting && !m_office.waitsForPasswords()) {
@@ -332,8 +335,6 @@ void AccountDesk::Room::run()
             fail(error.what(), batch);
             return;
         }
-        if (tidy)
-            m_tidyAt = m_options.clock->steady() + kBetweenTidyings;
         batch.clear();
         deliver(m_office.takeAfterwards());
     }

@@ -42,13 +42,12 @@ std::string pairOf(const std::string &phone, const std::string &peer)
     return phone + ' ' + peer;
 }
 
-/// What a key stands for. Passwords and codes stay out: who reads the file must not be able to try
-/// them against it.
+/// The content of an action, which its key stands for. Passwords and codes stay out: who reads the
+/// file must not be able to try them against it.
 template <typename... Parts>
-std::string fingerprint(AccountAction action, const Parts &...parts)
+std::string fingerprint(const Parts &...parts)
 {
     Digest digest(kFingerprintBytes);
-    digest << static_cast<std::int64_t>(action);
     (digest << ... << parts);
     return digest.finish();
 }
@@ -281,8 +280,7 @@ void AccountOffice::work(SignInRequest &request, Answered &done)
     half.phone = std::move(request.phone);
     half.peer = peerGroup(request.peer);
     half.client = request.client;
-    const std::string content
-        = fingerprint(AccountAction::SignIn, half.phone, static_cast<std::int64_t>(half.client));
+    const std::string content = fingerprint(half.phone, static_cast<std::int64_t>(half.client));
     if (!begin(half.name, AccountAction::SignIn, content, done))
         return;
 
@@ -386,7 +384,7 @@ void AccountOffice::work(CodeRequest &request, Answered &done)
     const bool signedIn = owner.purpose == CodePurpose::Money;
     const KeyName name{signedIn ? request.account : AccountId(), request.key};
     const AccountAction action = sendAction(owner.purpose);
-    if (!begin(name, action, fingerprint(action, owner.phone), done))
+    if (!begin(name, action, fingerprint(owner.phone), done))
         return;
 
     const std::string peer = peerGroup(request.peer);
@@ -445,8 +443,7 @@ void AccountOffice::work(MoneyCodeCheck &request, Answered &done)
 {
     const KeyName name{request.account, request.key};
     const CodeOwner owner{CodePurpose::Money, request.phone};
-    if (!begin(name, AccountAction::CheckMoneyCode,
-               fingerprint(AccountAction::CheckMoneyCode, owner.phone), done))
+    if (!begin(name, AccountAction::CheckMoneyCode, fingerprint(owner.phone), done))
         return;
     const auto account = m_file.account(request.account);
     if (!account)
@@ -470,7 +467,7 @@ void AccountOffice::work(RegisterRequest &request, Answered &done)
     half.referee = std::move(request.referee);
     half.phone = std::move(request.phone);
     half.peer = peerGroup(request.peer);
-    const std::string content = fingerprint(half.action, half.referee, half.phone);
+    const std::string content = fingerprint(half.referee, half.phone);
     if (begin(half.name, half.action, content, done))
         checkAndHash(std::move(half), request.code, std::move(request.password));
 }
@@ -482,7 +479,7 @@ void AccountOffice::work(ResetRequest &request, Answered &done)
     half.action = AccountAction::Reset;
     half.phone = std::move(request.phone);
     half.peer = peerGroup(request.peer);
-    if (begin(half.name, half.action, fingerprint(half.action, half.phone), done))
+    if (begin(half.name, half.action, fingerprint(half.phone), done))
         checkAndHash(std::move(half), request.code, std::move(request.password));
 }
 
@@ -557,7 +554,7 @@ void AccountOffice::work(FavouriteChange &request, Answered &done)
     const KeyName name{request.account, request.key};
     const AccountAction action
         = request.add ? AccountAction::AddFavourite : AccountAction::RemoveFavourite;
-    if (!begin(name, action, fingerprint(action, request.market, request.collection.value()), done))
+    if (!begin(name, action, fingerprint(request.market, request.collection.value()), done))
         return;
     if (!m_file.account(request.account))
         return finish(name, AccountStatus::AccountUnknown, Keep::Memory);

@@ -82,7 +82,7 @@ void PasswordPool::run()
 {
     // On Linux this is the calling thread's own priority. Where it fails, hashing only competes
     // as every other thread does.
-    (void)::setpriority(PRIO_PROCESS, 0, kNiceness);
+    (void)::setpriority(PRIO_PROCESS, 0, ::getpriority(PRIO_PROCESS, 0) + kNiceness);
     for (;;) {
         Job job;
         {

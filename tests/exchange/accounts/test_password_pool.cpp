@@ -127,7 +127,8 @@ TEST(PasswordPools, LeaveTheProcessorToTrading)
     Counter done;
     pool.verify("fake:right", Secret("right"), [&](std::optional<bool>) { done.add(); });
     ASSERT_TRUE(done.reaches(1));
-    EXPECT_GT(theirs, own);
+    constexpr int kLowest = 19;
+    EXPECT_TRUE(theirs > own || own == kLowest) << theirs << " and " << own;
     EXPECT_EQ(::getpriority(PRIO_PROCESS, 0), own);
 }
 
