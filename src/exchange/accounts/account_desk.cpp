@@ -1,7 +1,7 @@
 #include "exchange/accounts/account_desk.h"
 
 #include "exchange/accounts/account_office.h"
-#include "exchange/accounts/account_rules.h"
+#include "exchange/accounts/account_request.h"
 #include "exchange/accounts/outbox.h"
 #include "exchange/accounts/password_pool.h"
 #include "exchange/accounts/random_source.h"
@@ -18,7 +18,6 @@ namespace zvx {
 namespace {
 
 constexpr std::int64_t kBetweenTidyings = AccountLimits::kMinute;
-constexpr std::int64_t kPageMost = 1'000;
 
 /// A request and who waits for its answer.
 struct Visit {
@@ -88,86 +87,6 @@ struct DeskQueue {
     bool accepting = true;
     bool closed = false; ///< nobody looks any more
 };
-
-AccountStatus firstOf(std::initializer_list<AccountStatus> findings)
-{
-    const auto bad = [](AccountStatus status) { return status != AccountStatus::Done; };
-    const auto found = std::find_if(findings.begin(), findings.end(), bad);
-    return found == findings.end() ? AccountStatus::Done : *found;
-}
-
-AccountStatus unless(bool good, AccountStatus status)
-{
-    return good ? AccountStatus::Done : status;
-}
-
-AccountStatus keyed(ActionKey key)
-{
-    return unless(!key.isNull(), AccountStatus::BadKey);
-}
-
-AccountStatus problemOf(const SignInRequest &request)
-{
-    return firstOf({keyed(request.key), unless(isPhone(request.phone), AccountStatus::BadPhone),
-                    unless(isPassword(request.password.text()), AccountStatus::BadPassword),
-                    unless(!peerGroup(request.peer).empty(), AccountStatus::BadPeer)});
-}
-
-AccountStatus problemOf(const CodeRequest &request)
-{
-    return firstOf({keyed(request.key), unless(isPhone(request.phone), AccountStatus::BadPhone),
-                    unless(!peerGroup(request.peer).empty(), AccountStatus::BadPeer)});
-}
-
-AccountStatus problemOf(const RegisterRequest &request)
-{
-    return firstOf(
-        {keyed(request.key),
-         unless(request.referee.empty() || isPhone(request.referee), AccountStatus::BadReferee),
-         unless(isPhone(request.phone), AccountStatus::BadPhone),
-         unless(isPassword(request.password.text()), AccountStatus::BadPassword),
-         unless(isCode(CodePurpose::Register, request.code.text()), AccountStatus::BadCode),
-         unless(!peerGroup(request.peer).empty(), AccountStatus::BadPeer)});
-}
-
-AccountStatus problemOf(const ResetRequest &request)
-{
-    return firstOf({keyed(request.key), unless(isPhone(request.phone), AccountStatus::BadPhone),
-                    unless(isPassword(request.password.text()), AccountStatus::BadPassword),
-                    unless(isCode(CodePurpose::Reset, request.code.text()), AccountStatus::BadCode),
-                    unless(!peerGroup(request.peer).empty(), AccountStatus::BadPeer)});
-}
-
-AccountStatus problemOf(const MoneyCodeCheck &request)
-{
-    return firstOf({keyed(request.key), unless(isPhone(request.phone), AccountStatus::BadPhone),
-                    unless(isCode(CodePurpose::Money, request.code.text()), AccountStatus::BadCode),
-                    unless(!peerGroup(request.peer).empty(), AccountStatus::BadPeer)});
-}
-
-AccountStatus problemOf(const FavouriteChange &request)
-{
-    return firstOf({keyed(request.key),
-                    unless(isMarketPrefix(request.market) && request.collection.value() > 0,
-                           AccountStatus::BadMarket)});
-}
-
-AccountStatus problemOf(const ResolveRequest &request)
-{
-    return keyed(request.name.key);
-}
-
-AccountStatus problemOf(const FavouritesQuery &query)
-{
-    return firstOf({unless(isMarketPrefix(query.market), AccountStatus::BadMarket),
-                    unless(query.page >= 1 && query.size >= 1 && query.size <= kPageMost,
-                           AccountStatus::BadPage)});
-}
-
-AccountStatus problemOf(const ProfileQuery &)
-{
-    return AccountStatus::Done;
-}
 
 } // namespace
 
@@ -361,7 +280,7 @@ void AccountDesk::Room::deliver(Afterwards after)
         m_options.sessionsEnded(ended);
     for (TextMessage &message : after.texts)
         m_courier.take(std::move(message));
-    for (const Afterwards::Reply &reply : after.replies)
+    for (const ActionBook::Reply &reply : after.replies)
         reply(false);
 }
 

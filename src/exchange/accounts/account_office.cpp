@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <array>
-#include <tuple>
 
 namespace zvx {
 namespace {
@@ -78,13 +77,6 @@ bool leavesTraces(AccountStatus status)
         || status == AccountStatus::AlreadyRegistered;
 }
 
-std::shared_ptr<const AccountAnswer> answerOf(AccountStatus status)
-{
-    AccountAnswer answer;
-    answer.status = status;
-    return std::make_shared<const AccountAnswer>(std::move(answer));
-}
-
 } // namespace
 
 AccountOffice::AccountOffice(Tools tools, const AccountDeskOptions &options,
@@ -99,9 +91,7 @@ AccountOffice::AccountOffice(Tools tools, const AccountDeskOptions &options,
       m_signInsOfPhone(m_limits.signInsOfPhone, m_limits.signInOfPhoneEvery,
                        m_limits.throttleBound),
       m_textsOfPeer(m_limits.textsOfPeer, m_limits.textOfPeerEvery, m_limits.throttleBound),
-      m_burnt(m_limits.burntAtOnce, m_limits.burntEvery, 1),
-      m_signIns(m_limits.signInKeyLife, m_limits.keysInMemory),
-      m_refusals(m_limits.keyLife, m_limits.keysInMemory)
+      m_actions(m_file, m_clock, m_limits, m_counters)
 {
     m_file.change([&] {
         if (!m_file.meta(kSecretRow)) {
@@ -132,127 +122,16 @@ void AccountOffice::carryOut(AccountRequest &request, Answered &done)
     std::visit([&](auto &kind) { work(kind, done); }, request);
 }
 
-// --- keys
-
-bool AccountOffice::KeyOrder::operator()(const KeyName &a, const KeyName &b) const
+Afterwards AccountOffice::takeAfterwards()
 {
-    return std::make_tuple(a.account.value(), a.key.high, a.key.low)
-        < std::make_tuple(b.account.value(), b.key.high, b.key.low);
-}
-
-bool AccountOffice::seen(const KeyName &name, AccountAction action, const std::string *content,
-                         Answered &done)
-{
-    const auto first = m_underWay.find(name);
-    if (first != m_underWay.end()) {
-        UnderWay &other = first->second;
-        if (other.action != action || (content && other.fingerprint != *content))
-            reply(AccountStatus::KeyDiffers, done);
-        else if (other.waiting.size() > m_limits.waitersOfKey)
-            reply(AccountStatus::Busy, done);
-        else
-            other.waiting.push_back(std::exchange(done, {}));
-        return true;
-    }
-    const auto known = recall(name);
-    if (!known)
-        return false;
-    const bool burnt = known->fingerprint.empty();
-    if (known->action != action || (content && !burnt && known->fingerprint != *content))
-        reply(AccountStatus::KeyDiffers, done);
-    else
-        reply(known->answer, std::exchange(done, {}));
-    return true;
-}
-
-bool AccountOffice::begin(const KeyName &name, AccountAction action, std::string content,
-                          Answered &done)
-{
-    if (seen(name, action, &content, done))
-        return false;
-    UnderWay &own = m_underWay[name];
-    own.action = action;
-    own.fingerprint = std::move(content);
-    own.waiting.push_back(std::exchange(done, {}));
-    return true;
-}
-
-void AccountOffice::finish(const KeyName &name, AccountAnswer answer, Keep keep)
-{
-    const auto found = m_underWay.find(name);
-    UnderWay ended = std::move(found->second);
-    m_underWay.erase(found);
-    count(answer.status);
-
-    const auto shared = std::make_shared<const AccountAnswer>(std::move(answer));
-    if (keep == Keep::Disk)
-        m_file.putAnswer(name, {ended.action, ended.fingerprint, shared->status}, m_clock.wall());
-    if (keep == Keep::Memory) {
-        AnswerMemory &memory = shared->status == AccountStatus::Done ? m_signIns : m_refusals;
-        memory.put(name, {ended.action, ended.fingerprint, shared}, m_clock.steady());
-    }
-    for (Answered &done : ended.waiting)
-        reply(shared, std::move(done));
-}
-
-void AccountOffice::finish(const KeyName &name, AccountStatus status, Keep keep)
-{
-    AccountAnswer answer;
-    answer.status = status;
-    finish(name, std::move(answer), keep);
-}
-
-std::optional<KnownAnswer> AccountOffice::recall(const KeyName &name)
-{
-    const SteadyMs now = m_clock.steady();
-    for (AnswerMemory *memory : {&m_signIns, &m_refusals})
-        if (const KnownAnswer *known = memory->find(name, now))
-            return *known;
-    if (const auto stored = m_file.answer(name))
-        return KnownAnswer{stored->action, stored->fingerprint, answerOf(stored->status)};
-    return std::nullopt;
-}
-
-void AccountOffice::reply(std::shared_ptr<const AccountAnswer> answer, Answered done)
-{
-    ++m_counters.requests;
-    if (!done)
-        return;
-    m_afterwards.replies.push_back(
-        [answer = std::move(answer), done = std::move(done)](bool failed) {
-            done(failed ? *answerOf(AccountStatus::Failed) : *answer);
-        });
-}
-
-void AccountOffice::reply(AccountStatus status, Answered &done)
-{
-    reply(answerOf(status), std::exchange(done, {}));
-}
-
-void AccountOffice::fail()
-{
-    const auto failed = answerOf(AccountStatus::Failed);
-    for (Afterwards::Reply &tell : takeAfterwards().replies)
-        tell(true);
-    for (auto &[name, action] : std::exchange(m_underWay, {}))
-        for (Answered &done : action.waiting)
-            if (done)
-                done(*failed);
+    Afterwards taken = std::exchange(m_afterwards, {});
+    taken.replies = m_actions.takeReplies();
+    return taken;
 }
 
 void AccountOffice::work(ResolveRequest &request, Answered &done)
 {
-    if (seen(request.name, request.action, nullptr, done))
-        return;
-    // Whoever has no account could otherwise fill the file with keys that nobody made.
-    if (request.name.account == AccountId()) {
-        const SteadyMs now = m_clock.steady();
-        if (m_burnt.wait({}, now) > 0)
-            return reply(AccountStatus::Busy, done);
-        m_burnt.take({}, now);
-    }
-    m_file.putAnswer(request.name, {request.action, {}, AccountStatus::KeyUnknown}, m_clock.wall());
-    reply(AccountStatus::KeyUnknown, done);
+    m_actions.resolve(request.name, request.action, done);
 }
 
 // --- signing in
@@ -281,7 +160,7 @@ void AccountOffice::work(SignInRequest &request, Answered &done)
     half.peer = peerGroup(request.peer);
     half.client = request.client;
     const std::string content = fingerprint(half.phone, static_cast<std::int64_t>(half.client));
-    if (!begin(half.name, AccountAction::SignIn, content, done))
+    if (!m_actions.begin(half.name, AccountAction::SignIn, content, done))
         return;
 
     const SteadyMs now = m_clock.steady();
@@ -292,11 +171,11 @@ void AccountOffice::work(SignInRequest &request, Answered &done)
         AccountAnswer answer;
         answer.status = AccountStatus::TooOften;
         answer.wait = secondsOf(wait);
-        return finish(half.name, std::move(answer), Keep::Memory);
+        return m_actions.finish(half.name, std::move(answer), Keep::Memory);
     }
     if (!m_signInsOfPeer.room(pair, now) || !m_signInsOfPhone.room(half.phone, now)
         || !goesToPool(half.peer))
-        return finish(half.name, AccountStatus::Busy, Keep::Nowhere);
+        return m_actions.finish(half.name, AccountStatus::Busy, Keep::Nowhere);
 
     // The attempt is counted before the password is looked at, so that many at once are as many.
     m_signInsOfPeer.take(pair, now);
@@ -325,17 +204,17 @@ void AccountOffice::work(PasswordChecked &half, Answered &)
     if (!half.right) {
         m_signInsOfPeer.giveBack(pair);
         m_signInsOfPhone.giveBack(half.phone);
-        return finish(half.name, AccountStatus::Busy, Keep::Nowhere);
+        return m_actions.finish(half.name, AccountStatus::Busy, Keep::Nowhere);
     }
     const auto account = m_file.account(half.account);
     // A password that was replaced while it was compared opens nothing any more.
     if (!*half.right || !account || account->passwordVersion != half.passwordVersion)
-        return finish(half.name, AccountStatus::WrongPassword, Keep::Memory);
+        return m_actions.finish(half.name, AccountStatus::WrongPassword, Keep::Memory);
 
     m_signInsOfPeer.refill(pair);
     m_signInsOfPhone.giveBack(half.phone);
     ++m_counters.signIns;
-    finish(half.name, beginSession(*account, half.client), Keep::Memory);
+    m_actions.finish(half.name, beginSession(*account, half.client), Keep::Memory);
 }
 
 AccountAnswer AccountOffice::beginSession(const StoredAccount &account, std::uint64_t client)
@@ -384,7 +263,7 @@ void AccountOffice::work(CodeRequest &request, Answered &done)
     const bool signedIn = owner.purpose == CodePurpose::Money;
     const KeyName name{signedIn ? request.account : AccountId(), request.key};
     const AccountAction action = sendAction(owner.purpose);
-    if (!begin(name, action, fingerprint(owner.phone), done))
+    if (!m_actions.begin(name, action, fingerprint(owner.phone), done))
         return;
 
     const std::string peer = peerGroup(request.peer);
@@ -393,27 +272,27 @@ void AccountOffice::work(CodeRequest &request, Answered &done)
     refused.wait = secondsOf(m_textsOfPeer.wait(peer, now));
     if (refused.wait > 0) {
         refused.status = AccountStatus::TooOften;
-        return finish(name, std::move(refused), Keep::Memory);
+        return m_actions.finish(name, std::move(refused), Keep::Memory);
     }
     // Asked for in every case, so that the same work is done for a known phone and an unknown one.
     const auto account = m_file.accountOf(owner.phone);
     if (signedIn && (!account || account->id != request.account))
-        return finish(name, AccountStatus::NotYourPhone, Keep::Memory);
+        return m_actions.finish(name, AccountStatus::NotYourPhone, Keep::Memory);
     const CodeBook::Refusal refusal = m_codes->mayIssue(owner, m_clock.wall());
     if (refusal.status != AccountStatus::Done) {
         refused.status = refusal.status;
         refused.wait = refusal.wait;
-        return finish(name, std::move(refused), Keep::Memory);
+        return m_actions.finish(name, std::move(refused), Keep::Memory);
     }
     if (m_textsWaiting() + m_afterwards.texts.size() >= m_limits.textBound
         || !m_textsOfPeer.room(peer, now))
-        return finish(name, AccountStatus::Busy, Keep::Nowhere);
+        return m_actions.finish(name, AccountStatus::Busy, Keep::Nowhere);
 
     m_textsOfPeer.take(peer, now);
     const bool known = account.has_value();
     const bool decoy = owner.purpose == CodePurpose::Register ? known : !known;
     sendText(owner, known, m_codes->issue(owner, decoy, m_clock.wall()));
-    finish(name, AccountStatus::Done, Keep::Disk);
+    m_actions.finish(name, AccountStatus::Done, Keep::Disk);
 }
 
 void AccountOffice::sendText(const CodeOwner &owner, bool known, Secret code)
@@ -443,18 +322,19 @@ void AccountOffice::work(MoneyCodeCheck &request, Answered &done)
 {
     const KeyName name{request.account, request.key};
     const CodeOwner owner{CodePurpose::Money, request.phone};
-    if (!begin(name, AccountAction::CheckMoneyCode, fingerprint(owner.phone), done))
+    if (!m_actions.begin(name, AccountAction::CheckMoneyCode, fingerprint(owner.phone), done))
         return;
     const auto account = m_file.account(request.account);
     if (!account)
-        return finish(name, AccountStatus::AccountUnknown, Keep::Memory);
+        return m_actions.finish(name, AccountStatus::AccountUnknown, Keep::Memory);
     if (account->phone != owner.phone)
-        return finish(name, AccountStatus::NotYourPhone, Keep::Memory);
+        return m_actions.finish(name, AccountStatus::NotYourPhone, Keep::Memory);
     const CodeBook::Checked checked
         = m_codes->check(owner, request.code.text(), peerGroup(request.peer), m_clock.wall());
     if (checked.status == AccountStatus::Done)
         m_codes->use(owner, checked.issued);
-    finish(name, checked.status, leavesTraces(checked.status) ? Keep::Disk : Keep::Memory);
+    m_actions.finish(name, checked.status,
+                     leavesTraces(checked.status) ? Keep::Disk : Keep::Memory);
 }
 
 // --- registering and passwords
@@ -468,7 +348,7 @@ void AccountOffice::work(RegisterRequest &request, Answered &done)
     half.phone = std::move(request.phone);
     half.peer = peerGroup(request.peer);
     const std::string content = fingerprint(half.referee, half.phone);
-    if (begin(half.name, half.action, content, done))
+    if (m_actions.begin(half.name, half.action, content, done))
         checkAndHash(std::move(half), request.code, std::move(request.password));
 }
 
@@ -479,7 +359,7 @@ void AccountOffice::work(ResetRequest &request, Answered &done)
     half.action = AccountAction::Reset;
     half.phone = std::move(request.phone);
     half.peer = peerGroup(request.peer);
-    if (begin(half.name, half.action, fingerprint(half.phone), done))
+    if (m_actions.begin(half.name, half.action, fingerprint(half.phone), done))
         checkAndHash(std::move(half), request.code, std::move(request.password));
 }
 
@@ -488,10 +368,10 @@ void AccountOffice::checkAndHash(PasswordHashed half, const Secret &code, Secret
     const CodeBook::Checked checked
         = m_codes->check(ownerOf(half), code.text(), half.peer, m_clock.wall());
     if (checked.status != AccountStatus::Done)
-        return finish(half.name, checked.status,
-                      leavesTraces(checked.status) ? Keep::Disk : Keep::Memory);
+        return m_actions.finish(half.name, checked.status,
+                                leavesTraces(checked.status) ? Keep::Disk : Keep::Memory);
     if (!goesToPool(half.peer))
-        return finish(half.name, AccountStatus::Busy, Keep::Nowhere);
+        return m_actions.finish(half.name, AccountStatus::Busy, Keep::Nowhere);
     half.issued = checked.issued;
     const PasswordPool::Hashed back
         = [half, comeBack = m_comeBack](const std::optional<std::string> &stored) {
@@ -509,10 +389,10 @@ void AccountOffice::work(PasswordHashed &half, Answered &)
 {
     cameBack(half.peer);
     if (!half.stored)
-        return finish(half.name, AccountStatus::Busy, Keep::Nowhere);
+        return m_actions.finish(half.name, AccountStatus::Busy, Keep::Nowhere);
     const AccountStatus status
         = half.action == AccountAction::Register ? registerNow(half) : resetNow(half);
-    finish(half.name, status, leavesTraces(status) ? Keep::Disk : Keep::Memory);
+    m_actions.finish(half.name, status, leavesTraces(status) ? Keep::Disk : Keep::Memory);
 }
 
 AccountStatus AccountOffice::registerNow(const PasswordHashed &half)
@@ -554,18 +434,19 @@ void AccountOffice::work(FavouriteChange &request, Answered &done)
     const KeyName name{request.account, request.key};
     const AccountAction action
         = request.add ? AccountAction::AddFavourite : AccountAction::RemoveFavourite;
-    if (!begin(name, action, fingerprint(request.market, request.collection.value()), done))
+    if (!m_actions.begin(name, action, fingerprint(request.market, request.collection.value()),
+                         done))
         return;
     if (!m_file.account(request.account))
-        return finish(name, AccountStatus::AccountUnknown, Keep::Memory);
+        return m_actions.finish(name, AccountStatus::AccountUnknown, Keep::Memory);
     // One that is added again goes to the end, so it goes away first; a full list keeps it then.
     m_file.dropFavourite(request.account, request.market, request.collection);
     if (request.add) {
         if (m_file.favouriteCount(request.account, request.market) >= m_limits.favourites)
-            return finish(name, AccountStatus::TooManyFavourites, Keep::Memory);
+            return m_actions.finish(name, AccountStatus::TooManyFavourites, Keep::Memory);
         m_file.appendFavourite(request.account, request.market, request.collection);
     }
-    finish(name, AccountStatus::Done, Keep::Disk);
+    m_actions.finish(name, AccountStatus::Done, Keep::Disk);
 }
 
 void AccountOffice::work(FavouritesQuery &query, Answered &)
@@ -575,12 +456,10 @@ void AccountOffice::work(FavouritesQuery &query, Answered &)
     if (query.page <= static_cast<std::int64_t>(m_limits.favourites))
         answer.collections = m_file.favourites(query.account, query.market,
                                                (query.page - 1) * query.size, query.size);
-    ++m_counters.requests;
-    m_afterwards.replies.push_back(
-        [answer = std::move(answer), done = std::exchange(query.done, {})](bool failed) {
-            if (done)
-                done(failed ? FavouritesAnswer{AccountStatus::Failed, {}} : answer);
-        });
+    m_actions.add([answer = std::move(answer), done = std::exchange(query.done, {})](bool failed) {
+        if (done)
+            done(failed ? FavouritesAnswer{AccountStatus::Failed, {}} : answer);
+    });
 }
 
 void AccountOffice::work(ProfileQuery &query, Answered &)
@@ -589,12 +468,10 @@ void AccountOffice::work(ProfileQuery &query, Answered &)
     answer.status = AccountStatus::AccountUnknown;
     if (const auto account = m_file.account(query.account))
         answer = {AccountStatus::Done, profileOf(*account)};
-    ++m_counters.requests;
-    m_afterwards.replies.push_back(
-        [answer = std::move(answer), done = std::exchange(query.done, {})](bool failed) {
-            if (done)
-                done(failed ? ProfileAnswer{AccountStatus::Failed, {}} : answer);
-        });
+    m_actions.add([answer = std::move(answer), done = std::exchange(query.done, {})](bool failed) {
+        if (done)
+            done(failed ? ProfileAnswer{AccountStatus::Failed, {}} : answer);
+    });
 }
 
 AccountProfile AccountOffice::profileOf(const StoredAccount &account) const
@@ -619,33 +496,7 @@ void AccountOffice::tidy()
     }
     m_file.forgetCodes(earlier(now, AccountLimits::kDay));
     m_file.forgetCounts(exchangeDay(now) - 1);
-    m_file.forgetAnswers(earlier(now, m_limits.keyLife), m_limits.keyBound);
-    m_signIns.forgetOld(m_clock.steady());
-    m_refusals.forgetOld(m_clock.steady());
-}
-
-void AccountOffice::count(AccountStatus status)
-{
-    switch (status) {
-    case AccountStatus::WrongPassword:
-        ++m_counters.wrongPasswords;
-        break;
-    case AccountStatus::CodeWrong:
-        ++m_counters.wrongCodes;
-        break;
-    case AccountStatus::TooOften:
-    case AccountStatus::CodePause:
-    case AccountStatus::CodeLimit:
-    case AccountStatus::CodeSpent:
-    case AccountStatus::GuessLimit:
-        ++m_counters.refusedByLimit;
-        break;
-    case AccountStatus::Busy:
-        ++m_counters.turnedAway;
-        break;
-    default:
-        break;
-    }
+    m_actions.forgetOld();
 }
 
 } // namespace zvx

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "exchange/accounts/account_file.h"
-#include "exchange/accounts/answer_memory.h"
+#include "exchange/accounts/account_request.h"
+#include "exchange/accounts/action_book.h"
 #include "exchange/accounts/code_book.h"
 #include "exchange/accounts/secret.h"
 #include "exchange/accounts/text_courier.h"
@@ -23,50 +24,6 @@ class Clock;
 class PasswordPool;
 class RandomSource;
 
-struct ResolveRequest {
-    AccountAction action = AccountAction::SignIn;
-    KeyName name;
-};
-
-struct FavouritesQuery {
-    AccountId account;
-    std::string market;
-    std::int64_t page = 1;
-    std::int64_t size = 0;
-    std::function<void(const FavouritesAnswer &)> done;
-};
-
-struct ProfileQuery {
-    AccountId account;
-    std::function<void(const ProfileAnswer &)> done;
-};
-
-/// The second half of a sign-in: what the pool says to the password.
-struct PasswordChecked {
-    KeyName name;
-    std::string phone;
-    std::string peer; ///< its group
-    std::uint64_t client = 0;
-    AccountId account; ///< none where the phone has no account
-    std::int64_t passwordVersion = 0; ///< of the password that was compared
-    std::optional<bool> right;
-};
-
-/// The second half of a registration or a reset: the new password's hash.
-struct PasswordHashed {
-    KeyName name;
-    AccountAction action = AccountAction::Register;
-    std::string referee;
-    std::string phone;
-    std::string peer; ///< its group
-    TimeMs issued; ///< names the code that allowed it
-    std::optional<std::string> stored;
-};
-
-using AccountRequest = std::variant<SignInRequest, CodeRequest, RegisterRequest, ResetRequest,
-                                    MoneyCodeCheck, FavouriteChange, ResolveRequest,
-                                    FavouritesQuery, ProfileQuery, PasswordChecked, PasswordHashed>;
-
 /// A session as a batch left it: begun, or ended, or forgotten.
 struct SessionChange {
     StoredSession session; ///< of one that ends or is forgotten the number and the kind alone
@@ -75,12 +32,9 @@ struct SessionChange {
 
 /// What a batch of requests leaves to do once it is durable.
 struct Afterwards {
-    /// Tells an answer; with `true`, tells Failed instead.
-    using Reply = std::function<void(bool failed)>;
-
     std::vector<SessionChange> sessions;
     std::vector<TextMessage> texts;
-    std::vector<Reply> replies;
+    std::vector<ActionBook::Reply> replies;
 };
 
 /**
@@ -115,31 +69,16 @@ public:
     /// Ends, forgets and wipes what is too old.
     void tidy();
 
-    Afterwards takeAfterwards() { return std::exchange(m_afterwards, {}); }
-    /// Tells all whose answers have not left yet that the desk failed.
-    void fail();
+    Afterwards takeAfterwards();
+    /// Tells all whose answers were not taken that the desk failed.
+    void fail() { m_actions.fail(); }
     /// Whether a request is out to the pool.
-    bool waitsForPasswords() const { return !m_underWay.empty(); }
+    bool waitsForPasswords() const { return m_actions.anyUnderWay(); }
 
     std::optional<AccountId> demoAccount() const { return m_demo; }
 
 private:
-    /// Where an answer is kept for the next time its key comes.
-    enum class Keep : std::uint8_t {
-        Nowhere, ///< the key is not used up
-        Memory, ///< nothing happened that would outlive the service
-        Disk,
-    };
-
-    /// An action between its two halves.
-    struct UnderWay {
-        AccountAction action = AccountAction::SignIn;
-        std::string fingerprint;
-        std::vector<Answered> waiting; ///< the first one and its repetitions
-    };
-    struct KeyOrder {
-        bool operator()(const KeyName &a, const KeyName &b) const;
-    };
+    using Keep = ActionBook::Keep;
 
     // One for each kind of request. The second halves answer those who wait for their key.
     void work(SignInRequest &request, Answered &done);
@@ -154,18 +93,6 @@ private:
     void work(PasswordChecked &half, Answered &done);
     void work(PasswordHashed &half, Answered &done);
 
-    /// Whether the key was used before; then `done` is answered, or waits for the first answer.
-    /// Without `content` any content of the action will do.
-    bool seen(const KeyName &name, AccountAction action, const std::string *content,
-              Answered &done);
-    /// Whether the action is to be carried out now. Where not, its key was seen.
-    bool begin(const KeyName &name, AccountAction action, std::string fingerprint, Answered &done);
-    void finish(const KeyName &name, AccountAnswer answer, Keep keep);
-    void finish(const KeyName &name, AccountStatus status, Keep keep);
-    std::optional<KnownAnswer> recall(const KeyName &name);
-    void reply(std::shared_ptr<const AccountAnswer> answer, Answered done);
-    void reply(AccountStatus status, Answered &done);
-
     /// Sends the new password to be hashed where the code is right.
     void checkAndHash(PasswordHashed half, const Secret &code, Secret password);
     /// Counts the passwords that a peer has out to the pool. One address alone must not keep all
@@ -178,7 +105,6 @@ private:
     void endSession(std::int64_t number, SessionState::Kind kind, TimeMs now);
     void sendText(const CodeOwner &owner, bool known, Secret code);
     AccountProfile profileOf(const StoredAccount &account) const;
-    void count(AccountStatus status);
 
     AccountFile &m_file;
     Clock &m_clock;
@@ -198,10 +124,7 @@ private:
     Throttle m_signInsOfPeer;
     Throttle m_signInsOfPhone;
     Throttle m_textsOfPeer;
-    Throttle m_burnt; ///< of strangers, all together
-    AnswerMemory m_signIns; ///< that succeeded
-    AnswerMemory m_refusals;
-    std::map<KeyName, UnderWay, KeyOrder> m_underWay;
+    ActionBook m_actions;
     std::map<std::string, std::size_t> m_hashesOfPeer;
     Afterwards m_afterwards;
 };

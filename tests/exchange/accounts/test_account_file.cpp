@@ -110,7 +110,7 @@ TEST(AccountFiles, OfAnotherKindAreRefused)
     EXPECT_THROW(AccountDesk(std::move(linked)), StoreError);
 }
 
-TEST(AccountFiles, AreKeptByWriteAheadLogAndFullSynchronisation)
+TEST(AccountFiles, AreKeptByAWriteAheadLog)
 {
     DeskBench bench;
     SQLite::Database database(bench.file().string(), SQLite::OPEN_READONLY);
