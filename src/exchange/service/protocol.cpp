@@ -139,13 +139,15 @@ std::string Envelope::open(WireStatus status) const
     return json.take();
 }
 
-HttpAnswer Envelope::refusal(WireStatus status, std::string_view message,
-                             std::string_view reason) const
+HttpAnswer Envelope::refusal(WireStatus status, std::string_view message, std::string_view reason,
+                             std::string_view data) const
 {
     JsonText rest;
     rest.raw(open(status)).key("message").text(message);
     if (!reason.empty())
         rest.key("reason").text(reason);
+    if (!data.empty())
+        rest.key("data").raw(data);
     HttpAnswer answer = HttpAnswer::of(httpStatus(status), rest.close('}').take());
     if (status == WireStatus::Method)
         answer.allow = "GET";

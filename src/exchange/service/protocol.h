@@ -116,10 +116,11 @@ public:
 
     /// `{"protocol":1,…,"time":…` without the closing brace.
     std::string open(WireStatus status) const;
-    /// A whole answer without data; `message` is a Chinese sentence for people, `reason` the word
-    /// for programs that goes with WireStatus::Refused.
-    HttpAnswer refusal(WireStatus status, std::string_view message,
-                       std::string_view reason = {}) const;
+    /// A whole answer that says no; `message` is a Chinese sentence for people, `reason` the word
+    /// for programs that goes with WireStatus::Refused. `data` is a JSON object, for the few
+    /// refusals that tell more.
+    HttpAnswer refusal(WireStatus status, std::string_view message, std::string_view reason = {},
+                       std::string_view data = {}) const;
 
 private:
     std::string m_boot;

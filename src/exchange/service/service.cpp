@@ -14,6 +14,7 @@
 #include "exchange/service/platform_pages.h"
 #include "exchange/service/poll_hub.h"
 #include "exchange/service/protocol.h"
+#include "exchange/service/query_pool.h"
 #include "exchange/service/refusal_log.h"
 #include "exchange/service/robots.h"
 #include "exchange/service/service_log.h"
@@ -144,6 +145,7 @@ private:
     std::unique_ptr<Initials> m_initials;
     std::unique_ptr<Envelope> m_envelope;
     std::unique_ptr<WireAnswers> m_answers;
+    std::unique_ptr<QueryPool> m_queries;
     std::unique_ptr<TradingPaths> m_trading;
     MessageFile m_messages;
     BuildCounters m_builds{};
@@ -177,7 +179,8 @@ Service::Impl::Impl(ServiceOptions options, ServiceLog &log)
     m_envelope
         = std::make_unique<Envelope>(m_exchange->boot(), [clock] { return clock.wall().value(); });
     m_answers = std::make_unique<WireAnswers>(*m_envelope);
-    m_trading = std::make_unique<TradingPaths>(*m_answers);
+    m_queries = std::make_unique<QueryPool>(*m_answers, m_log);
+    m_trading = std::make_unique<TradingPaths>(*m_answers, *m_queries);
     openAccounts();
     giveToDemo();
     makeBoards();
@@ -659,6 +662,8 @@ void Service::Impl::stop()
     }
     for (const auto &[id, room] : m_accounts)
         room->desk.stop();
+    if (m_queries)
+        m_queries->stop();
     if (m_exchange) {
         m_exchange->stop();
         m_log.info("stopped");

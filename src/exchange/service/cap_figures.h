@@ -1,0 +1,40 @@
+#pragma once
+
+#include "exchange/core/types.h"
+
+#include <string>
+#include <vector>
+
+namespace zvx {
+
+struct AccountState;
+struct MarketSnapshot;
+class JsonText;
+
+/// One holding as clients see it.
+struct CapHolding {
+    CollectionId collection;
+    std::string code;
+    std::string name;
+    Quantity quantity; ///< all pieces
+    Quantity sellable; ///< those that no open order holds
+    Fen cost; ///< the average price paid, rounded to the nearest fen, halves up
+    Fen latest; ///< the latest price or, where nothing was dealt, the previous close
+};
+
+/// An account's money and holdings with what follows from them. Sums stop at kAmountBound.
+struct CapFigures {
+    Fen heldMarketValue; ///< of all pieces, at CapHolding::latest
+    Fen profit; ///< heldMarketValue less what was paid for the pieces, fees included
+    Fen available;
+    Fen frozen; ///< of open buys
+    Fen total; ///< available, frozen and heldMarketValue
+    std::vector<CapHolding> holdings; ///< by rising collection
+};
+
+CapFigures capFigures(const AccountState &account, const MarketSnapshot &market);
+
+/// The `data` of cap.html.
+void writeCap(JsonText &json, const CapFigures &figures);
+
+} // namespace zvx
