@@ -41,6 +41,13 @@ QString maskedPhone(const QString &phone)
         + phone.right(tail);
 }
 
+QString nameOf(const ZvUBMyAcount &account)
+{
+    if (!account.name().isEmpty())
+        return account.name();
+    return account.phone().isEmpty() ? QStringLiteral("已登录") : maskedPhone(account.phone());
+}
+
 } // namespace
 
 AccountButton::AccountButton(QWidget *parent) : QPushButton(parent), m_menu(new QMenu(this))
@@ -55,8 +62,7 @@ AccountButton::AccountButton(QWidget *parent) : QPushButton(parent), m_menu(new 
     m_menu->addAction(QStringLiteral("退出登录"), this, &AccountButton::signOut);
 
     connect(this, &QPushButton::clicked, this, &AccountButton::act);
-    connect(cache(), &ZvServerCache::signal_cache_Myaccount_changed, this,
-            &AccountButton::takeAccount);
+    connect(cache(), &ZvServerCache::signal_cache_Myaccount_changed, this, &AccountButton::refresh);
     connect(cache(), &ZvServerCache::signal_cache_LoggedOtherPlace, this,
             &AccountButton::takeSessionEnd);
     connect(pool(), &ZvWidgetSignalSLotPool::signal_login_succeed, this, &AccountButton::refresh);
@@ -69,18 +75,15 @@ AccountButton::~AccountButton() = default;
 
 void AccountButton::refresh()
 {
-    // What the cache holds of the account may be left from the one before.
-    if (!engine()->isLogged)
-        m_account.clear();
-    const QString account = m_account.isEmpty() ? QStringLiteral("已登录") : m_account;
-    const QString words = engine()->isLogged ? account : QStringLiteral("登录");
-    const QKeySequence keys(Qt::CTRL | Qt::Key_L);
+    const bool isLogged = engine()->isLogged;
+    const QString words = isLogged ? nameOf(cache()->myAccount) : QStringLiteral("登录");
     QString text = fontMetrics().elidedText(words, Qt::ElideRight, widestAccount);
     setText(text.replace(QLatin1Char('&'), QLatin1String("&&")));
     // A new text takes the shortcut with it.
+    const QKeySequence keys(Qt::CTRL | Qt::Key_L);
     setShortcut(keys);
     setToolTip(QStringLiteral("%1 (%2)").arg(words, keys.toString(QKeySequence::NativeText)));
-    setAccessibleName(engine()->isLogged ? QStringLiteral("账户 %1").arg(words) : words);
+    setAccessibleName(isLogged ? QStringLiteral("账户 %1").arg(words) : words);
 }
 
 void AccountButton::act()
@@ -117,24 +120,10 @@ void AccountButton::signOut()
     refresh();
 }
 
-void AccountButton::takeAccount()
-{
-    const ZvUBMyAcount &account = cache()->myAccount;
-    m_account = account.name().isEmpty() ? maskedPhone(account.phone()) : account.name();
-    refresh();
-}
-
-void AccountButton::takeSessionEnd(const QString &message)
+void AccountButton::takeSessionEnd(QString message)
 {
     engine()->startUnloggedEngine();
     refresh();
-    // The news comes from within an answer of the exchange: an event loop that ran here would hold
-    // that answer up, and the market with it.
-    QTimer::singleShot(0, this, [this, message] { tellSessionEnd(message); });
-}
-
-void AccountButton::tellSessionEnd(const QString &message)
-{
     if (m_isTelling)
         return;
     m_isTelling = true;

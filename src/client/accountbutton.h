@@ -23,12 +23,9 @@ private:
     void act();
     void signIn();
     void signOut();
-    void takeAccount();
-    void takeSessionEnd(const QString &message);
-    void tellSessionEnd(const QString &message);
+    void takeSessionEnd(QString message);
 
     QPointer<LoginDialog> m_dialog;
     QMenu *m_menu;
-    QString m_account; // the name of the one that is signed in; empty until it is known
     bool m_isTelling = false;
 };

@@ -160,7 +160,13 @@ private slots:
                      "href=\"http://127.0.0.1:4711/ch/agreement.html\""),
                  qPrintable(config->getStyleOf_ContactUrl()));
         // A service that was started again answers elsewhere.
+        zvtest::CallTrace trace;
         m_window->useExchange(QUrl("http://127.0.0.1:4712"));
+        const QStringList expected{
+            "ZvServerAccessManager::stop()",
+            "ZvServerAccessManager::setExchangeAddress(\"http://127.0.0.1:4712\")",
+            "ZvServerAccessManager::start()"};
+        QCOMPARE(trace.take().filter("AccessManager").join('\n'), expected.join('\n'));
         QCOMPARE(access()->exchangeAddress(), QUrl("http://127.0.0.1:4712"));
         QVERIFY(access()->isStarted());
         QVERIFY(config->getStyleOf_ContactUrl().contains(":4712/"));
