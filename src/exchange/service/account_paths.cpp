@@ -4,9 +4,11 @@
 #include "exchange/service/json_text.h"
 #include "exchange/service/market_board.h"
 #include "exchange/service/parameters.h"
+#include "exchange/service/query_pool.h"
 #include "exchange/service/session_gate.h"
 #include "exchange/service/wire_answers.h"
 #include "exchange/store/exchange.h"
+#include "exchange/store/marketreader.h"
 
 #include <memory>
 #include <optional>
@@ -87,12 +89,15 @@ std::optional<std::uint64_t> clientOf(const ActionForm &form)
 }
 
 /// The account as `myaccount.html` tells it.
-std::string accountJson(const AccountProfile &profile, PartsPerMillion fee)
+std::string accountJson(const AccountProfile &profile, const AccountFees &fees)
 {
     JsonText json;
     json.open('{').key("account").text(profile.number).key("phone").text(profile.phone);
-    json.key("name").text(profile.name).key("poundage").number(fee.value());
-    return json.key("poundageOf").open('[').close(']').close('}').take();
+    json.key("name").text(profile.name).key("poundage").number(fees.fee.value());
+    json.key("poundageOf").open('[');
+    for (const auto &[collection, rate] : fees.special)
+        json.open('[').text(std::to_string(collection.value())).number(rate.value()).close(']');
+    return json.close(']').close('}').take();
 }
 
 std::string favouritesJson(const std::vector<CollectionId> &collections)
@@ -122,18 +127,6 @@ HttpAnswer refusal(const WireAnswers &answers, AccountStatus status, std::int64_
     }
 }
 
-HttpAnswer answerTo(const WireAnswers &answers, const AccountAnswer &result, PartsPerMillion fee)
-{
-    if (verdict(result.status) != AccountVerdict::Done)
-        return refusal(answers, result.status, result.wait);
-    if (result.token.empty())
-        return answers.doneWith();
-    JsonText json;
-    json.open('{').key("token").text(result.token.text());
-    return answers.doneWith(
-        json.key("account").raw(accountJson(result.profile, fee)).close('}').take());
-}
-
 /// The desk's callbacks are copied about, a responder is not.
 std::shared_ptr<HttpResponder> shared(HttpResponder &responder)
 {
@@ -142,8 +135,9 @@ std::shared_ptr<HttpResponder> shared(HttpResponder &responder)
 
 } // namespace
 
-AccountPaths::AccountPaths(AccountDesk &desk, const SessionGate &gate, const WireAnswers &answers)
-    : m_desk(desk), m_gate(gate), m_answers(answers)
+AccountPaths::AccountPaths(AccountDesk &desk, const SessionGate &gate, QueryPool &queries,
+                           const WireAnswers &answers)
+    : m_desk(desk), m_gate(gate), m_queries(queries), m_answers(answers)
 {
 }
 
@@ -168,8 +162,33 @@ void AccountPaths::handle(PathCall call)
 
 AccountDesk::Answered AccountPaths::answering(PathCall &call) const
 {
-    return [&answers = m_answers, fee = call.market.fee(), responder = shared(call.responder)](
-               const AccountAnswer &result) { responder->answer(answerTo(answers, result, fee)); };
+    return [this, &market = call.market,
+            responder = shared(call.responder)](const AccountAnswer &result) {
+        if (verdict(result.status) != AccountVerdict::Done)
+            responder->answer(refusal(m_answers, result.status, result.wait));
+        else if (result.token.empty())
+            responder->answer(m_answers.doneWith());
+        else
+            tellAccount(market, std::move(*responder), result.profile, result.token.copy());
+    };
+}
+
+void AccountPaths::tellAccount(MarketServer &market, HttpResponder responder,
+                               const AccountProfile &profile, Secret token) const
+{
+    m_queries.answer(
+        market, std::move(responder),
+        [&answers = m_answers, &market, profile,
+         token = std::make_shared<const Secret>(std::move(token))](MarketReader &reader) {
+            // Who never traded in this market has its usual fee there.
+            const std::string account = accountJson(
+                profile, reader.fees(profile.id).value_or(AccountFees{market.fee(), {}}));
+            if (token->empty())
+                return answers.doneWith(account);
+            JsonText json;
+            json.open('{').key("token").text(token->text()).key("account").raw(account).close('}');
+            return answers.doneWith(json.take());
+        });
 }
 
 void AccountPaths::act(PathCall call, AccountId account)
@@ -255,11 +274,12 @@ void AccountPaths::showAccount(PathCall call, AccountId account)
         return;
     }
     m_desk.profile(account,
-                   [&answers = m_answers, fee = call.market.fee(),
+                   [this, &market = call.market,
                     responder = shared(call.responder)](const ProfileAnswer &result) {
-                       responder->answer(result.status == AccountStatus::Done
-                                             ? answers.doneWith(accountJson(result.profile, fee))
-                                             : refusal(answers, result.status));
+                       if (result.status == AccountStatus::Done)
+                           tellAccount(market, std::move(*responder), result.profile);
+                       else
+                           responder->answer(refusal(m_answers, result.status));
                    });
 }
 

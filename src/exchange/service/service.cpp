@@ -48,10 +48,10 @@ HttpFragment fragment(std::string text)
 
 /// The accounts of one platform, and who asks for them.
 struct AccountRoom {
-    AccountRoom(AccountDeskOptions options, const WireAnswers &answers)
+    AccountRoom(AccountDeskOptions options, QueryPool &queries, const WireAnswers &answers)
         : desk(std::move(options)),
           gate([this](std::string_view token) { return desk.session(token); }, answers),
-          paths(desk, gate, answers)
+          paths(desk, gate, queries, answers)
     {
     }
 
@@ -257,7 +257,7 @@ void Service::Impl::openAccounts()
         };
         options.notice
             = [this, id = platform.id](const std::string &line) { m_log.info(id + ": " + line); };
-        room = std::make_unique<AccountRoom>(std::move(options), *m_answers);
+        room = std::make_unique<AccountRoom>(std::move(options), *m_queries, *m_answers);
     }
 }
 

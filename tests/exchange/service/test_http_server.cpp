@@ -23,6 +23,16 @@ public:
     {
         if (request.path == "/drop")
             return;
+        if (request.path == "/peer") {
+            responder.answer(HttpAnswer::of(200, request.peer));
+            return;
+        }
+        if (request.path == "/page") {
+            HttpAnswer page = HttpAnswer::of(200, "<p>");
+            page.contentSecurity = "default-src 'none'";
+            responder.answer(std::move(page));
+            return;
+        }
         if (request.path.rfind("/park", 0) != 0) {
             responder.answer(HttpAnswer::of(200, request.method + request.path + request.body));
             return;
@@ -343,6 +353,58 @@ TEST_F(HttpServerTest, SaysInOneSentenceWhyItCannotListen)
     HttpServer::Options name;
     name.address = "localhost";
     EXPECT_THROW(HttpServer(name, echo), std::runtime_error);
+}
+
+TEST_F(HttpServerTest, RefusesAHostThatIsNotItsOwn)
+{
+    HttpServer::Options options;
+    options.hosts = HostNames({"exchange.example.org"});
+    server = std::make_unique<HttpServer>(options, echo);
+    server->start();
+    const auto statusOf = [&](const std::string &host) {
+        RawClient one = client();
+        one.send("GET /a HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
+        const auto answer = one.answer();
+        return answer ? answer->status : 0;
+    };
+    for (const char *host : {"127.0.0.1", "[::1]:9", "localhost:1", "exchange.example.org"})
+        EXPECT_EQ(statusOf(host), 200) << host;
+    EXPECT_EQ(echo.refused, 0);
+    for (const char *host : {"evil.example", "127.0.0.1.evil.example:80", "h"})
+        EXPECT_EQ(statusOf(host), 400) << host;
+    EXPECT_EQ(echo.refused, 3) << "one line each for the log";
+    EXPECT_EQ(refusalOf("POST /a HTTP/1.1\r\nHost: evil.example\r\nContent-Length: 3\r\n\r\nabc"),
+              400);
+}
+
+TEST_F(HttpServerTest, KnowsWhoAsks)
+{
+    begin();
+    EXPECT_EQ(zvxtest::fetch(server->port(), "/peer").body, "127.0.0.1");
+    RawClient other(server->port(), "127.0.0.9");
+    other.get("/peer");
+    EXPECT_EQ(other.answer()->body, "127.0.0.9");
+    server.reset();
+    // A socket of the other family, which takes both.
+    HttpServer::Options options;
+    options.address = "::";
+    try {
+        server = std::make_unique<HttpServer>(options, echo);
+    } catch (const std::runtime_error &) {
+        GTEST_SKIP() << "this machine has no IPv6";
+    }
+    server->start();
+    EXPECT_EQ(zvxtest::fetch(server->port(), "/peer").body, "127.0.0.1");
+}
+
+TEST_F(HttpServerTest, APageCarriesItsRules)
+{
+    begin();
+    const std::string head = zvxtest::fetch(server->port(), "/page").head;
+    EXPECT_NE(head.find("\r\nContent-Security-Policy: default-src 'none'\r\n"), std::string::npos);
+    EXPECT_NE(head.find("\r\nReferrer-Policy: no-referrer\r\n"), std::string::npos);
+    EXPECT_EQ(zvxtest::fetch(server->port(), "/fine").head.find("Content-Security"),
+              std::string::npos);
 }
 
 } // namespace

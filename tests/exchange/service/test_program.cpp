@@ -1,5 +1,6 @@
 #include "exchange/service/lifeline.h"
 
+#include "exchange/service/program.h"
 #include "exchange/service/raw_client.h"
 #include "exchange/service/temporary_folder.h"
 #include "exchange/service/until.h"
@@ -9,11 +10,7 @@
 
 #include <csignal>
 #include <fstream>
-#include <optional>
-#include <sstream>
 
-#include <fcntl.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -24,123 +21,9 @@ namespace {
 using namespace std::chrono_literals;
 using nlohmann::json;
 using zvxtest::fetch;
+using zvxtest::Program;
 using zvxtest::TemporaryFolder;
 using zvxtest::until;
-
-/// The program as a child process, with pipes on its three ends.
-class Program
-{
-public:
-    enum Input { Pipe, Nothing };
-
-    explicit Program(std::vector<std::string> arguments, Input input = Pipe)
-    {
-        int in[2];
-        int out[2];
-        int err[2];
-        if (::pipe2(in, O_CLOEXEC) != 0 || ::pipe2(out, O_CLOEXEC) != 0
-            || ::pipe2(err, O_CLOEXEC) != 0)
-            throw std::runtime_error("no pipes");
-        arguments.insert(arguments.begin(), ZVX_PROGRAM);
-        std::vector<char *> list;
-        for (std::string &argument : arguments)
-            list.push_back(argument.data());
-        list.push_back(nullptr);
-        m_child = ::fork();
-        if (m_child == 0) {
-            ::dup2(input == Pipe ? in[0] : ::open("/dev/null", O_RDONLY), STDIN_FILENO);
-            ::dup2(out[1], STDOUT_FILENO);
-            ::dup2(err[1], STDERR_FILENO);
-            ::execv(ZVX_PROGRAM, list.data());
-            ::_exit(127);
-        }
-        for (const int end : {in[0], out[1], err[1]})
-            ::close(end);
-        m_in = in[1];
-        m_out = out[0];
-        m_err = err[0];
-    }
-
-    ~Program()
-    {
-        if (!m_status) {
-            ::kill(m_child, SIGKILL);
-            wait();
-        }
-        closeInput();
-        ::close(m_out);
-        ::close(m_err);
-    }
-    Program(const Program &) = delete;
-
-    void closeInput()
-    {
-        if (m_in >= 0)
-            ::close(m_in);
-        m_in = -1;
-    }
-
-    void signal(int number) const { ::kill(m_child, number); }
-
-    bool isRunning()
-    {
-        drain();
-        int status = 0;
-        if (!m_status && ::waitpid(m_child, &status, WNOHANG) == m_child)
-            m_status = status;
-        return !m_status;
-    }
-
-    /// The exit code, -1 after a signal.
-    int wait()
-    {
-        until([&] { return !isRunning(); }, 60s);
-        if (!m_status)
-            return -2;
-        while (drain()) { }
-        return WIFEXITED(*m_status) ? WEXITSTATUS(*m_status) : -1;
-    }
-
-    /// The port of the first line of output.
-    std::uint16_t port()
-    {
-        until(
-            [&] {
-                drain();
-                return output.find('\n') != std::string::npos || !isRunning();
-            },
-            60s);
-        EXPECT_EQ(output.substr(0, 5), "PORT ") << errors;
-        return output.size() > 5 ? static_cast<std::uint16_t>(std::stoi(output.substr(5))) : 0;
-    }
-
-    std::string output;
-    std::string errors;
-
-private:
-    /// Reads what is there. False when both ends are empty.
-    bool drain()
-    {
-        bool any = false;
-        pollfd files[2] = {{m_out, POLLIN, 0}, {m_err, POLLIN, 0}};
-        ::poll(files, 2, 0);
-        for (int i = 0; i < 2; ++i) {
-            char bytes[4096];
-            const ssize_t count
-                = (files[i].revents & POLLIN) ? ::read(files[i].fd, bytes, sizeof bytes) : 0;
-            if (count > 0)
-                (i == 0 ? output : errors).append(bytes, static_cast<std::size_t>(count));
-            any = any || count > 0;
-        }
-        return any;
-    }
-
-    pid_t m_child = -1;
-    int m_in = -1;
-    int m_out = -1;
-    int m_err = -1;
-    std::optional<int> m_status;
-};
 
 /// A process that holds a connection to the folder's socket until it is killed.
 class AttachedProcess
