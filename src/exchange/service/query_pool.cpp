@@ -30,12 +30,19 @@ void QueryPool::answer(MarketServer &market, HttpResponder responder, Question q
     if (m_ending || m_queue.size() >= m_bound) {
         const bool ending = m_ending;
         lock.unlock();
+        ++m_counters.turnedAway;
         responder.answer(ending ? m_answers.stopping() : m_answers.busy());
         return;
     }
     m_queue.push_back({&market, std::move(responder), std::move(question)});
     lock.unlock();
     m_wake.notify_one();
+}
+
+std::size_t QueryPool::waiting() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_queue.size();
 }
 
 void QueryPool::stop()
@@ -58,10 +65,13 @@ void QueryPool::run()
         m_wake.wait(lock, [this] { return m_ending || !m_queue.empty(); });
         if (m_queue.empty())
             return;
-        Waiting next = std::move(m_queue.front());
-        m_queue.pop_front();
-        lock.unlock();
-        next.responder.answer(ask(*next.market, next.question));
+        {
+            Waiting next = std::move(m_queue.front());
+            m_queue.pop_front();
+            lock.unlock();
+            next.responder.answer(ask(*next.market, next.question));
+            ++m_counters.answered;
+        }
         lock.lock();
     }
 }

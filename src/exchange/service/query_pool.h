@@ -2,8 +2,10 @@
 
 #include "exchange/service/http_message.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <mutex>
@@ -16,6 +18,12 @@ class MarketReader;
 class MarketServer;
 class ServiceLog;
 class WireAnswers;
+
+/// Counters since the start. Read from any thread.
+struct QueryCounters {
+    std::atomic<std::uint64_t> answered{0}; ///< read, or failed to
+    std::atomic<std::uint64_t> turnedAway{0};
+};
 
 /**
  * The road back for everything that is read from the markets' stores: a few threads for all
@@ -45,6 +53,10 @@ public:
     /// when the queue is full, `failed` when the pool has ended or the store cannot be read.
     void answer(MarketServer &market, HttpResponder responder, Question question);
 
+    const QueryCounters &counters() const { return m_counters; }
+    /// Questions that wait.
+    std::size_t waiting() const;
+
     /// Answers what waits and ends the threads. Markets must stand until then. Harmless when called
     /// again.
     void stop();
@@ -62,7 +74,8 @@ private:
     const WireAnswers &m_answers;
     ServiceLog &m_log;
     std::size_t m_bound;
-    std::mutex m_mutex;
+    QueryCounters m_counters;
+    mutable std::mutex m_mutex;
     std::condition_variable m_wake;
     std::deque<Waiting> m_queue;
     bool m_ending = false;

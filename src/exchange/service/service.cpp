@@ -81,6 +81,7 @@ void addAccounts(MetricsText &text, const std::string &platform, const AccountDe
     add("zvexchange_account_requests_turned_away_total", counters.turnedAway);
     add("zvexchange_account_commits_total", counters.commits);
     add("zvexchange_account_queue_depth", desk.waiting());
+    add("zvexchange_sessions_live", desk.liveSessions());
     add("zvexchange_sign_ins_total", counters.signIns);
     add("zvexchange_wrong_passwords_total", counters.wrongPasswords);
     add("zvexchange_wrong_codes_total", counters.wrongCodes);
@@ -624,6 +625,9 @@ std::string Service::Impl::metrics() const
     for (std::size_t i = 0; i < topicCount; ++i)
         text.add("zvexchange_builds_total", m_builds[i], "topic",
                  std::string(topicName(static_cast<Topic>(i))));
+    text.add("zvexchange_queries_total", m_queries->counters().answered);
+    text.add("zvexchange_queries_turned_away_total", m_queries->counters().turnedAway);
+    text.add("zvexchange_query_queue_depth", m_queries->waiting());
     text.add("zvexchange_robot_orders_total", m_robots ? m_robots->orders() : 0);
     for (const auto &[id, room] : m_accounts)
         addAccounts(text, id, room->desk);
