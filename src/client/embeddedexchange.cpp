@@ -203,9 +203,10 @@ void EmbeddedExchange::launch()
         Qt::QueuedConnection);
     connect(m_process.get(), qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this,
             [this](int exitCode) { takeChildEnd(exitCode); });
+    // Whoever starts a client alone can trade at once: a new folder gets a demo account.
     m_process->start(m_program,
                      QStringList{QStringLiteral("serve"), QStringLiteral("--attached"),
-                                 QStringLiteral("--state"), m_stateFolder}
+                                 QStringLiteral("--demo"), QStringLiteral("--state"), m_stateFolder}
                          + m_extraArguments);
 }
 

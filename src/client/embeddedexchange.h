@@ -14,9 +14,10 @@ class QProcess;
 // The exchange service that the client runs on by itself when no server is named.
 //
 // Where a service already runs on the state folder, it is attached to; otherwise one is started as
-// a child. Either way this process holds a line to it, and the service ends cleanly when the last
-// line closes, so a killed client leaves no orphan. When the service goes away, it is looked for
-// and started again, after a pause that grows while it does not last.
+// a child, with a demo account where the folder is new. Either way this process holds a line to it,
+// and the service ends cleanly when the last line closes, so a killed client leaves no orphan. When
+// the service goes away, it is looked for and started again, after a pause that grows while it does
+// not last.
 class EmbeddedExchange : public QObject
 {
     Q_OBJECT

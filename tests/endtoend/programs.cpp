@@ -181,6 +181,19 @@ QString bootOf(const QUrl &address)
         .toString();
 }
 
+QJsonObject post(const QUrl &address, const QString &path, const QByteArray &form)
+{
+    QNetworkAccessManager manager;
+    QUrl url = address;
+    url.setPath(path);
+    QNetworkRequest request(url);
+    request.setHeader(QNetworkRequest::ContentTypeHeader,
+                      QStringLiteral("application/x-www-form-urlencoded"));
+    const std::unique_ptr<QNetworkReply> reply(manager.post(request, form));
+    until([&] { return reply->isFinished(); });
+    return QJsonDocument::fromJson(reply->readAll()).object();
+}
+
 class LoopWatch::Private
 {
 public:

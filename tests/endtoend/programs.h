@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonObject>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
@@ -89,6 +90,9 @@ void killNow(qint64 pid);
 
 // The boot id of the service at an address, "" where nothing answers in time.
 QString bootOf(const QUrl &address);
+
+// The answer to a form, empty where none comes in time.
+QJsonObject post(const QUrl &address, const QString &path, const QByteArray &form);
 
 // Runs the event loop until `condition` holds; false where it does not within the bound.
 template <typename Condition>

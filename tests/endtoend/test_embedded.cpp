@@ -8,6 +8,7 @@
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvservercache.h"
 
+#include <QJsonObject>
 #include <QtTest/QtTest>
 
 using endtoend::patience;
@@ -153,6 +154,44 @@ private slots:
         QVERIFY(available.wait(patience));
         QVERIFY(lost.isEmpty());
         QVERIFY(!endtoend::bootOf(embedded.address()).isEmpty());
+    }
+
+    void aNewFolderGetsTheDemoAccount()
+    {
+        endtoend::StateFolder state;
+        QVERIFY(QFile::remove(state.file("catalogue.json")));
+        for (int start = 0; start < 2; ++start) {
+            EmbeddedExchange embedded(program, state.path());
+            embedded.setExtraArguments({"--catalogue", ZV_SMALL_CATALOGUE, "--robots", "0"});
+            QSignalSpy available(&embedded, &EmbeddedExchange::available);
+            embedded.start();
+            QVERIFY(available.wait(patience));
+            const QByteArray key = QByteArray::number(start).rightJustified(32, 'a');
+            const QJsonObject answer = endtoend::post(
+                embedded.address(), "/lc/youbika/login.html",
+                "phone=13800000000&password=demo888888&client=00000000000000aa&key=" + key);
+            QCOMPARE(answer.value("status").toString(), QStringLiteral("ok"));
+            const QJsonObject account = answer.value("data").toObject().value("account").toObject();
+            QCOMPARE(account.value("phone").toString(), QStringLiteral("13800000000"));
+            embedded.stop();
+            QVERIFY(endtoend::until([&] { return !state.isHeld(); }));
+        }
+        QCOMPARE(state.log().count("the demo account has its money and pieces"), 3);
+    }
+
+    void aFolderThatWasThereGetsNoDemoAccount()
+    {
+        endtoend::StateFolder state;
+        EmbeddedExchange embedded(program, state.path());
+        QSignalSpy available(&embedded, &EmbeddedExchange::available);
+        embedded.start();
+        QVERIFY(available.wait(patience));
+        const QJsonObject answer
+            = endtoend::post(embedded.address(), "/lc/youbika/login.html",
+                             "phone=13800000000&password=demo888888&client=00000000000000aa&key="
+                                 + QByteArray(32, 'a'));
+        QCOMPARE(answer.value("reason").toString(), QStringLiteral("wrong-password"));
+        QVERIFY(state.log().contains("--demo changes nothing"));
     }
 
     // The address of a socket holds 107 bytes.
