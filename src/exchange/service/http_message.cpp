@@ -3,6 +3,8 @@
 #include "exchange/accounts/secret.h"
 #include "exchange/service/utf8.h"
 
+#include <algorithm>
+
 namespace zvx {
 
 namespace {
@@ -20,8 +22,20 @@ int hexValue(char c)
     return -1;
 }
 
+/// Whether the text stands for itself: nothing escaped, nothing that needs a look at its bytes.
+bool isPlain(std::string_view text)
+{
+    for (const char c : text) {
+        if (c == '+' || c == '%' || c == '\0' || static_cast<unsigned char>(c) >= 0x80)
+            return false;
+    }
+    return true;
+}
+
 std::optional<std::string> decode(std::string_view text)
 {
+    if (isPlain(text))
+        return std::string(text);
     std::string out;
     out.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -52,6 +66,9 @@ std::optional<std::string> decode(std::string_view text)
 std::optional<HttpParameters> HttpParameters::parse(std::string_view text)
 {
     HttpParameters parameters;
+    const auto pairs = std::count(text.begin(), text.end(), '&') + 1;
+    parameters.m_pairs.reserve(
+        std::min<std::size_t>(static_cast<std::size_t>(pairs), maximumPairs));
     while (!text.empty()) {
         const std::size_t end = text.find('&');
         const std::string_view pair = text.substr(0, end);

@@ -31,6 +31,7 @@ using net::ip::tcp;
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t readStep = 16 * 1024;
+constexpr std::size_t smallBody = 4 * 1024;
 
 const char *reasonOf(int status)
 {
@@ -70,14 +71,15 @@ std::string peerOf(const tcp::socket &socket)
         : net::ip::address_v6(six.to_bytes()).to_string(); // without the name of an interface
 }
 
-/// Whether a header block that has not ended yet can never become a right one.
+/// Whether a header block, whole or not, can never become a right one.
 bool isSpoiled(std::string_view bytes)
 {
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        if (bytes[i] == '\0' || (bytes[i] == '\n' && (i == 0 || bytes[i - 1] != '\r')))
+    for (std::size_t at = bytes.find('\n'); at != std::string_view::npos;
+         at = bytes.find('\n', at + 1)) {
+        if (at == 0 || bytes[at - 1] != '\r')
             return true;
     }
-    return false;
+    return bytes.find('\0') != std::string_view::npos;
 }
 
 } // namespace
@@ -264,8 +266,16 @@ private:
     /// Goes on with the request whose bytes have come so far.
     void advance()
     {
-        if (!m_parser && !readHead())
-            return;
+        if (!m_parser) {
+            if (!readHead())
+                return;
+            if (!m_head.hasBody()) {
+                takeHead();
+                dispatch();
+                return;
+            }
+            beginBody();
+        }
         error_code error;
         const net::mutable_buffer bytes = m_buffer.data();
         const std::size_t used = m_parser->put(bytes, error);
@@ -291,16 +301,22 @@ private:
         const std::string_view bytes(static_cast<const char *>(m_buffer.data().data()),
                                      m_buffer.size());
         const std::size_t end = bytes.find("\r\n\r\n");
-        if (end == std::string_view::npos) {
+        const bool isWhole = end != std::string_view::npos;
+        const std::string_view block = isWhole ? bytes.substr(0, end + 4) : bytes;
+        // Looked at before all else, and within the bound alone: so it does not matter to the
+        // verdict how much of the block has come at once.
+        if (isSpoiled(block.substr(0, m_server.limits.header))) {
+            refuse({400, "line end in header"});
+            return false;
+        }
+        if (!isWhole) {
             if (bytes.size() > m_server.limits.header)
                 refuse({413, "header over its bound"});
-            else if (isSpoiled(bytes))
-                refuse({400, "line end in header"});
             else
                 pump();
             return false;
         }
-        auto head = readRequestHead(bytes.substr(0, end + 4), m_server.limits);
+        auto head = readRequestHead(block, m_server.limits);
         if (const auto *fault = std::get_if<HttpFault>(&head)) {
             refuse(*fault);
             return false;
@@ -310,14 +326,26 @@ private:
             refuse({400, "Host names another machine"});
             return false;
         }
+        m_headSize = block.size();
+        return true;
+    }
+
+    void takeHead()
+    {
+        // A token came through here.
+        wipe(m_buffer.data().data(), m_headSize);
+        m_buffer.consume(m_headSize);
+    }
+
+    void beginBody()
+    {
         m_parser.emplace();
         m_parser->eager(true);
         m_parser->header_limit(static_cast<std::uint32_t>(m_server.limits.header));
         m_parser->body_limit(m_server.limits.body);
-        if (m_head.expectsContinue && bytes.size() == end + 4)
+        if (m_head.expectsContinue && m_buffer.size() == m_headSize)
             m_socket.async_write_some(net::buffer(goOn),
                                       [self = shared_from_this()](auto, auto) {});
-        return true;
     }
 
     void dispatch();
@@ -338,30 +366,46 @@ private:
         std::size_t length = 0;
         for (const HttpFragment &part : answer.body)
             length += part->size();
-        m_headText = "HTTP/1.1 " + std::to_string(answer.status) + ' ' + reasonOf(answer.status)
-            + "\r\nContent-Type: " + answer.contentType
-            + "\r\nContent-Length: " + std::to_string(length)
-            + "\r\nCache-Control: no-store\r\nX-Content-Type-Options: nosniff\r\n";
+        m_text.clear();
+        m_text.append("HTTP/1.1 ").append(std::to_string(answer.status));
+        m_text.append(" ").append(reasonOf(answer.status));
+        m_text.append("\r\nContent-Type: ").append(answer.contentType);
+        m_text.append("\r\nContent-Length: ").append(std::to_string(length));
+        m_text.append("\r\nCache-Control: no-store\r\nX-Content-Type-Options: nosniff\r\n");
         if (!answer.allow.empty())
-            m_headText += "Allow: " + answer.allow + "\r\n";
-        if (!answer.contentSecurity.empty())
-            m_headText += "Content-Security-Policy: " + answer.contentSecurity
-                + "\r\nReferrer-Policy: no-referrer\r\n";
-        m_headText += m_closeAfter ? "Connection: close\r\n\r\n" : "Connection: keep-alive\r\n\r\n";
+            m_text.append("Allow: ").append(answer.allow).append("\r\n");
+        if (!answer.contentSecurity.empty()) {
+            m_text.append("Content-Security-Policy: ").append(answer.contentSecurity);
+            m_text.append("\r\nReferrer-Policy: no-referrer\r\n");
+        }
+        m_text.append(m_closeAfter ? "Connection: close\r\n\r\n"
+                                   : "Connection: keep-alive\r\n\r\n");
         // A body behind the answer to HEAD would be read as the next answer.
         if (m_head.method != "HEAD")
             m_body = std::move(answer.body);
+        m_server.counters.bytesOut += m_text.size() + (m_body.empty() ? 0 : length);
+        enter(Phase::Writing, m_server.limits.answer);
+        write(length);
+    }
 
+    void write(std::size_t length)
+    {
+        const auto done
+            = [self = shared_from_this()](error_code error, std::size_t) { self->sent(error); };
+        // Copying a few hundred bytes costs less than handing many pieces to the kernel.
+        if (length <= smallBody) {
+            for (const HttpFragment &part : m_body)
+                m_text.append(*part);
+            m_body.clear();
+            net::async_write(m_socket, net::buffer(m_text), done);
+            return;
+        }
         std::vector<net::const_buffer> buffers;
         buffers.reserve(m_body.size() + 1);
-        buffers.push_back(net::buffer(m_headText));
+        buffers.push_back(net::buffer(m_text));
         for (const HttpFragment &part : m_body)
             buffers.push_back(net::buffer(*part));
-        m_server.counters.bytesOut += m_headText.size() + (m_body.empty() ? 0 : length);
-        enter(Phase::Writing, m_server.limits.answer);
-        net::async_write(
-            m_socket, buffers,
-            [self = shared_from_this()](error_code error, std::size_t) { self->sent(error); });
+        net::async_write(m_socket, buffers, done);
     }
 
     void sent(error_code error)
@@ -407,7 +451,8 @@ private:
     beast::flat_buffer m_buffer;
     std::optional<Parser> m_parser;
     RequestHead m_head;
-    std::string m_headText;
+    std::size_t m_headSize = 0;
+    std::string m_text; ///< head of the answer, with its body where that is small
     std::vector<HttpFragment> m_body;
     std::function<void()> m_gone;
     Phase m_phase = Phase::Reading;
@@ -478,7 +523,8 @@ void HttpServer::Impl::Connection::dispatch()
     request.query = std::move(*query);
     request.authorization = std::move(m_head.authorization);
     request.contentType = std::move(m_head.contentType);
-    request.body = std::move(m_parser->get().body());
+    if (m_parser)
+        request.body = std::move(m_parser->get().body());
     request.peer = m_peer;
     // An answer that is awaited has its own bound, that of the poll or of the command; the deadline
     // of the connection starts again with the writing.

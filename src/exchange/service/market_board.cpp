@@ -2,6 +2,9 @@
 
 #include "exchange/service/market_json.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace zvx {
 
 namespace {
@@ -20,25 +23,9 @@ constexpr Topic allTopics[topicCount]
     = {Topic::Market, Topic::Message, Topic::Check, Topic::Composite, Topic::Brief, Topic::Type,
        Topic::List,   Topic::Item,    Topic::Trade, Topic::Latest,    Topic::Cap};
 
-/// `"check":{`, with a comma in front for every entry but the first.
-const HttpFragment &entryOpening(Topic topic, bool first)
-{
-    static const auto make = [](const char *comma) {
-        std::array<HttpFragment, topicCount> all;
-        for (const Topic each : allTopics)
-            all[indexOf(each)] = fragment(comma + ('"' + std::string(topicName(each)) + "\":{"));
-        return all;
-    };
-    static const auto firsts = make("");
-    static const auto others = make(",");
-    return (first ? firsts : others)[indexOf(topic)];
-}
-
-const HttpFragment &entryClosing()
-{
-    static const HttpFragment closing = fragment("}");
-    return closing;
-}
+/// Answers to polls that are kept, and from which size on a piece is not copied into them.
+constexpr std::size_t mostAnswers = 1024;
+constexpr std::size_t longPiece = 2 * 1024;
 
 const HttpFragment &unknownEntry()
 {
@@ -73,6 +60,7 @@ void MarketBoard::publish(std::shared_ptr<const MarketSnapshot> snapshot)
 {
     if (m_snapshot && m_snapshot->list->version != snapshot->list->version)
         m_changes.clear();
+    m_topics.clear();
     m_snapshot = std::move(snapshot);
     m_collections.resize(m_snapshot->collections.size());
 }
@@ -113,32 +101,77 @@ bool MarketBoard::isWatched(Topic topic, const SyncQuestion &question) const
         && (topic != Topic::Cap || question.account);
 }
 
+/// Whether the answer names the topic: it differs, or its collection is not there.
+bool MarketBoard::isTold(Topic topic, const SyncQuestion &question) const
+{
+    return isWatched(topic, question)
+        && ((isOfCollection(topic) && !question.row)
+            || version(topic, question) != *question.held[indexOf(topic)]);
+}
+
 bool MarketBoard::differs(const SyncQuestion &question) const
 {
+    return std::any_of(std::begin(allTopics), std::end(allTopics),
+                       [&](Topic topic) { return isTold(topic, question); });
+}
+
+MarketBoard::TopicsKey MarketBoard::keyOf(const SyncQuestion &question) const
+{
+    TopicsKey key{};
     for (const Topic topic : allTopics) {
-        if (!isWatched(topic, question))
+        if (!isTold(topic, question))
             continue;
-        if ((isOfCollection(topic) && !question.row)
-            || version(topic, question) != *question.held[indexOf(topic)])
-            return true;
+        const bool unknown = isOfCollection(topic) && !question.row;
+        key[indexOf(topic)] = unknown ? UINT64_MAX : version(topic, question) + 1;
+        if (topic == Topic::List)
+            key[topicCount] = *question.held[indexOf(topic)];
+        if (isOfCollection(topic))
+            key[topicCount + 1] = question.row.value_or(0);
+        if (topic == Topic::Latest)
+            key[topicCount + 2] = question.limit;
     }
-    return false;
+    return key;
 }
 
 void MarketBoard::appendTopics(const SyncQuestion &question, std::vector<HttpFragment> &out)
 {
+    const TopicsKey key = keyOf(question);
+    if (key == TopicsKey())
+        return;
+    auto found = m_topics.find(key);
+    if (found == m_topics.end()) {
+        // Clients that hold strange versions would otherwise fill it.
+        if (m_topics.size() >= mostAnswers)
+            m_topics.clear();
+        found = m_topics.emplace(key, joinTopics(question)).first;
+    }
+    out.insert(out.end(), found->second.begin(), found->second.end());
+}
+
+/// Few pieces: what is short is copied together, what is long stays shared with other answers.
+std::vector<HttpFragment> MarketBoard::joinTopics(const SyncQuestion &question)
+{
+    std::vector<HttpFragment> pieces;
+    std::string joined;
     bool first = true;
     for (const Topic topic : allTopics) {
-        if (!isWatched(topic, question))
+        if (!isTold(topic, question))
             continue;
         const bool unknown = isOfCollection(topic) && !question.row;
-        if (!unknown && version(topic, question) == *question.held[indexOf(topic)])
-            continue;
-        out.push_back(entryOpening(topic, first));
-        out.push_back(unknown ? unknownEntry() : entry(topic, question));
-        out.push_back(entryClosing());
+        const HttpFragment told = unknown ? unknownEntry() : entry(topic, question);
+        joined.append(first ? "\"" : ",\"").append(topicName(topic)).append("\":{");
+        if (told->size() > longPiece) {
+            pieces.push_back(fragment(std::move(joined)));
+            pieces.push_back(told);
+            joined.clear();
+        } else {
+            joined.append(*told);
+        }
+        joined.append("}");
         first = false;
     }
+    pieces.push_back(fragment(std::move(joined)));
+    return pieces;
 }
 
 HttpFragment MarketBoard::entry(Topic topic, const SyncQuestion &question)

@@ -65,7 +65,8 @@ public:
 
     /// Whether the poll has to be answered now.
     bool differs(const SyncQuestion &question) const;
-    /// Appends the body of `topics`: each watched topic that differs, in brackets.
+    /// Appends the body of `topics`: each watched topic that differs, in brackets. Questions with
+    /// the same answer share it.
     void appendTopics(const SyncQuestion &question, std::vector<HttpFragment> &out);
 
     /// `"version":3,"data":{…}` of a topic of the whole market.
@@ -85,6 +86,13 @@ private:
         std::map<std::size_t, HttpFragment> latest;
     };
 
+    /// All that the body of `topics` depends on: of each topic that is told which version, and then
+    /// the list that is held, the row and the limit.
+    using TopicsKey = std::array<std::uint64_t, topicCount + 3>;
+
+    TopicsKey keyOf(const SyncQuestion &question) const;
+    std::vector<HttpFragment> joinTopics(const SyncQuestion &question);
+    bool isTold(Topic topic, const SyncQuestion &question) const;
     std::uint64_t version(Topic topic, const SyncQuestion &question) const;
     bool isWatched(Topic topic, const SyncQuestion &question) const;
     HttpFragment entry(Topic topic, const SyncQuestion &question);
@@ -100,6 +108,8 @@ private:
     std::vector<CachedCollection> m_collections;
     /// Ways to the newest list, by the version that they start from.
     std::map<std::uint64_t, HttpFragment> m_changes;
+    /// Answers to polls since the last publication.
+    std::map<TopicsKey, std::vector<HttpFragment>> m_topics;
 };
 
 } // namespace zvx

@@ -8,6 +8,13 @@
 
 namespace zvx {
 
+namespace {
+
+/// Polls that are answered before the thread looks after orders and other requests again.
+constexpr std::size_t wakesAtOnce = 32;
+
+} // namespace
+
 PollHub::PollHub(std::size_t bound, Answer answer, Alarm alarm)
     : m_bound(bound), m_answer(std::move(answer)), m_alarm(std::move(alarm))
 {
@@ -37,11 +44,26 @@ void PollHub::wake(MarketBoard &board)
     if (found == m_rooms.end())
         return;
     Room &room = found->second;
-    for (auto poll = room.polls.begin(); poll != room.polls.end();) {
-        if (board.differs(poll->second.question))
-            poll = settle(board, room, poll);
-        else
-            ++poll;
+    // Those that an earlier change has not reached yet are looked at once, for both.
+    room.toWake.clear();
+    for (const auto &entry : room.polls)
+        room.toWake.push_back(entry.first);
+    wakeSome(board, room);
+}
+
+void PollHub::wakeSome(MarketBoard &board, Room &room)
+{
+    for (std::size_t told = 0; told < wakesAtOnce && !room.toWake.empty();) {
+        const auto poll = room.polls.find(room.toWake.back());
+        room.toWake.pop_back();
+        if (poll == room.polls.end() || !board.differs(poll->second.question))
+            continue;
+        settle(board, room, poll);
+        ++told;
+    }
+    if (!room.toWake.empty() && !m_goesOnWaking) {
+        m_goesOnWaking = true;
+        m_alarm(Time());
     }
 }
 
@@ -87,7 +109,13 @@ void PollHub::endSessions(const SessionGate &gate, const std::vector<std::int64_
 
 void PollHub::expire(Time now)
 {
-    m_alarmAt.reset();
+    if (m_goesOnWaking) {
+        m_goesOnWaking = false;
+        for (auto &[board, room] : m_rooms)
+            wakeSome(*board, room);
+    }
+    if (m_alarmAt && *m_alarmAt <= now)
+        m_alarmAt.reset();
     while (!m_expiries.empty() && m_expiries.begin()->until <= now) {
         const Expiry due = *m_expiries.begin();
         Room &room = m_rooms[due.board];

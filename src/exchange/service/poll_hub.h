@@ -49,13 +49,14 @@ public:
     /// Keeps the poll until `until`, a change of `board`, or its client's leaving. Not when full.
     void park(MarketBoard &board, const SyncQuestion &question, HttpResponder responder, Time until,
               std::optional<PollSession> session = {});
-    /// Answers the board's polls for which something differs now.
+    /// Answers the board's polls for which something differs, some of them now and the others in
+    /// the calls of `expire` that it asks for: whatever else the thread has to do comes in between.
     void wake(MarketBoard &board);
     /// The same among the polls of these accounts alone.
     void wake(MarketBoard &board, const std::vector<AccountId> &accounts);
     /// Answers the polls of sessions that ended with what their gate says of them.
     void endSessions(const SessionGate &gate, const std::vector<std::int64_t> &numbers);
-    /// Answers the polls whose time has passed.
+    /// Answers the polls whose time has passed, and goes on with what `wake` left.
     void expire(Time now);
     /// Answers all of them as they stand.
     void endAll();
@@ -72,6 +73,7 @@ private:
     struct Room {
         Polls polls;
         std::set<std::pair<AccountId, std::uint64_t>> ofAccount; ///< with the polls' ids
+        std::vector<std::uint64_t> toWake; ///< ids of polls that are still to be looked at
     };
     struct Expiry {
         Time until;
@@ -86,6 +88,7 @@ private:
     /// A session's number and a poll's id.
     using SessionKey = std::tuple<const SessionGate *, std::int64_t, std::uint64_t>;
 
+    void wakeSome(MarketBoard &board, Room &room);
     Polls::iterator settle(MarketBoard &board, Room &room, Polls::iterator poll);
     /// Takes a poll out of everything that names it.
     Poll take(MarketBoard &board, Room &room, Polls::iterator poll);
@@ -99,6 +102,7 @@ private:
     std::map<SessionKey, MarketBoard *> m_ofSession;
     std::set<Expiry> m_expiries;
     std::optional<Time> m_alarmAt;
+    bool m_goesOnWaking = false; ///< a call of `expire` was asked for, to wake more
     std::size_t m_count = 0;
     std::uint64_t m_lastId = 0;
 };

@@ -1,5 +1,6 @@
 #include "exchange/service/request_head.h"
 
+#include <array>
 #include <optional>
 
 namespace zvx {
@@ -19,24 +20,50 @@ bool isHex(char c)
     return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
 
+/// Letters, digits and some others, found by one look. Every request is asked some hundred times.
+class CharacterSet
+{
+public:
+    explicit CharacterSet(std::string_view others)
+    {
+        for (int c = 0; c < 256; ++c) {
+            const char character = static_cast<char>(c);
+            m_has[static_cast<std::size_t>(c)] = isAlpha(character) || isDigit(character)
+                || others.find(character) != std::string_view::npos;
+        }
+    }
+
+    /// Whether there is text, and all of it is of this set.
+    bool holds(std::string_view text) const
+    {
+        for (const char c : text) {
+            if (!m_has[static_cast<unsigned char>(c)])
+                return false;
+        }
+        return !text.empty();
+    }
+
+private:
+    std::array<bool, 256> m_has;
+};
+
 bool isToken(std::string_view text)
 {
-    constexpr std::string_view others = "!#$%&'*+-.^_`|~";
-    for (const char c : text) {
-        if (!isAlpha(c) && !isDigit(c) && others.find(c) == std::string_view::npos)
-            return false;
-    }
-    return !text.empty();
+    static const CharacterSet characters("!#$%&'*+-.^_`|~");
+    return characters.holds(text);
 }
 
-std::string lowered(std::string_view text)
+/// Whether `text` is `lower`, which has no capitals, in letters of any case.
+bool is(std::string_view text, std::string_view lower)
 {
-    std::string out(text);
-    for (char &c : out) {
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
+    if (text.size() != lower.size())
+        return false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if ((c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c) != lower[i])
+            return false;
     }
-    return out;
+    return true;
 }
 
 std::string_view trimmed(std::string_view text)
@@ -80,12 +107,8 @@ std::optional<HttpFault> checkTarget(std::string_view target, const HttpLimits &
 
 bool isHost(std::string_view host)
 {
-    for (const char c : host) {
-        if (!isAlpha(c) && !isDigit(c)
-            && std::string_view(".-_:[]").find(c) == std::string_view::npos)
-            return false;
-    }
-    return !host.empty();
+    static const CharacterSet characters(".-_:[]");
+    return characters.holds(host);
 }
 
 bool isText(std::string_view value)
@@ -116,7 +139,7 @@ public:
         const std::string_view value = trimmed(line.substr(colon + 1));
         if (!isText(value))
             return malformed("control character in header");
-        return keep(lowered(line.substr(0, colon)), value);
+        return keep(line.substr(0, colon), value);
     }
 
     std::optional<HttpFault> finish(bool version10)
@@ -136,28 +159,28 @@ public:
     }
 
 private:
-    std::optional<HttpFault> keep(const std::string &name, std::string_view value)
+    std::optional<HttpFault> keep(std::string_view name, std::string_view value)
     {
-        if (name == "host")
+        if (is(name, "host"))
             return keepHost(value);
-        if (name == "content-length")
+        if (is(name, "content-length"))
             return keepLength(value);
-        if (name == "transfer-encoding") {
-            if (m_head.chunked || lowered(value) != "chunked")
+        if (is(name, "transfer-encoding")) {
+            if (m_head.chunked || !is(value, "chunked"))
                 return malformed("Transfer-Encoding");
             m_head.chunked = true;
-        } else if (name == "content-encoding") {
-            if (lowered(value) != "identity")
+        } else if (is(name, "content-encoding")) {
+            if (!is(value, "identity"))
                 return malformed("Content-Encoding");
-        } else if (name == "expect") {
-            if (lowered(value) != "100-continue")
+        } else if (is(name, "expect")) {
+            if (!is(value, "100-continue"))
                 return malformed("Expect");
             m_head.expectsContinue = true;
-        } else if (name == "connection") {
-            keepConnection(lowered(value));
-        } else if (name == "authorization") {
+        } else if (is(name, "connection")) {
+            return keepConnection(value);
+        } else if (is(name, "authorization")) {
             return keepOnce(m_head.authorization, value, "Authorization");
-        } else if (name == "content-type") {
+        } else if (is(name, "content-type")) {
             return keepOnce(m_head.contentType, value, "Content-Type");
         }
         return std::nullopt;
@@ -201,16 +224,18 @@ private:
         return std::nullopt;
     }
 
-    void keepConnection(const std::string &value)
+    std::optional<HttpFault> keepConnection(std::string_view rest)
     {
-        std::string_view rest = value;
         while (!rest.empty()) {
             const std::size_t comma = rest.find(',');
             const std::string_view option = trimmed(rest.substr(0, comma));
             rest = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
-            m_close = m_close || option == "close";
-            m_keepAlive = m_keepAlive || option == "keep-alive";
+            if (!option.empty() && !isToken(option))
+                return malformed("Connection");
+            m_close = m_close || is(option, "close");
+            m_keepAlive = m_keepAlive || is(option, "keep-alive");
         }
+        return std::nullopt;
     }
 
     RequestHead &m_head;
@@ -226,8 +251,10 @@ private:
 /// one.
 std::optional<std::string_view> takeLine(std::string_view &block)
 {
-    const std::size_t end = block.find_first_of(std::string_view("\r\n\0", 3));
-    if (end == std::string_view::npos || block.substr(end, 2) != "\r\n")
+    std::size_t end = 0;
+    while (end < block.size() && block[end] != '\r' && block[end] != '\n' && block[end] != '\0')
+        ++end;
+    if (block.substr(end, 2) != "\r\n")
         return std::nullopt;
     const std::string_view line = block.substr(0, end);
     block.remove_prefix(end + 2);

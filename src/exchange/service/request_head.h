@@ -23,6 +23,7 @@ struct RequestHead {
     bool chunked = false;
     std::uint64_t contentLength = 0;
 
+    bool hasBody() const { return chunked || contentLength > 0; }
     std::string_view path() const;
     /// What follows the first question mark, or nothing.
     std::string_view query() const;
