@@ -1,12 +1,15 @@
 #include "exchange/service/http_server.h"
+#include "exchange/service/parameters.h"
 #include "exchange/service/request_head.h"
 
+#include "exchange/service/corpus.h"
+#include "exchange/service/mutator.h"
 #include "exchange/service/raw_client.h"
+#include "exchange/service/recording_server.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -14,105 +17,65 @@ namespace {
 
 using namespace zvx;
 using namespace std::chrono_literals;
+using zvxtest::FuzzEffort;
+using zvxtest::Mutator;
+using zvxtest::RecordingServer;
 
-const std::vector<std::string> &corpus()
+/// What to bend: right requests weigh more, since a bend or two often makes them wrong.
+std::vector<std::string> requests()
 {
-    static const std::vector<std::string> seeds = {
-        "GET /lc/youbika/sync.html?protocol=1&check=1&wait=25000 HTTP/1.1\r\nHost: h\r\n\r\n",
-        "GET /lc/market.html HTTP/1.0\r\nHost: h:80\r\nConnection: keep-alive\r\n\r\n",
-        "POST /lc/youbika/login.html HTTP/1.1\r\nHost: h\r\nContent-Length: 5\r\n\r\na=1&b",
-        "POST /a HTTP/1.1\r\nHost: h\r\nTransfer-Encoding: chunked\r\n\r\n"
-        "5\r\na=1&b\r\n0\r\n\r\n",
-        "POST /a HTTP/1.1\r\nHost: h\r\nExpect: 100-continue\r\nContent-Length: 0\r\n\r\n",
-        "HEAD /healthz HTTP/1.1\r\nHost: [::1]:9\r\nAuthorization: Bearer x\r\n\r\n",
-        "GET /a?b=%E9%95%BF+x&&c&d=e=f HTTP/1.1\r\nhost:h\r\nConnection: TE, close\r\n\r\n",
+    std::vector<std::string> all;
+    for (const auto &one : zvxtest::requestCorpus())
+        all.insert(all.end(), one.isRefused() ? 1 : 12, one.bytes);
+    return all;
+}
+
+std::vector<std::string> forms()
+{
+    std::vector<std::string> all;
+    for (const auto &one : zvxtest::formCorpus())
+        all.insert(all.end(), one.pairs == "refused" ? 1 : 2, one.bytes);
+    return all;
+}
+
+/// The header block that says the same in the plainest way.
+std::string plainText(const RequestHead &head)
+{
+    std::string text = head.method + ' ' + head.target + " HTTP/1.1\r\nHost: h\r\n";
+    if (!head.authorization.empty())
+        text += "Authorization: " + head.authorization + "\r\n";
+    if (!head.contentType.empty())
+        text += "Content-Type: " + head.contentType + "\r\n";
+    if (head.chunked)
+        text += "Transfer-Encoding: chunked\r\n";
+    else if (head.contentLength > 0)
+        text += "Content-Length: " + std::to_string(head.contentLength) + "\r\n";
+    if (head.expectsContinue)
+        text += "Expect: 100-continue\r\n";
+    if (!head.keepAlive)
+        text += "Connection: close\r\n";
+    return text + "\r\n";
+}
+
+/// The form that says the same with everything escaped.
+std::string plainText(const HttpParameters &parameters)
+{
+    constexpr char digits[] = "0123456789ABCDEF";
+    std::string text;
+    const auto escape = [&text, &digits](const std::string &part) {
+        for (const char c : part) {
+            const auto byte = static_cast<unsigned char>(c);
+            text += {'%', digits[byte / 16], digits[byte % 16]};
+        }
     };
-    return seeds;
+    for (const auto &[name, value] : parameters.all()) {
+        text += text.empty() ? "" : "&";
+        escape(name);
+        text += '=';
+        escape(value);
+    }
+    return text;
 }
-
-/// What hostile and broken clients are known to send between the bytes of a right request.
-const std::vector<std::string> &spice()
-{
-    static const std::vector<std::string> pieces = {"\r\n",
-                                                    "\n",
-                                                    "\r",
-                                                    "\r\n\r\n",
-                                                    std::string(1, '\0'),
-                                                    " ",
-                                                    "\t",
-                                                    ":",
-                                                    "%",
-                                                    "%00",
-                                                    "%zz",
-                                                    "\xC3\xA9",
-                                                    "\xFF",
-                                                    "Content-Length: 0\r\n",
-                                                    "Content-Length: 99999999999999999999\r\n",
-                                                    "Transfer-Encoding: chunked\r\n",
-                                                    "Host: g\r\n",
-                                                    "HTTP/1.1",
-                                                    "ffffffffffffffff\r\n",
-                                                    "-1",
-                                                    std::string(5000, 'a'),
-                                                    std::string(17'000, '/'),
-                                                    "a: b\r\n c: d\r\n",
-                                                    "?",
-                                                    "#",
-                                                    "\x7f"};
-    return pieces;
-}
-
-/// Bends right requests. The same seed gives the same requests on every machine.
-class Mutator
-{
-public:
-    explicit Mutator(std::uint32_t seed) : m_random(seed) { }
-
-    std::string next()
-    {
-        std::string text = any(corpus());
-        for (std::size_t steps = 1 + below(6); steps > 0; --steps)
-            mutate(text);
-        return text;
-    }
-
-private:
-    std::size_t below(std::size_t bound) { return m_random() % bound; }
-    const std::string &any(const std::vector<std::string> &list)
-    {
-        return list[below(list.size())];
-    }
-
-    void mutate(std::string &text)
-    {
-        const std::size_t at = below(text.size() + 1);
-        const std::size_t most = std::min<std::size_t>(text.size() - at, 24);
-        switch (below(6)) {
-        case 0:
-            text.insert(at, any(spice()));
-            break;
-        case 1:
-            text.erase(at, below(most + 1));
-            break;
-        case 2:
-            if (at < text.size())
-                text[at] = static_cast<char>(below(256));
-            break;
-        case 3:
-            text.insert(at, text.substr(at, below(most + 1)));
-            break;
-        case 4:
-            text.resize(at);
-            break;
-        default: {
-            const std::string &other = any(corpus());
-            text = text.substr(0, at) + other.substr(below(other.size()));
-        }
-        }
-    }
-
-    std::mt19937 m_random;
-};
 
 /// What every accepted header block must be, whatever was sent.
 void expectSound(const RequestHead &head, const std::string &block, const HttpLimits &limits)
@@ -133,13 +96,33 @@ void expectSound(const RequestHead &head, const std::string &block, const HttpLi
     }
 }
 
+/// Reading what was understood gives the same again.
+void expectSameAgain(const RequestHead &head, const HttpLimits &roomy)
+{
+    const auto result = readRequestHead(plainText(head), roomy);
+    const auto *again = std::get_if<RequestHead>(&result);
+    ASSERT_NE(again, nullptr) << plainText(head);
+    EXPECT_EQ(again->method, head.method);
+    EXPECT_EQ(again->target, head.target);
+    EXPECT_EQ(again->authorization, head.authorization);
+    EXPECT_EQ(again->contentType, head.contentType);
+    EXPECT_EQ(again->keepAlive, head.keepAlive);
+    EXPECT_EQ(again->expectsContinue, head.expectsContinue);
+    EXPECT_EQ(again->chunked, head.chunked);
+    EXPECT_EQ(again->contentLength, head.contentLength);
+}
+
 TEST(Fuzz, HeaderBlocksAreSoundOrRefused)
 {
     const HttpLimits limits;
-    Mutator mutator(20200101);
+    HttpLimits roomy;
+    roomy.header *= 2;
+    const FuzzEffort effort;
+    Mutator mutator(effort.seed, requests(), zvxtest::requestSpice());
     int accepted = 0;
     int refused = 0;
-    for (int i = 0; i < 20'000; ++i) {
+    for (int i = 0; i < 20'000 * effort.times; ++i) {
+        SCOPED_TRACE(effort.describe(i));
         const std::string text = mutator.next();
         const std::size_t end = text.find("\r\n\r\n");
         const std::string block = text.substr(0, end == std::string::npos ? end : end + 4);
@@ -153,68 +136,94 @@ TEST(Fuzz, HeaderBlocksAreSoundOrRefused)
             ++accepted;
             const auto &head = std::get<RequestHead>(result);
             expectSound(head, block, limits);
-            if (const auto parameters = HttpParameters::parse(head.query())) {
-                for (const auto &[name, value] : parameters->all()) {
-                    EXPECT_FALSE(name.empty());
-                    EXPECT_EQ(name.find('\0'), std::string::npos);
-                    EXPECT_EQ(value.find('\0'), std::string::npos);
-                }
-            }
+            expectSameAgain(head, roomy);
+            const std::string part = block.substr(0, mutator.below(block.size()));
+            EXPECT_TRUE(std::holds_alternative<HttpFault>(readRequestHead(part, limits)))
+                << "a part of it passes for the whole: " << part;
         }
+        if (testing::Test::HasFailure())
+            return;
     }
     EXPECT_GT(accepted, 1000) << "the mutations have to reach the deeper checks as well";
     EXPECT_GT(refused, 1000);
 }
 
-/// Counts what it is asked and answers with nothing that a client sent.
-class Counting : public HttpHandler
+TEST(Fuzz, FormsAreTextOrRefused)
 {
-public:
-    void handle(HttpRequest request, HttpResponder responder) override
-    {
-        ++handled;
-        EXPECT_EQ(request.path.substr(0, 1), "/");
-        responder.answer(HttpAnswer::of(200, "fine"));
-    }
-    HttpAnswer refuse(const HttpFault &fault) override
-    {
-        ++refused;
-        return HttpAnswer::of(fault.status, "refused");
-    }
-
-    std::atomic<int> handled{0};
-    std::atomic<int> refused{0};
-};
-
-TEST(Fuzz, ASocketAnswersEveryRequestWholeAndStaysHealthy)
-{
-    Counting handler;
-    HttpServer::Options options;
-    HttpServer server(options, handler);
-    server.start();
-    Mutator mutator(7);
-    int answers = 0;
-    for (int i = 0; i < 400; ++i) {
-        zvxtest::RawClient client(server.port());
-        client.send(mutator.next());
-        client.endSending();
-        while (const auto answer = client.answer(5s)) {
-            ++answers;
-            EXPECT_TRUE(answer->status == 200 || answer->status == 400 || answer->status == 413
-                        || answer->status == 100)
-                << answer->head;
-            // The answer to HEAD names a length and has no body; what follows cannot be told apart.
-            if (answer->status >= 400)
-                break;
+    const FuzzEffort effort;
+    Mutator mutator(effort.seed, forms(), zvxtest::formSpice());
+    int accepted = 0;
+    int refused = 0;
+    int numbers = 0;
+    for (int i = 0; i < 40'000 * effort.times; ++i) {
+        SCOPED_TRACE(effort.describe(i));
+        const std::string text = mutator.next();
+        const auto parameters = HttpParameters::parse(text);
+        if (!parameters) {
+            ++refused;
+            continue;
         }
-        ASSERT_TRUE(client.isClosed(5s)) << "case " << i;
+        ++accepted;
+        EXPECT_LE(parameters->all().size(), 64u);
+        for (const auto &[name, value] : parameters->all()) {
+            EXPECT_FALSE(name.empty());
+            EXPECT_EQ(name.find('\0'), std::string::npos);
+            EXPECT_EQ(value.find('\0'), std::string::npos);
+            EXPECT_EQ(*parameters->find(name), value) << "a name that occurs twice";
+        }
+        const auto again = HttpParameters::parse(plainText(*parameters));
+        ASSERT_TRUE(again) << text;
+        EXPECT_EQ(again->all(), parameters->all());
+
+        ParameterReader read(*parameters);
+        const auto price = read.integer("price", 1, 13'107'199);
+        const std::string *given = parameters->find("price");
+        if (price) {
+            ++numbers;
+            EXPECT_EQ(std::to_string(*price), *given) << "read as something else than it says";
+            EXPECT_TRUE(*price >= 1 && *price <= 13'107'199);
+        }
+        EXPECT_EQ(read.fault(), given && !price ? "price" : "");
+        const auto collection = read.collection();
+        EXPECT_TRUE(!collection || *collection == CollectionId(0) || collection->inRange());
+        if (testing::Test::HasFailure())
+            return;
     }
-    EXPECT_GT(answers, 100);
-    EXPECT_GT(handler.handled, 20);
-    EXPECT_GT(handler.refused, 100);
-    EXPECT_EQ(zvxtest::fetch(server.port(), "/fine").body, "fine");
-    EXPECT_LE(server.counters().open, 2u) << "no client of before is still held";
-    server.stop();
+    EXPECT_GT(accepted, 1000);
+    EXPECT_GT(refused, 1000);
+    EXPECT_GT(numbers, 1000);
+}
+
+TEST(Fuzz, ASocketGivesOneVerdictHoweverTheBytesCome)
+{
+    const FuzzEffort effort;
+    RecordingServer server;
+    Mutator mutator(effort.seed, requests(), zvxtest::requestSpice());
+    std::size_t handled = 0;
+    std::size_t refused = 0;
+    for (int i = 0; i < 800 * effort.times; ++i) {
+        SCOPED_TRACE(effort.describe(i));
+        const std::string text = mutator.next(i % 4 == 0 ? 6 : 1);
+        const auto whole = server.talk({text});
+        const auto split = server.talk(mutator.split(text, 2 + mutator.below(9)));
+        handled += whole.handled.size();
+        ASSERT_TRUE(whole.closed);
+        ASSERT_EQ(split, whole) << text << "\nwhole " << describe(whole) << "\nsplit "
+                                << describe(split);
+        for (const int status : whole.answers)
+            ASSERT_TRUE(status == 200 || status == 400 || status == 413) << describe(whole);
+        const auto faults = std::count_if(whole.answers.begin(), whole.answers.end(),
+                                          [](int status) { return status >= 400; });
+        refused += static_cast<std::size_t>(faults);
+        ASSERT_TRUE(faults == 0 || (faults == 1 && whole.answers.back() >= 400))
+            << "answered after a refusal: " << describe(whole);
+        ASSERT_EQ(whole.handled.size(), whole.answers.size() - static_cast<std::size_t>(faults))
+            << describe(whole);
+    }
+    EXPECT_GT(handled, 100u);
+    EXPECT_GT(refused, 100u);
+    EXPECT_EQ(zvxtest::fetch(server.server().port(), "/fine").status, 200);
+    EXPECT_LE(server.server().counters().open, 2u) << "no client of before is still held";
 }
 
 } // namespace
