@@ -81,7 +81,6 @@ void addAccounts(MetricsText &text, const std::string &platform, const AccountDe
     add("zvexchange_account_requests_turned_away_total", counters.turnedAway);
     add("zvexchange_account_commits_total", counters.commits);
     add("zvexchange_account_queue_depth", desk.waiting());
-    add("zvexchange_sessions_live", desk.liveSessions());
     add("zvexchange_sign_ins_total", counters.signIns);
     add("zvexchange_wrong_passwords_total", counters.wrongPasswords);
     add("zvexchange_wrong_codes_total", counters.wrongCodes);
