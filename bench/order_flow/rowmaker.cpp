@@ -1,10 +1,19 @@
 #include "rowmaker.h"
 
 #include "exchange/core/eventcodec.h"
+#include "exchange/store/recovery.h"
 
 using namespace zvx;
 
 RowMaker::RowMaker() : m_projector(m_market, std::nullopt, {}) { }
+
+RowMaker::RowMaker(Store &store)
+    : m_market(recoverMarket(store).market),
+      m_projector(m_market, store.composite(m_market.session()),
+                  [&store](OrderNumber number) { return store.order(number); }),
+      m_last(store.lastCommand())
+{
+}
 
 Batch RowMaker::make(const std::vector<Command> &commands, TimeMs now)
 {

@@ -12,6 +12,8 @@ class RowMaker
 {
 public:
     RowMaker();
+    // Goes on where a store ends.
+    explicit RowMaker(zvx::Store &store);
 
     // The rows of these commands in one commit.
     zvx::Batch make(const std::vector<zvx::Command> &commands, zvx::TimeMs now);

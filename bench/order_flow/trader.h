@@ -7,13 +7,18 @@
 class Trader
 {
 public:
-    Trader(const Floor &floor, zvx::AccountId account, std::uint64_t seed);
+    struct Piece {
+        zvx::CollectionId collection;
+        zvx::Fen close;
+    };
+
+    Trader(std::vector<Piece> pieces, zvx::AccountId account, std::uint64_t seed);
 
     zvx::PlaceOrder next();
 
 private:
     zvx::AccountId m_account;
-    std::vector<const Floor::Book *> m_books;
+    std::vector<Piece> m_pieces;
     Chance m_chance;
     std::uint64_t m_keys = 0;
 };
