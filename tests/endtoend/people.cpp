@@ -1,0 +1,99 @@
+#include "endtoend/people.h"
+
+#include "endtoend/programs.h"
+
+#include "BreltWidgetToolKit/breltframlessmessagebox.h"
+#include "ZvWidgetKit/zvguidetabitem.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QJsonDocument>
+#include <QLabel>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QProcess>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QUrlQuery>
+#include <QUuid>
+
+namespace endtoend {
+
+BoxReader::BoxReader()
+{
+    QObject::connect(&m_timer, &QTimer::timeout, [this] { look(); });
+    m_timer.start(20);
+}
+
+void BoxReader::look()
+{
+    auto *box = qobject_cast<BreltFramlessMessageBox *>(QApplication::activeModalWidget());
+    if (!box)
+        return;
+    const QLabel *label = box->findChild<QLabel *>();
+    QPushButton *confirm = box->findChild<QPushButton *>();
+    m_texts.append(label ? label->text() : QString());
+    if (confirm)
+        QTest::mouseClick(confirm, Qt::LeftButton);
+}
+
+QString lastCode(const StateFolder &state, const QString &phone, int digits)
+{
+    QProcess outbox;
+    outbox.start(QStringLiteral(ZV_EXCHANGE_PROGRAM),
+                 {QStringLiteral("outbox"), QStringLiteral("--state"), state.path()});
+    if (!outbox.waitForFinished(patience))
+        return QString();
+    const QRegularExpression code(QStringLiteral("(?<![0-9])([0-9]{%1})(?![0-9])").arg(digits));
+    QString found;
+    for (const QString &line :
+         QString::fromUtf8(outbox.readAllStandardOutput()).split(QLatin1Char('\n'))) {
+        const int place = line.indexOf(phone);
+        if (place < 0)
+            continue;
+        const QRegularExpressionMatch match = code.match(line.mid(place + phone.size()));
+        if (match.hasMatch())
+            found = match.captured(1);
+    }
+    return found;
+}
+
+QString otherCode(const QString &code)
+{
+    const QChar last
+        = code.back() == QLatin1Char('9') ? QLatin1Char('0') : QChar(code.back().unicode() + 1);
+    return code.left(code.size() - 1) + last;
+}
+
+QJsonObject signIn(const QUrl &exchange, const QString &server, const QString &phone,
+                   const QString &password)
+{
+    QUrl address(exchange);
+    address.setPath(server + QStringLiteral("login.html"));
+    QNetworkRequest request(address);
+    request.setHeader(QNetworkRequest::ContentTypeHeader,
+                      QStringLiteral("application/x-www-form-urlencoded"));
+    QUrlQuery form;
+    const QString key = QUuid::createUuid().toString(QUuid::Id128);
+    form.addQueryItem(QStringLiteral("protocol"), QStringLiteral("1"));
+    form.addQueryItem(QStringLiteral("key"), key);
+    form.addQueryItem(QStringLiteral("client"), key.left(16));
+    form.addQueryItem(QStringLiteral("phone"), phone);
+    form.addQueryItem(QStringLiteral("password"), password);
+    QNetworkAccessManager manager;
+    QNetworkReply *reply = manager.post(request, form.toString(QUrl::FullyEncoded).toUtf8());
+    until([reply] { return reply->isFinished(); });
+    return QJsonDocument::fromJson(reply->readAll()).object();
+}
+
+QAbstractButton *serverButton(const QWidget &window, const QString &prefix)
+{
+    for (auto *item : window.findChildren<ZvGuideTabItem *>()) {
+        if (item->getServerPrefix() == prefix)
+            return item->findChild<QPushButton *>();
+    }
+    return nullptr;
+}
+
+} // namespace endtoend

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+#include <QStringList>
+#include <QTimer>
+#include <QUrl>
+
+class QAbstractButton;
+class QWidget;
+
+namespace endtoend {
+
+class StateFolder;
+
+// Reads the framed message boxes that open while it lives, and confirms each of them.
+class BoxReader
+{
+public:
+    BoxReader();
+
+    // The texts as the boxes were given them, in order.
+    QStringList texts() const { return m_texts; }
+
+private:
+    void look();
+
+    QTimer m_timer;
+    QStringList m_texts;
+};
+
+// The last code of `digits` digits that went to a phone, by the command that prints the outbox; ""
+// without one.
+QString lastCode(const StateFolder &state, const QString &phone, int digits);
+
+// A code of the same length that is another one.
+QString otherCode(const QString &code);
+
+// Signs in as another client would, and gives the answer's envelope; empty where none comes.
+QJsonObject signIn(const QUrl &exchange, const QString &server, const QString &phone,
+                   const QString &password);
+
+// The button of a server on the guide strip; null where it does not stand there.
+QAbstractButton *serverButton(const QWidget &window, const QString &prefix);
+
+} // namespace endtoend
