@@ -123,6 +123,7 @@ public:
     std::optional<AccountId> demoAccount() const { return m_office.demoAccount(); }
     const AccountCounters &counters() const { return m_counters; }
     bool failed() const { return m_failed; }
+    std::size_t liveSessions() const { return m_book.live(); }
     std::size_t waiting() const
     {
         std::lock_guard<std::mutex> guard(m_queue->mutex);
@@ -385,6 +386,11 @@ const AccountCounters &AccountDesk::counters() const
 std::size_t AccountDesk::waiting() const
 {
     return m_room->waiting();
+}
+
+std::size_t AccountDesk::liveSessions() const
+{
+    return m_room->liveSessions();
 }
 
 bool AccountDesk::failed() const

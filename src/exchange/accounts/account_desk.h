@@ -293,6 +293,8 @@ public:
     const AccountCounters &counters() const;
     /// Requests that wait for the desk's thread.
     std::size_t waiting() const;
+    /// Sessions that were not ended; one that grew too old may still be among them.
+    std::size_t liveSessions() const;
     /// Whether the desk ended by a fault.
     bool failed() const;
 

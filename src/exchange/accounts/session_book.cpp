@@ -20,18 +20,22 @@ void SessionBook::put(const StoredSession &session)
     std::lock_guard<std::shared_mutex> guard(m_mutex);
     m_entries[session.token] = entry;
     m_hashes[session.number] = session.token;
+    m_live += session.kind == SessionState::Live ? 1 : 0;
 }
 
 void SessionBook::end(std::int64_t number, SessionState::Kind kind)
 {
     std::lock_guard<std::shared_mutex> guard(m_mutex);
-    m_entries.at(m_hashes.at(number)).state.kind = kind;
+    SessionState &state = m_entries.at(m_hashes.at(number)).state;
+    m_live -= state.kind == SessionState::Live ? 1 : 0;
+    state.kind = kind;
 }
 
 void SessionBook::forget(std::int64_t number)
 {
     std::lock_guard<std::shared_mutex> guard(m_mutex);
     const auto hash = m_hashes.find(number);
+    m_live -= m_entries.at(hash->second).state.kind == SessionState::Live ? 1 : 0;
     m_entries.erase(hash->second);
     m_hashes.erase(hash);
 }
@@ -49,6 +53,12 @@ SessionState SessionBook::find(std::string_view token, TimeMs now) const
     if (state.kind == SessionState::Live && now.value() - found->second.created.value() >= m_life)
         state.kind = SessionState::Ended;
     return state;
+}
+
+std::size_t SessionBook::live() const
+{
+    std::shared_lock<std::shared_mutex> guard(m_mutex);
+    return m_live;
 }
 
 std::string SessionBook::hashOf(std::string_view token)

@@ -24,6 +24,9 @@ public:
 
     SessionState find(std::string_view token, TimeMs now) const;
 
+    /// Sessions that were not ended; one that grew too old counts until it is forgotten.
+    std::size_t live() const;
+
     /// What is stored of a token.
     static std::string hashOf(std::string_view token);
 
@@ -35,6 +38,7 @@ private:
 
     std::int64_t m_life;
     mutable std::shared_mutex m_mutex;
+    std::size_t m_live = 0;
     std::unordered_map<std::string, Entry> m_entries; ///< by the token's hash
     std::unordered_map<std::int64_t, std::string> m_hashes; ///< by number
 };

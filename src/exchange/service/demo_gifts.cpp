@@ -2,18 +2,13 @@
 
 #include "exchange/core/market.h"
 #include "exchange/store/exchange.h"
+#include "exchange/store/wholefile.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace zvx {
 
@@ -32,23 +27,6 @@ constexpr std::uint64_t keyHigh = 0x7A76'6465'6D6F'0001;
 ActionKey keyOf(std::int64_t low)
 {
     return {keyHigh, static_cast<std::uint64_t>(low)};
-}
-
-std::runtime_error failure(const fs::path &file)
-{
-    return std::runtime_error(file.string() + ": " + std::strerror(errno));
-}
-
-/// Makes sure that the disk holds what was written to a file or folder.
-void sync(const fs::path &path)
-{
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0)
-        throw failure(path);
-    const int result = ::fsync(file);
-    ::close(file);
-    if (result != 0)
-        throw failure(path);
 }
 
 std::vector<Command> giftsOf(const MarketServer &market, AccountId account)
@@ -161,19 +139,11 @@ void DemoGifts::read()
 
 void DemoGifts::write() const
 {
-    const fs::path file = m_folder / fileName;
-    fs::path draft = file;
-    draft += ".new";
-    std::ofstream out(draft, std::ios::trunc);
+    std::string text;
     for (const auto &[prefix, gift] : m_gifts)
-        out << prefix << ' ' << gift.session << (gift.isDone ? " done\n" : " begun\n");
-    out.close();
-    if (!out)
-        throw failure(draft);
-    sync(draft);
-    if (::rename(draft.c_str(), file.c_str()) != 0)
-        throw failure(file);
-    sync(m_folder);
+        text
+            += prefix + ' ' + std::to_string(gift.session) + (gift.isDone ? " done\n" : " begun\n");
+    writeWhole(m_folder / fileName, text);
 }
 
 } // namespace zvx

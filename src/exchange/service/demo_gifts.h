@@ -46,7 +46,7 @@ public:
 
     /// Gives what was not given yet, and returns when it is durable. Call it before anybody else
     /// trades: pieces are given out of what is issued. Throws StoreError where a market ended, and
-    /// std::runtime_error where the mark cannot be written.
+    /// FolderError where the mark cannot be written.
     void give(const Exchange &exchange, const Account &account, const Notice &notice);
 
 private:

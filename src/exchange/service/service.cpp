@@ -25,6 +25,8 @@
 
 #include <atomic>
 #include <map>
+#include <new>
+#include <stdexcept>
 #include <vector>
 
 namespace zvx {
@@ -81,6 +83,7 @@ void addAccounts(MetricsText &text, const std::string &platform, const AccountDe
     add("zvexchange_account_requests_turned_away_total", counters.turnedAway);
     add("zvexchange_account_commits_total", counters.commits);
     add("zvexchange_account_queue_depth", desk.waiting());
+    add("zvexchange_sessions_live", desk.liveSessions());
     add("zvexchange_sign_ins_total", counters.signIns);
     add("zvexchange_wrong_passwords_total", counters.wrongPasswords);
     add("zvexchange_wrong_codes_total", counters.wrongCodes);
@@ -239,7 +242,12 @@ void Service::Impl::failed(const std::string &reason)
 
 void Service::Impl::openAccounts()
 {
-    const auto passwords = std::make_shared<PasswordPool>(m_options.passwordHasher);
+    std::shared_ptr<PasswordPool> passwords;
+    try {
+        passwords = std::make_shared<PasswordPool>(m_options.passwordHasher);
+    } catch (const std::bad_alloc &) {
+        throw std::runtime_error("there is no memory for the hash of a password");
+    }
     for (const Platform &platform : m_exchange->platforms()) {
         std::unique_ptr<AccountRoom> &room = m_accounts[platform.id];
         AccountDeskOptions options;
@@ -272,7 +280,7 @@ void Service::Impl::giveToDemo()
                                  + m_options.address + ", only on a loopback address");
     if (!m_options.demo)
         return;
-    if (!m_demo->isMarked())
+    if (!hasDemo)
         m_log.info("--demo changes nothing: the state folder was not made with it");
     m_demo->give(
         *m_exchange,

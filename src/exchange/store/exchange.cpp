@@ -2,16 +2,15 @@
 
 #include "exchange/store/sqlitestore.h"
 #include "exchange/store/statelock.h"
+#include "exchange/store/wholefile.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
 #include <map>
 #include <random>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace zvx {
 namespace {
@@ -29,45 +28,6 @@ fs::path withoutSlash(fs::path folder)
     return folder;
 }
 
-/// A file descriptor that closes itself.
-class File
-{
-public:
-    File(const fs::path &path, int flags)
-        : m_path(path), m_file(::open(path.c_str(), flags | O_CLOEXEC, 0600))
-    {
-        if (m_file < 0)
-            fail();
-    }
-    ~File() { ::close(m_file); }
-    File(const File &) = delete;
-    File &operator=(const File &) = delete;
-
-    void write(std::string_view text)
-    {
-        while (!text.empty()) {
-            const ssize_t written = ::write(m_file, text.data(), text.size());
-            if (written < 0)
-                fail();
-            text.remove_prefix(static_cast<std::size_t>(written));
-        }
-    }
-    void sync()
-    {
-        if (::fsync(m_file) != 0)
-            fail();
-    }
-
-private:
-    [[noreturn]] void fail() const
-    {
-        throw FolderError(m_path.string() + ": " + std::strerror(errno));
-    }
-
-    fs::path m_path;
-    int m_file;
-};
-
 void makeFolder(const fs::path &folder)
 {
     std::error_code error;
@@ -80,22 +40,7 @@ void makeFolder(const fs::path &folder)
         throw FolderError(folder.string() + ": cannot be made: "
                           + (error ? error.message() : std::strerror(errno)));
     // What is answered later lies in here: the folder itself has to outlive a power cut, too.
-    File(folder / "..", O_RDONLY | O_DIRECTORY).sync();
-}
-
-/// Writes a file that is there whole or not at all, whenever the power fails.
-void writeWhole(const fs::path &path, std::string_view text)
-{
-    fs::path draft = path;
-    draft += ".new";
-    {
-        File file(draft, O_WRONLY | O_CREAT | O_TRUNC);
-        file.write(text);
-        file.sync();
-    }
-    if (::rename(draft.c_str(), path.c_str()) != 0)
-        throw FolderError(path.string() + ": " + std::strerror(errno));
-    File(path.parent_path(), O_RDONLY | O_DIRECTORY).sync();
+    syncFolder(folder / "..");
 }
 
 /// A collection stays in the market that listed it first: its pieces are held there, and a second

@@ -324,6 +324,7 @@ TEST_F(AccountPathsTest, ASignInElsewhereEndsTheFirst)
     const std::string sameClient = signIn(phone, password);
     const std::string neighbour = signIn(other, password);
     EXPECT_NE(first, sameClient);
+    EXPECT_EQ(metric("zvexchange_sessions_live{platform=\"lc\"}"), "3");
     EXPECT_EQ(get(lc + "myaccount.html", first)["status"], "ok")
         << "a client's earlier tokens stay good";
 
@@ -340,6 +341,7 @@ TEST_F(AccountPathsTest, ASignInElsewhereEndsTheFirst)
     }
     EXPECT_EQ(get(lc + "myaccount.html", second)["status"], "ok");
     EXPECT_EQ(get(lc + "myaccount.html", neighbour)["status"], "ok");
+    EXPECT_EQ(metric("zvexchange_sessions_live{platform=\"lc\"}"), "2");
     EXPECT_EQ(favourites(lc, second), json::array());
 }
 
@@ -485,6 +487,7 @@ TEST_F(AccountPathsTest, ARestartKeepsAccountsSessionsAndAnswers)
               "ok");
     const json account = get(lc + "myaccount.html", token)["data"];
     restart();
+    EXPECT_EQ(metric("zvexchange_sessions_live{platform=\"lc\"}"), "1");
     EXPECT_EQ(get(lc + "myaccount.html", token)["data"], account);
     EXPECT_EQ(get(lc + "myaccount.html", old)["status"], "elsewhere");
     EXPECT_EQ(favourites(lc, token), (json{"2104"}));

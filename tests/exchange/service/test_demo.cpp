@@ -5,8 +5,10 @@
 #include "exchange/store/marketreader.h"
 
 #include "exchange/service/account_fixture.h"
+#include "exchange/service/program.h"
 #include "exchange/service/until.h"
 
+#include <csignal>
 #include <fstream>
 #include <set>
 #include <sstream>
@@ -206,6 +208,45 @@ TEST_F(DemoGiftsTest, ABrokenMarkIsSaidAndNotGuessedAt)
                              "/lc/youbika/ 0 done\n"}) {
         writeMark(text);
         EXPECT_THROW(DemoGifts{folder.path()}, std::runtime_error) << text;
+    }
+}
+
+TEST(DemoProgram, StartsThatAreKilledGiveEverythingOnce)
+{
+    const zvxtest::TemporaryFolder folder;
+    const std::string state = (folder.path() / "state").string();
+    const std::vector<std::string> serve = {
+        "serve", "--state", state, "--catalogue", ZVX_SMALL_CATALOGUE, "--robots", "20", "--demo"};
+    // A line of the log or a file of the folder, after which the start is killed.
+    int killed = 0;
+    for (const char *sight :
+         {"demo.gifts", "catalogue.json", "lc-youbika.market", "lc.accounts",
+          "/ch/youbi/: the demo", "/lc/youbika/: the demo", "serving address"}) {
+        zvxtest::Program program(serve, zvxtest::Program::Nothing);
+        EXPECT_TRUE(until([&] {
+            return std::filesystem::exists(state + '/' + sight) || !program.isRunning()
+                || program.errors.find(sight) != std::string::npos;
+        })) << sight;
+        program.signal(SIGKILL);
+        killed += program.wait() == -1 ? 1 : 0;
+    }
+    EXPECT_EQ(killed, 7);
+    zvxtest::Program program(serve, zvxtest::Program::Nothing);
+    const std::uint16_t port = program.port();
+    for (const std::string market : {"/ch/youbi/", "/lc/youbika/", "/lc/chajiu/"}) {
+        zvxtest::RawClient client(port);
+        client.post(market + "login.html",
+                    "key=" + std::string(30, '1') + std::to_string(10 + killed)
+                        + "&client=00000000000000aa&phone=" + demoPhone
+                        + "&password=" + demoPassword);
+        const json account = json::parse(client.answer()->body)["data"];
+        ASSERT_TRUE(account.is_object()) << market;
+        client.get(market + "cap.html", account["token"]);
+        const json cap = json::parse(client.answer()->body)["data"];
+        EXPECT_EQ(cap["available"], 100'000'000) << market;
+        EXPECT_EQ(cap["items"].size(), 8u) << market;
+        for (const json &holding : cap["items"])
+            EXPECT_EQ(holding["quantity"], 100) << market;
     }
 }
 

@@ -46,6 +46,7 @@ protected:
 
     SessionState stateOf(std::string_view token)
     {
+        ++lookups;
         const auto found = sessions.find(token);
         return found == sessions.end() ? SessionState() : found->second;
     }
@@ -76,6 +77,7 @@ protected:
     SessionGate lc{[this](std::string_view token) { return stateOf(token); }, answers};
     SessionGate ch{[this](std::string_view token) { return stateOf(token); }, answers};
     BuildCounters builds{};
+    int lookups = 0;
     MarketBoard stamps{std::make_shared<PlatformBoard>(), builds};
     MarketBoard tea{std::make_shared<PlatformBoard>(), builds};
     PollHub hub{100, [this](MarketBoard &, const SyncQuestion &) { return answers.doneWith(); },
@@ -102,6 +104,24 @@ TEST_F(PollHubTest, ASessionTakesItsOwnPollsAlongAndNoOthers)
     for (const Fate &fate : others)
         EXPECT_EQ(statusOf(fate), "ok");
     EXPECT_EQ(hub.parked(), 0u);
+}
+
+TEST_F(PollHubTest, OneSessionAmongMany)
+{
+    sessions["mine"] = {SessionState::Elsewhere, AccountId(1), 0, 500};
+    PollHub large{2000, [this](MarketBoard &, const SyncQuestion &) { return answers.doneWith(); },
+                  [](PollHub::Time) {}};
+    std::vector<Fate> fates;
+    for (std::int64_t number = 1; number <= 1000; ++number) {
+        fates.push_back(std::make_shared<Sink::Fate>());
+        large.park(number % 2 == 0 ? stamps : tea, SyncQuestion(),
+                   HttpResponder(std::make_shared<Sink>(fates.back())), PollHub::Time() + 25s,
+                   PollSession{&lc, number, Secret("Bearer mine")});
+    }
+    large.endSessions(lc, {500});
+    EXPECT_EQ(lookups, 1) << "nobody else's poll is looked at";
+    EXPECT_EQ(statusOf(fates[499]), "elsewhere");
+    EXPECT_EQ(large.parked(), 999u);
 }
 
 TEST_F(PollHubTest, TheGateSaysWhyASessionEnded)

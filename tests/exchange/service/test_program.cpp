@@ -173,6 +173,28 @@ TEST_F(ProgramTest, ASecondServiceNamesTheFirst)
     EXPECT_TRUE(first.isRunning());
 }
 
+TEST_F(ProgramTest, AnswersToTheNamesThatItIsGiven)
+{
+    Program program(serving({"--host", "one.example", "--host", "two.example"}), Program::Nothing);
+    const std::uint16_t port = program.port();
+    const auto statusOf = [&](const std::string &host) {
+        zvxtest::RawClient client(port);
+        client.send("GET /healthz HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
+        const auto answer = client.answer();
+        return answer ? answer->status : 0;
+    };
+    EXPECT_EQ(statusOf("one.example"), 200);
+    EXPECT_EQ(statusOf("two.example:80"), 200);
+    EXPECT_EQ(statusOf("three.example"), 400);
+    ASSERT_TRUE(until([&] {
+        return !program.isRunning() || program.errors.find("Host names") != std::string::npos;
+    }));
+    EXPECT_NE(
+        program.errors.find("request refused status=400 reason=\"Host names another machine\""),
+        std::string::npos);
+    EXPECT_EQ(program.errors.find("three"), std::string::npos) << "nothing that a client sent";
+}
+
 TEST_F(ProgramTest, EndsWithItsStandardInput)
 {
     Program program(serving({"--until-stdin-closes"}));

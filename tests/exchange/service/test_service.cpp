@@ -432,6 +432,23 @@ TEST_F(ServiceTest, RefusalsOfTheParserWearTheEnvelope)
     EXPECT_EQ(metric("zvexchange_requests_refused_total"), "2");
 }
 
+TEST_F(ServiceTest, AnswersToItsOwnNamesAlone)
+{
+    options.hostNames = {"exchange.example.org"};
+    begin();
+    const auto statusOf = [&](const std::string &host) {
+        RawClient client(port());
+        client.send("GET " + prefix + "market/list.html HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
+        return json::parse(client.answer()->body)["status"];
+    };
+    for (const char *host : {"127.0.0.1", "localhost:1", "exchange.example.org:443"})
+        EXPECT_EQ(statusOf(host), "ok") << host;
+    EXPECT_EQ(metric("zvexchange_requests_refused_total"), "0");
+    for (const char *host : {"evil.example", "www.exchange.example.org", "h"})
+        EXPECT_EQ(statusOf(host), "bad-request") << host;
+    EXPECT_EQ(metric("zvexchange_requests_refused_total"), "3");
+}
+
 TEST_F(ServiceTest, KeepsASecondServiceOutOfTheFolder)
 {
     begin();
