@@ -1,5 +1,9 @@
 #include "exchange/service/account_versions.h"
 
+#include "exchange/service/robot_crowd.h"
+
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace zvx {
@@ -17,12 +21,11 @@ void AccountVersions::raise(AccountId account)
 
 bool ChangedAccounts::add(const std::vector<AccountId> &accounts)
 {
-    if (accounts.empty())
-        return false;
     const std::lock_guard<std::mutex> lock(m_mutex);
     const bool first = m_accounts.empty();
-    m_accounts.insert(m_accounts.end(), accounts.begin(), accounts.end());
-    return first;
+    std::copy_if(accounts.begin(), accounts.end(), std::back_inserter(m_accounts),
+                 [](AccountId account) { return account < AccountId(RobotCrowd::firstAccount); });
+    return first && !m_accounts.empty();
 }
 
 std::vector<AccountId> ChangedAccounts::take()

@@ -26,7 +26,7 @@ private:
 class ChangedAccounts
 {
 public:
-    /// Notes the accounts of one commit. Returns whether the server has to be asked to look: false
+    /// Notes the accounts of one commit but those of robots, who ask for nothing. Returns whether the server has to be asked to look: false
     /// while it was asked before and has not come yet.
     bool add(const std::vector<AccountId> &accounts);
     /// All that were noted since the last call, one entry for each commit that changed an account.

@@ -339,13 +339,8 @@ void Service::Impl::accountsChanged(const MarketServer &market,
     // As above: whatever changes before somebody can ask belongs to the first versions.
     if (!m_serving)
         return;
-    std::vector<AccountId> people;
-    for (const AccountId account : accounts) {
-        if (account < AccountId(RobotCrowd::firstAccount))
-            people.push_back(account);
-    }
     Place &place = m_places.find(market.prefix())->second;
-    if (place.changed.add(people))
+    if (place.changed.add(accounts))
         m_server->post([this, &place] { tellChangedAccounts(place); });
 }
 

@@ -1,6 +1,7 @@
 #include "exchange/service/account_versions.h"
 #include "exchange/service/market_board.h"
 #include "exchange/service/poll_hub.h"
+#include "exchange/service/robot_crowd.h"
 
 #include <gtest/gtest.h>
 
@@ -32,6 +33,18 @@ TEST(ChangedAccounts, AsksOnceForWhatGathersMeanwhile)
     EXPECT_EQ(changed.take(), (std::vector<AccountId>{AccountId(1), AccountId(2), AccountId(1)}));
     EXPECT_TRUE(changed.take().empty());
     EXPECT_TRUE(changed.add({AccountId(3)}));
+}
+
+TEST(ChangedAccounts, LeavesRobotsOut)
+{
+    const AccountId robot(RobotCrowd::firstAccount);
+    const AccountId person(RobotCrowd::firstAccount - 1);
+    ChangedAccounts changed;
+    EXPECT_FALSE(changed.add({robot, AccountId(AccountId::most)}));
+    EXPECT_TRUE(changed.take().empty());
+    EXPECT_TRUE(changed.add({robot, person, robot}));
+    EXPECT_FALSE(changed.add({robot}));
+    EXPECT_EQ(changed.take(), std::vector<AccountId>{person});
 }
 
 TEST(ChangedAccounts, LosesNothingBetweenTwoThreads)

@@ -267,6 +267,7 @@ TEST_F(TradingPathsTest, WrongFieldsAreNamedAndDoNothing)
         {"trade/revoke.html", key + "&orders=1,,2", "orders"},
         {"trade/revoke.html", key + "&orders=1, 2", "orders"},
         {"trade/revoke.html", key + "&orders=1,2,1", "orders"},
+        {"trade/revoke.html", key + "&orders=1,2,2,3", "orders"},
         {"trade/revoke.html", key + "&orders=2147483648", "orders"},
         {"trade/revoke.html", key + "&orders=" + many, "orders"},
         {"trade/revoke.html", key + "&orders=x&resolve=1", "orders"},

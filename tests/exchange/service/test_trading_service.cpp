@@ -175,21 +175,6 @@ TEST_F(TradingServiceTest, AThousandPollsStayParkedWhileOneIsTold)
     }
 }
 
-TEST_F(TradingServiceTest, RobotsAreNotCounted)
-{
-    options.robotOrdersPerSecond = 100;
-    begin();
-    EXPECT_TRUE(until([&] { return std::stoull(metric("zvexchange_robot_orders_total")) > 300; }));
-    registerAccount(phones[0], "password");
-    const std::string token = signIn(phones[0], "password");
-    EXPECT_EQ(version(token), 1);
-    RawClient client(port());
-    client.get(syncPath(1, 1'000), token);
-    const auto answer = client.answer();
-    ASSERT_TRUE(answer);
-    EXPECT_EQ(json::parse(answer->body)["data"]["topics"], json::object());
-}
-
 /// What one client of a service that is about to die has sent, and what it heard.
 struct Sent {
     std::string key;
