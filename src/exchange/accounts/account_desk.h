@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exchange/accounts/account_status.h"
+#include "exchange/accounts/bank_card.h"
 #include "exchange/accounts/secret.h"
 #include "exchange/core/types.h"
 
@@ -283,6 +284,8 @@ public:
 
     /// What a token stands for now. From any thread; touches memory alone.
     SessionState session(std::string_view token) const;
+    /// The bank card that is bound to an account, or nothing. From any thread; touches memory alone.
+    std::optional<BankCard> cardOf(AccountId account) const;
 
     const std::string &platform() const;
     /// Whether the file was made as a demo.
