@@ -30,6 +30,11 @@ using boost::system::error_code;
 using net::ip::tcp;
 using Clock = std::chrono::steady_clock;
 
+// Tied to the one context, they do without the general executor's indirections.
+using Executor = net::io_context::executor_type;
+using Socket = net::basic_stream_socket<tcp, Executor>;
+using Acceptor = net::basic_socket_acceptor<tcp, Executor>;
+
 constexpr std::size_t readStep = 16 * 1024;
 constexpr std::size_t smallBody = 4 * 1024;
 
@@ -59,7 +64,7 @@ const char *reasonOf(int status)
     }
 }
 
-std::string peerOf(const tcp::socket &socket)
+std::string peerOf(const Socket &socket)
 {
     error_code error;
     const net::ip::address address = socket.remote_endpoint(error).address();
@@ -96,7 +101,7 @@ public:
     class Sink;
 
     void accept();
-    void accepted(tcp::socket socket);
+    void accepted(Socket socket);
     void sweep();
     void closeAll();
     void noteAnswer(int status) { ++counters.answers[std::clamp(status / 100, 0, 5)]; }
@@ -106,7 +111,7 @@ public:
     HttpHandler &handler;
     HttpCounters counters;
     net::io_context context{1};
-    tcp::acceptor acceptor{context};
+    Acceptor acceptor{context};
     net::steady_timer sweeper{context};
     net::steady_timer pause{context};
     std::chrono::milliseconds sweepStep;
@@ -124,7 +129,7 @@ public:
 class HttpServer::Impl::Connection : public std::enable_shared_from_this<Connection>
 {
 public:
-    Connection(Impl &server, tcp::socket socket)
+    Connection(Impl &server, Socket socket)
         : m_server(server), m_socket(std::move(socket)), m_peer(peerOf(m_socket))
     {
     }
@@ -390,14 +395,19 @@ private:
 
     void write(std::size_t length)
     {
-        const auto done
-            = [self = shared_from_this()](error_code error, std::size_t) { self->sent(error); };
-        // Copying a few hundred bytes costs less than handing many pieces to the kernel.
+        // Copying a few hundred bytes costs less than handing many pieces to the kernel, which
+        // nearly always takes them at once.
         if (length <= smallBody) {
             for (const HttpFragment &part : m_body)
                 m_text.append(*part);
             m_body.clear();
-            net::async_write(m_socket, net::buffer(m_text), done);
+            error_code error;
+            const std::size_t taken = m_socket.write_some(net::buffer(m_text), error);
+            if (!error && taken == m_text.size()) {
+                sent(error);
+                return;
+            }
+            writeOn(net::buffer(m_text) + taken);
             return;
         }
         std::vector<net::const_buffer> buffers;
@@ -405,7 +415,15 @@ private:
         buffers.push_back(net::buffer(m_text));
         for (const HttpFragment &part : m_body)
             buffers.push_back(net::buffer(*part));
-        net::async_write(m_socket, buffers, done);
+        writeOn(buffers);
+    }
+
+    template <class Buffers>
+    void writeOn(const Buffers &buffers)
+    {
+        net::async_write(
+            m_socket, buffers,
+            [self = shared_from_this()](error_code error, std::size_t) { self->sent(error); });
     }
 
     void sent(error_code error)
@@ -420,7 +438,11 @@ private:
             drain();
         } else if (m_buffer.size() > 0) {
             enter(Phase::Reading, m_server.limits.request);
-            advance();
+            // In its turn: a client that sends many requests at once is not alone.
+            net::post(m_server.context, [self = shared_from_this()] {
+                if (self->m_phase == Phase::Reading)
+                    self->advance();
+            });
         } else {
             enter(Phase::Idle, m_server.limits.idle);
             pump();
@@ -446,7 +468,7 @@ private:
     static constexpr std::string_view goOn{goOnText, sizeof goOnText - 1};
 
     Impl &m_server;
-    tcp::socket m_socket;
+    Socket m_socket;
     const std::string m_peer;
     beast::flat_buffer m_buffer;
     std::optional<Parser> m_parser;
@@ -503,7 +525,7 @@ public:
     }
 
 private:
-    net::io_context::executor_type m_executor;
+    Executor m_executor;
     std::weak_ptr<Connection> m_connection;
     std::uint64_t m_request;
 };
@@ -569,7 +591,7 @@ void HttpServer::Impl::start()
 
 void HttpServer::Impl::accept()
 {
-    acceptor.async_accept([this](error_code error, tcp::socket socket) {
+    acceptor.async_accept([this](error_code error, Socket socket) {
         if (stopping || error == net::error::operation_aborted)
             return;
         if (!error) {
@@ -586,10 +608,11 @@ void HttpServer::Impl::accept()
     });
 }
 
-void HttpServer::Impl::accepted(tcp::socket socket)
+void HttpServer::Impl::accepted(Socket socket)
 {
     error_code ignored;
     socket.set_option(tcp::no_delay(true), ignored);
+    socket.non_blocking(true, ignored);
     // A few more than the bound, so that these can be told; beyond that a close must do.
     constexpr std::size_t told = 64;
     if (connections.size() >= limits.connections + told) {

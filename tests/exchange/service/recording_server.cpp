@@ -64,8 +64,7 @@ void RecordingServer::handle(HttpRequest request, HttpResponder responder)
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_handled.push_back(std::move(text));
     }
-    // A body would be mistaken for more by whoever does not know that HEAD has none.
-    responder.answer(HttpAnswer::of(200, ""));
+    responder.answer(HttpAnswer::of(200, m_body));
 }
 
 HttpAnswer RecordingServer::refuse(const HttpFault &fault)

@@ -8,8 +8,8 @@
 
 namespace zvxtest {
 
-/// A server on a socket that answers every request at once with an empty 200, and keeps in mind
-/// what it was asked.
+/// A server on a socket that answers every request at once with 200 and one body, which is empty at
+/// first, and keeps in mind what it was asked.
 class RecordingServer : private zvx::HttpHandler
 {
 public:
@@ -33,6 +33,9 @@ public:
     /// then ends the sending side or stays.
     Talk talk(const std::vector<std::string> &pieces, End end = Closing);
 
+    /// Before the first request.
+    void setBody(std::string body) { m_body = std::move(body); }
+
     zvx::HttpServer &server() { return m_server; }
 
 private:
@@ -40,6 +43,8 @@ private:
     zvx::HttpAnswer refuse(const zvx::HttpFault &fault) override;
     void awaitTurns();
 
+    /// One that is not empty would be mistaken for more by whoever does not know HEAD.
+    std::string m_body;
     std::mutex m_mutex;
     std::vector<std::string> m_handled;
     zvx::HttpServer m_server;

@@ -13,6 +13,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -113,6 +114,60 @@ TEST(HostileClients, ThatEndInTheMiddleAreClosedAtOnce)
     }
     EXPECT_LT(Steady::now() - begin, 5s);
     EXPECT_EQ(server.server().counters().cutByDeadline, 0u);
+}
+
+TEST(HostileClients, ThatReadLateGetEveryAnswerWhole)
+{
+    constexpr int count = 10'000; // answers to fill every buffer on the way
+    RecordingServer server;
+    // Of a size that the last free place of a buffer takes in parts.
+    const std::string body(3'001, 'b');
+    server.setBody(body);
+    RawClient late(server.server().port());
+    std::thread sending([&] {
+        std::string many;
+        for (int i = 0; i < 100; ++i)
+            many += "GET /a HTTP/1.1\r\nHost: h\r\n\r\n";
+        for (int i = 0; i < count / 100; ++i)
+            late.send(many);
+    });
+    // Nobody reads until the server cannot write any more.
+    std::uint64_t before = 0;
+    EXPECT_TRUE(until([&] {
+        const std::uint64_t now = server.server().counters().requests;
+        const bool stands = now > 500 && now == before;
+        before = now;
+        std::this_thread::sleep_for(20ms);
+        return stands;
+    }));
+    EXPECT_LT(before, static_cast<std::uint64_t>(count)) << "nothing was in its way";
+    for (int i = 0; i < count; ++i) {
+        const auto answer = late.answer();
+        ASSERT_TRUE(answer) << i;
+        ASSERT_EQ(answer->status, 200) << answer->head;
+        ASSERT_EQ(answer->body, body) << i;
+    }
+    sending.join();
+}
+
+TEST(HostileClients, ThatNeverReadSmallAnswersAreCut)
+{
+    HttpLimits limits;
+    limits.answer = 300ms;
+    RecordingServer server(limits);
+    RawClient deaf(server.server().port());
+    std::thread sending([&] {
+        std::string many;
+        for (int i = 0; i < 1000; ++i)
+            many += "GET /a HTTP/1.1\r\nHost: h\r\n\r\n";
+        for (int i = 0; i < 300; ++i)
+            deaf.send(many);
+    });
+    EXPECT_TRUE(until([&] {
+        return server.server().counters().connections == 1 && server.server().counters().open == 0;
+    }));
+    sending.join();
+    EXPECT_EQ(zvxtest::fetch(server.server().port(), "/fine").status, 200);
 }
 
 TEST(HostileClients, InACrowdKeepNobodyElseWaiting)
