@@ -53,7 +53,10 @@ protected:
                 const bool has = platforms.find(market.platform()) != std::string::npos;
                 return has ? std::optional<AccountId>(1) : std::nullopt;
             },
-            [&](const std::string &line) { notices.push_back(line); });
+            [&](const std::string &line) {
+                notices.push_back(line);
+                marks.push_back(mark());
+            });
     }
     AccountState stateIn(const std::string &prefix) const
     {
@@ -80,6 +83,7 @@ protected:
     std::string catalogue;
     std::unique_ptr<Exchange> exchange;
     std::vector<std::string> notices;
+    std::vector<std::string> marks; ///< what the mark held at each notice
 };
 
 TEST_F(DemoGiftsTest, AreMoneyAndPiecesInEveryMarketOnce)
@@ -122,6 +126,17 @@ TEST_F(DemoGiftsTest, AreFinishedAfterAnInterruption)
         EXPECT_EQ(stateIn(prefix).holdings[0].quantity, Quantity(100)) << prefix;
     }
     EXPECT_EQ(mark(), "/ch/youbi/ 1 done\n/lc/chajiu/ 1 done\n/lc/youbika/ 1 done\n");
+}
+
+TEST_F(DemoGiftsTest, AreMarkedBeforeTheyAreGiven)
+{
+    DemoGifts(folder.path()).markNewFolder();
+    open();
+    exchange->settle();
+    give();
+    ASSERT_EQ(marks.size(), 3u);
+    for (const std::string &each : marks)
+        EXPECT_EQ(each, "/ch/youbi/ 2 begun\n/lc/chajiu/ 2 begun\n/lc/youbika/ 2 begun\n");
 }
 
 TEST_F(DemoGiftsTest, AreNotRepeatedWhereTheKeysAreForgotten)

@@ -207,6 +207,38 @@ TEST_F(MarketBoardTest, MakesEachPieceOncePerChange)
     EXPECT_EQ(builds[indexOf(Topic::Check)], 1u) << "the check did not change";
 }
 
+TEST_F(MarketBoardTest, SharesAnAnswerWhereAllOfItIsTheSame)
+{
+    const auto ask = [&](std::optional<Row> row, std::size_t limit, std::uint64_t list) {
+        SyncQuestion question = watching(Topic::List, list);
+        question.row = row;
+        question.unknownCollection = !row;
+        question.limit = limit;
+        for (const Topic topic : {Topic::Item, Topic::Latest})
+            question.held[indexOf(topic)] = 0;
+        return question;
+    };
+    market.tick(1200);
+    market.tick(1300);
+    board.publish(market.snapshot());
+    std::vector<HttpFragment> first;
+    std::vector<HttpFragment> second;
+    board.appendTopics(ask(0, 10, 1), first);
+    board.appendTopics(ask(0, 10, 1), second);
+    EXPECT_EQ(first, second) << "one text for both";
+
+    const json mine = topics(ask(0, 10, 1));
+    EXPECT_EQ(mine["item"]["data"]["id"], "1001");
+    EXPECT_EQ(mine["latest"]["data"]["deals"].size(), 3u);
+    EXPECT_EQ(mine["list"]["base"], 1);
+    // Another collection at the same versions, fewer deals, another list, none of a collection.
+    EXPECT_EQ(topics(ask(1, 10, 1))["item"]["data"]["id"], "1002");
+    EXPECT_EQ(topics(ask(0, 2, 1))["latest"]["data"]["deals"].size(), 2u);
+    EXPECT_EQ(topics(ask(0, 10, 2))["list"]["base"], 2);
+    EXPECT_EQ(topics(ask(std::nullopt, 10, 1))["item"]["unknown"], true);
+    EXPECT_EQ(topics(ask(0, 10, 1)), mine);
+}
+
 TEST_F(MarketBoardTest, GivesTheLastDealsOldestFirst)
 {
     const auto deals = [&](std::size_t limit) {

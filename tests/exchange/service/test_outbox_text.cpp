@@ -9,8 +9,14 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <fstream>
+#include <future>
 #include <thread>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 namespace {
 
@@ -38,6 +44,20 @@ TEST_F(OutboxTextTest, ShowsBothFilesTheOldestFirst)
               "2020-01-01T01:00:00.123Z\t13900000001\tone\n"
               "2020-01-01T01:00:00.123Z\t13900000001\ttwo\n"
               "2020-01-01T01:00:00.123Z\t13900000001\tthree\n");
+}
+
+TEST_F(OutboxTextTest, WaitsForAnOutboxThatIsBeingTurnedOver)
+{
+    const auto newest = folder.path() / Outbox::kFileName;
+    std::ofstream(newest) << "one\n";
+    const int file = ::open(newest.c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(::flock(file, LOCK_EX), 0);
+    auto text = std::async(std::launch::async, [&] { return outboxText(folder.path()); });
+    EXPECT_EQ(text.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+    std::filesystem::rename(newest, folder.path() / Outbox::kOldFileName);
+    std::ofstream(newest) << "two\n";
+    ::close(file);
+    EXPECT_EQ(text.get(), "one\ntwo\n");
 }
 
 TEST_F(OutboxTextTest, LosesNothingWhileTheOutboxIsTurnedOver)
