@@ -13,14 +13,15 @@ using Steady = std::chrono::steady_clock;
 } // namespace
 
 Crowd::Crowd(Served &served, std::size_t collections)
-    : m_served(served), m_fleet(served.port(), size, HttpFleet::WithStamps)
+    : m_served(served),
+      m_fleet(std::make_unique<HttpFleet>(served.port(), size, HttpFleet::WithStamps))
 {
     std::vector<PollState> kinds;
     for (std::size_t i = 0; i < collections; ++i)
         kinds.push_back(caughtUp(served.port(), PollState(i)));
     for (std::size_t i = 0; i < size; ++i)
         m_states.push_back(kinds[i % collections]);
-    m_fleet.answered
+    m_fleet->answered
         = [this](std::size_t client, const HttpFleet::Answer &answer) { take(client, answer); };
 }
 
@@ -31,7 +32,7 @@ void Crowd::park()
     // Whoever was told of something that changed before asks again.
     m_asksAgain = true;
     auto look = Steady::now();
-    m_fleet.turnUntil([&] {
+    m_fleet->turnUntil([&] {
         if (Steady::now() < look)
             return false;
         look = Steady::now() + std::chrono::milliseconds(20);
@@ -44,10 +45,10 @@ void Crowd::park()
 
 double Crowd::awaitAllTold()
 {
-    m_fleet.turnUntil([this] { return m_open < size; });
+    m_fleet->turnUntil([this] { return m_open < size; });
     // Whoever reads now would take the machine from who sends; the stamps wait.
     std::this_thread::sleep_for(std::chrono::milliseconds(150));
-    m_fleet.turnUntil([this] { return m_open == 0; });
+    m_fleet->turnUntil([this] { return m_open == 0; });
     return static_cast<double>(m_last - m_first) / 1e6;
 }
 
@@ -55,14 +56,14 @@ void Crowd::goOn(std::chrono::milliseconds time)
 {
     m_asksAgain = true;
     const auto end = Steady::now() + time;
-    m_fleet.turnUntil([&] { return Steady::now() >= end; }, time + std::chrono::seconds(10));
+    m_fleet->turnUntil([&] { return Steady::now() >= end; }, time + std::chrono::seconds(10));
     m_asksAgain = false;
 }
 
 void Crowd::ask(std::size_t client)
 {
     ++m_open;
-    m_fleet.send(client, m_states[client].request(25'000));
+    m_fleet->send(client, m_states[client].request(25'000));
 }
 
 void Crowd::take(std::size_t client, const HttpFleet::Answer &answer)

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 // A thousand clients that always have a poll parked: told of a change, they ask again for what
@@ -26,6 +27,9 @@ public:
     // Goes on for a while: who is told asks again.
     void goOn(std::chrono::milliseconds time);
 
+    // Closes all connections; nobody polls any more.
+    void leave() { m_fleet.reset(); }
+
     std::size_t bytesTold() const { return m_bytes; } // of the last answer
     std::size_t answers() const { return m_answers; }
     const PollState &client(std::size_t number) const { return m_states[number]; }
@@ -35,7 +39,7 @@ private:
     void ask(std::size_t client);
 
     Served &m_served;
-    HttpFleet m_fleet;
+    std::unique_ptr<HttpFleet> m_fleet;
     std::vector<PollState> m_states;
     bool m_asksAgain = false;
     std::size_t m_open = 0;

@@ -204,82 +204,99 @@ void measureTelling(const Options &options, Report &report, Failures &)
     report.line("… server CPU, with the order's own", cpu, "ms");
 }
 
+namespace {
+
+// One trader with an order every few milliseconds, on a thread of its own while it lives. How late
+// the answers are read does not count.
+class Trading
+{
+public:
+    explicit Trading(Served &served)
+        : m_served(served), m_fleet(served.port(), 1, HttpFleet::WithStamps)
+    {
+        m_fleet.answered = [this](std::size_t, const HttpFleet::Answer &answer) {
+            if (answer.status != 200)
+                throw std::runtime_error("an order was not taken: " + std::string(answer.body));
+            m_latencies.push_back(static_cast<double>(answer.arrived - m_sentAt) / 1e6);
+            m_isAnswered = true;
+        };
+        m_thread = std::thread([this] {
+            try {
+                run();
+            } catch (...) {
+                m_fault = std::current_exception();
+            }
+        });
+    }
+
+    ~Trading() { end(); }
+
+    // Milliseconds within which so large a part of the orders was answered, once it is over.
+    double quantile(double part)
+    {
+        end();
+        if (m_fault)
+            std::rethrow_exception(m_fault);
+        std::sort(m_latencies.begin(), m_latencies.end());
+        const auto last = static_cast<double>(m_latencies.size() - 1);
+        return m_latencies[static_cast<std::size_t>(part * last)];
+    }
+
+private:
+    void run()
+    {
+        for (std::size_t i = 0; !m_isOver; ++i) {
+            const bool buys = i % 2 == 0;
+            const std::string request
+                = m_served.orderRequest(buys ? 0 : 1, buys ? Served::Buy : Served::Sell, 0, 0, 1);
+            m_isAnswered = false;
+            m_sentAt = Stopwatch::nanoseconds(CLOCK_REALTIME);
+            m_fleet.send(0, request);
+            m_fleet.turnUntil([this] { return m_isAnswered; });
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    }
+
+    void end()
+    {
+        m_isOver = true;
+        if (m_thread.joinable())
+            m_thread.join();
+    }
+
+    Served &m_served;
+    HttpFleet m_fleet;
+    std::vector<double> m_latencies;
+    std::int64_t m_sentAt = 0;
+    bool m_isAnswered = true;
+    std::exception_ptr m_fault;
+    std::atomic<bool> m_isOver{false};
+    std::thread m_thread;
+};
+
+} // namespace
+
 void measureOrdersMeanwhile(const Options &options, Report &report, Failures &)
 {
     Served served(options, 500, 2, 1);
     const auto span = std::chrono::milliseconds(options.quick ? 1'000 : 5'000);
-    Crowd crowd(served, 1);
-
-    // One trader with an order every few milliseconds. How late the answer is read does not count.
-    HttpFleet trader(served.port(), 1, HttpFleet::WithStamps);
-    HttpFleet last(served.port(), 1);
-    std::vector<double> latencies;
-    std::int64_t sentAt = 0;
-    bool isAnswered = true;
-    trader.answered = [&](std::size_t, const HttpFleet::Answer &answer) {
-        if (answer.status != 200)
-            throw std::runtime_error("an order was not taken: " + std::string(answer.body));
-        latencies.push_back(static_cast<double>(answer.arrived - sentAt) / 1e6);
-        isAnswered = true;
-    };
-    const auto trade = [&](const std::atomic<bool> &isOver) {
-        for (std::size_t i = 0; !isOver; ++i) {
-            const bool buys = i % 2 == 0;
-            const std::string request
-                = served.orderRequest(buys ? 0 : 1, buys ? Served::Buy : Served::Sell, 0, 0, 1);
-            isAnswered = false;
-            sentAt = Stopwatch::nanoseconds(CLOCK_REALTIME);
-            trader.send(0, request);
-            trader.turnUntil([&] { return isAnswered; });
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
-    };
-    const auto quantile = [&](double part) {
-        std::sort(latencies.begin(), latencies.end());
-        return latencies[static_cast<std::size_t>(part
-                                                  * static_cast<double>(latencies.size() - 1))];
-    };
-
     Pairs p99;
     Pairs p50;
     std::size_t told = 0;
     for (int round = 0; round < options.rounds; ++round) {
-        double idle99 = 0;
-        double idle50 = 0;
-        for (const bool isPolled : {false, true}) {
-            latencies.clear();
-            if (isPolled)
-                crowd.park();
-            std::atomic<bool> isOver{false};
-            std::exception_ptr fault;
-            std::thread trading([&] {
-                try {
-                    trade(isOver);
-                } catch (...) {
-                    fault = std::current_exception();
-                }
-            });
-            const std::size_t before = crowd.answers();
-            if (isPolled)
-                crowd.goOn(span);
-            else
-                std::this_thread::sleep_for(span);
-            told += crowd.answers() - before;
-            isOver = true;
-            trading.join();
-            if (fault)
-                std::rethrow_exception(fault);
-            if (isPolled) {
-                p99.add(quantile(0.99), idle99);
-                p50.add(quantile(0.5), idle50);
-                // One more change, so that no poll is left for the orders without.
-                placeAll(last, {served.orderRequest(0, Served::Buy, 0, -1, 1)});
-                crowd.awaitAllTold();
-            } else {
-                idle99 = quantile(0.99);
-                idle50 = quantile(0.5);
-            }
-        }
+        Crowd crowd(served, 1);
+        crowd.park();
+        Trading meanwhile(served);
+        crowd.goOn(span);
+        const double polled99 = meanwhile.quantile(0.99);
+        const double polled50 = meanwhile.quantile(0.5);
+        told += crowd.answers();
+        crowd.leave();
+
+        Trading alone(served);
+        std::this_thread::sleep_for(span);
+        p99.add(polled99, alone.quantile(0.99));
+        p50.add(polled50, alone.quantile(0.5));
     }
     report.line("p99 of an order while 1,000 polls are told of changes, beside none", p99, "ms",
                 Goal::most(2, "2"));
