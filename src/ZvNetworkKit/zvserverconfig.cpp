@@ -44,6 +44,15 @@ void ZvServerConfig::setServiceAddress(const QString &address)
     m_looks->address = address;
 }
 
+QString ZvServerConfig::getUrlOf_qrcodePrefix() const
+{
+    const QString &address = m_looks->address;
+    if (address.isEmpty())
+        return QString();
+    const QString root = address.endsWith(QLatin1Char('/')) ? address.chopped(1) : address;
+    return root + QStringLiteral("/cgi-bin/qrcode.html?s=");
+}
+
 QString ZvServerConfig::getPathOf_zijingzonglanPNG() const
 {
     return zvstyles::moneyOverviewPicture(m_looks->platform);

@@ -32,8 +32,13 @@ public:
     void setCurrentPlatform(ZvServerConfig::Platform platform);
 
     // The root of the exchange service, such as "http://127.0.0.1:8080", below which the pages of
-    // getStyleOf_ContactUrl() stand; empty at first, and the agreement has no links then.
+    // getStyleOf_ContactUrl() and the pictures of getUrlOf_qrcodePrefix() stand; empty at first,
+    // and the agreement has no links then.
     void setServiceAddress(const QString &address);
+
+    // The address of the QR picture of an account-opening code, up to the code itself; empty
+    // without a service address.
+    QString getUrlOf_qrcodePrefix() const;
 
     // The resource path of the background of the money overview.
     QString getPathOf_zijingzonglanPNG() const;
