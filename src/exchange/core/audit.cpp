@@ -39,6 +39,18 @@ std::optional<std::string> Market::State::auditMoney() const
     if (fees < Fen(0))
         return std::string("the fees earned are negative");
     Wide sum = fees.value();
+    std::vector<Wide> payouts(accounts.size());
+    std::vector<std::uint32_t> waiting(accounts.size());
+    Wide incoming = 0;
+    for (const auto &[number, transfer] : transfers) {
+        if (transfer.number.value() != number || transfer.number > lastTransfer
+            || transfer.amount <= Fen(0) || transfer.account >= accounts.size())
+            return about("transfer", number, "without sense");
+        (transfer.incoming ? incoming : payouts[transfer.account]) += transfer.amount.value();
+        ++waiting[transfer.account];
+    }
+    if (incoming != promised.value() || outside.value() + incoming > kAmountBound)
+        return std::string("a wrong sum of money that is to come in");
     for (const core::Account &account : accounts) {
         const auto fails
             = [&account](const char *what) { return about("account", account.id.value(), what); };
@@ -46,7 +58,8 @@ std::optional<std::string> Market::State::auditMoney() const
             return fails("negative money");
         if (account.fee > kHighestFee)
             return fails("a fee above the highest");
-        Wide frozen = 0;
+        const auto place = static_cast<std::size_t>(&account - accounts.data());
+        Wide frozen = payouts[place];
         std::uint32_t count = 0;
         std::uint32_t previous = kNone;
         for (std::uint32_t at = account.firstOrder; at != kNone; at = orders[at].nextOfAccount) {
@@ -59,8 +72,10 @@ std::optional<std::string> Market::State::auditMoney() const
         }
         if (account.lastOrder != previous || account.openOrders != count)
             return fails("a wrong number of open orders");
+        if (account.transfers != waiting[place])
+            return fails("a wrong number of transfers");
         if (frozen != account.frozenCash.value())
-            return fails("frozen money differs from what its open orders froze");
+            return fails("frozen money differs from what its open orders and transfers froze");
         sum += Wide(account.available.value()) + account.frozenCash.value();
     }
     if (sum != outside.value())

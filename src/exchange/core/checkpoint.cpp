@@ -16,7 +16,8 @@ using core::Order;
 namespace {
 
 constexpr std::string_view kMagic = "zvck";
-constexpr std::uint8_t kCheckpointVersion = 1;
+/** Version 1 ended before the transfers. */
+constexpr std::uint8_t kCheckpointVersion = 2;
 
 template <class V>
 void walk(core::Account &account, V &v)
@@ -84,6 +85,26 @@ void walk(Totals &totals, V &v)
 {
     v(totals.day), v(totals.session), v(totals.open), v(totals.lastOrder), v(totals.lastDeal),
         v(totals.fees), v(totals.outside);
+}
+
+/** Stands apart from the totals and is left out before the first transfer, so that a market without
+ * one has the hash that it had when there were none. */
+struct TransferTotals {
+    TransferNumber last;
+};
+
+template <class V>
+void walk(TransferTotals &totals, V &v)
+{
+    v(totals.last);
+}
+
+template <class V>
+void walk(core::Transfer &transfer, V &v)
+{
+    v(transfer.number), v(transfer.account), v(transfer.incoming), v(transfer.amount),
+        v(transfer.bank.high), v(transfer.bank.low), v(transfer.card), v(transfer.key.high),
+        v(transfer.key.low), v(transfer.at);
 }
 
 class Saver
@@ -246,6 +267,14 @@ void Market::State::eachPart(Begin &&begin, Visit &&visit) const
     begin(actions.entries().size());
     for (const core::ActionLog::Entry &entry : actions.entries())
         visit(6, entry);
+
+    const bool any = lastTransfer > TransferNumber(0);
+    begin(any ? 1 : 0);
+    if (any)
+        visit(7, TransferTotals{lastTransfer});
+    begin(transfers.size());
+    for (const auto &[number, transfer] : transfers)
+        visit(8, transfer);
 }
 
 std::uint64_t Market::stateHash() const
@@ -272,6 +301,10 @@ std::string Market::checkpoint() const
                               if (fault("checkpoint-forgets-fees-paid"))
                                   part.charged = Fen(0);
                           }
+                          if constexpr (std::is_same_v<decltype(part), core::Transfer>) {
+                              if (fault("checkpoint-forgets-whose-transfer"))
+                                  part.bank.low ^= 1;
+                          }
                           walk(part, save);
                       });
     core::Writer(bytes).fixed(hashOf(bytes));
@@ -291,7 +324,8 @@ Market Market::load(std::string_view bytes, const Limits &limits)
 {
     const auto check = [](bool holds) { Loader::check(holds); };
     check(bytes.size() > kMagic.size() + 9 && bytes.substr(0, kMagic.size()) == kMagic);
-    check(static_cast<std::uint8_t>(bytes[kMagic.size()]) == kCheckpointVersion);
+    const auto version = static_cast<std::uint8_t>(bytes[kMagic.size()]);
+    check(version >= 1 && version <= kCheckpointVersion);
     std::uint64_t hash = 0;
     core::Reader tail(bytes.substr(bytes.size() - 8));
     bytes.remove_suffix(8);
@@ -370,6 +404,26 @@ Market Market::load(std::string_view bytes, const Limits &limits)
               && state.actions.find(entry.account, entry.key) == nullptr);
         state.actions.add(entry);
         ++state.accounts[entry.account].keys;
+    }
+    if (version >= 2) {
+        const std::size_t totalsOfTransfers = read.count();
+        check(totalsOfTransfers <= 1);
+        if (totalsOfTransfers == 1) {
+            TransferTotals last;
+            walk(last, read);
+            check(last.last > TransferNumber(0));
+            state.lastTransfer = last.last;
+        }
+        TransferNumber before;
+        for (std::size_t i = read.count(); i > 0; --i) {
+            core::Transfer transfer;
+            walk(transfer, read);
+            check(transfer.number > before && transfer.number <= state.lastTransfer
+                  && transfer.account < state.accounts.size() && transfer.amount > Fen(0)
+                  && !transfer.bank.isNull());
+            before = transfer.number;
+            state.hang(transfer);
+        }
     }
     read.end();
     if (const auto violation = market.audit())

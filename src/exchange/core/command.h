@@ -40,9 +40,17 @@ enum class Status : std::uint8_t {
     AlreadyThere = 23, ///< the account or collection was opened or listed before
     KeyBurnt = 24, ///< the key was burnt before anything was done under it; comes before KeyDiffers
     BadKey = 25, ///< the null key, where a key is needed
+    // The next three come before BadAmount; they are the caller's to find, see
+    // BeginTransfer::ruling.
+    NoBankCard = 26,
+    AboveTransferLimit = 27,
+    AboveDayLimit = 28,
+    TooManyTransfers = 29, ///< of this account wait for the bank
+    TransferUnknown = 30,
+    TransferDone = 31, ///< ended before
 };
 
-constexpr Status kLastStatus = Status::BadKey;
+constexpr Status kLastStatus = Status::TransferDone;
 
 /** A short English name for logs and tables of tests: "accepted", "not enough money". */
 const char *name(Status status);
@@ -151,9 +159,32 @@ struct BurnKey {
     ActionKey key;
 };
 
+/**
+ * Begins a transfer between an account and its bank card, which lasts until the bank's word is
+ * known. Money that goes out is frozen until then; money that comes in is not there before. No
+ * settlement ends a transfer.
+ */
+struct BeginTransfer {
+    AccountId account;
+    bool incoming = true; ///< from the card to the account
+    Fen amount; ///< positive
+    TransferId bank; ///< not null, never used before
+    std::uint64_t card = 0; ///< tells the card from others of the account
+    ActionKey key = {};
+    /** What rules outside of the market came to: NoBankCard or a limit stands under the key as any
+     *  refusal does. */
+    Status ruling = Status::Accepted;
+};
+
+/** The bank's word on a transfer: done, or refused and nothing has moved. The first word counts. */
+struct EndTransfer {
+    TransferNumber transfer;
+    bool done = true;
+};
+
 using Command = std::variant<ListCollection, SuspendCollection, OpenAccount, FreezeAccount,
                              SetFeeRate, Deposit, Withdraw, GrantHolding, PlaceOrder, RevokeOrders,
-                             SettleDay, SetPhase, BurnKey>;
+                             SettleDay, SetPhase, BurnKey, BeginTransfer, EndTransfer>;
 
 /** The answer to a command. */
 struct Result {
@@ -161,6 +192,7 @@ struct Result {
     Status first = Status::Accepted; ///< the first answer where status is Exists
     OrderNumber order; ///< of an order that was placed, else 0
     std::int64_t revoked = 0; ///< orders that RevokeOrders ended
+    TransferNumber transfer = {}; ///< that began or ended now; 0 in an answer given again
 
     /** What the client should be told: the first answer where the action was done before. */
     constexpr Status meaning() const { return status == Status::Exists ? first : status; }

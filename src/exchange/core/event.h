@@ -156,9 +156,32 @@ struct PhaseSet {
     bool open;
 };
 
+struct TransferBegun {
+    TimeMs at;
+    TransferNumber transfer;
+    AccountId account;
+    bool incoming; ///< from the card to the account
+    Fen amount; ///< frozen from now on where it goes out
+    Fen available; ///< of the account, afterwards
+    TransferId bank;
+    std::uint64_t card;
+    ActionKey key; ///< null where there was none
+};
+
+struct TransferEnded {
+    TimeMs at;
+    TransferNumber transfer;
+    AccountId account;
+    bool incoming;
+    Fen amount;
+    bool done; ///< else refused by the bank
+    Fen available; ///< of the account, afterwards
+};
+
 /** The position in this list is the type in stored bytes: new kinds go to its end. */
-using Event = std::variant<CollectionListed, CollectionSuspended, AccountOpened, AccountFrozen,
-                           FeeRateSet, CashMoved, HoldingMoved, OrderAccepted, Deal, OrderDone,
-                           ActionAnswered, CollectionSettled, DaySettled, PhaseSet>;
+using Event
+    = std::variant<CollectionListed, CollectionSuspended, AccountOpened, AccountFrozen, FeeRateSet,
+                   CashMoved, HoldingMoved, OrderAccepted, Deal, OrderDone, ActionAnswered,
+                   CollectionSettled, DaySettled, PhaseSet, TransferBegun, TransferEnded>;
 
 } // namespace zvx

@@ -96,6 +96,20 @@ void fields(PhaseSet &e, V &v)
     v("at", e.at), v("open", e.open);
 }
 
+template <class V>
+void fields(TransferBegun &e, V &v)
+{
+    v("at", e.at), v("transfer", e.transfer), v("account", e.account), v("incoming", e.incoming),
+        v("amount", e.amount), v("available", e.available), v("bank", e.bank), v("card", e.card),
+        v("key", e.key);
+}
+template <class V>
+void fields(TransferEnded &e, V &v)
+{
+    v("at", e.at), v("transfer", e.transfer), v("account", e.account), v("incoming", e.incoming),
+        v("amount", e.amount), v("done", e.done), v("available", e.available);
+}
+
 template <class Enum>
 struct Last;
 template <>
@@ -227,10 +241,22 @@ private:
 
 const char *kindName(const Event &event)
 {
-    static constexpr const char *names[] = {
-        "CollectionListed", "CollectionSuspended", "AccountOpened", "AccountFrozen", "FeeRateSet",
-        "CashMoved",        "HoldingMoved",        "OrderAccepted", "Deal",          "OrderDone",
-        "ActionAnswered",   "CollectionSettled",   "DaySettled",    "PhaseSet"};
+    static constexpr const char *names[] = {"CollectionListed",
+                                            "CollectionSuspended",
+                                            "AccountOpened",
+                                            "AccountFrozen",
+                                            "FeeRateSet",
+                                            "CashMoved",
+                                            "HoldingMoved",
+                                            "OrderAccepted",
+                                            "Deal",
+                                            "OrderDone",
+                                            "ActionAnswered",
+                                            "CollectionSettled",
+                                            "DaySettled",
+                                            "PhaseSet",
+                                            "TransferBegun",
+                                            "TransferEnded"};
     static_assert(std::size(names) == std::variant_size_v<Event>);
     return names[event.index()];
 }

@@ -49,6 +49,10 @@ std::uint64_t fingerprint(const RevokeOrders &c)
         seed = chain(seed, number.value());
     return seed;
 }
+std::uint64_t fingerprint(const BeginTransfer &c)
+{
+    return chain(chain(6, c.incoming ? 1 : 0), c.amount.value());
+}
 
 Result answer(Status status)
 {
@@ -219,7 +223,7 @@ Result Market::State::decide(const SetFeeRate &command, Context &context)
 Result Market::State::decide(const Deposit &command, Context &context)
 {
     return once(command, context, false, [&](std::uint32_t account) {
-        if (command.amount <= Fen(0) || command.amount > Fen(kAmountBound - outside.value()))
+        if (command.amount <= Fen(0) || command.amount > roomForMoney())
             return answer(Status::BadAmount);
         happen(context,
                CashMoved{context.now, command.account, command.amount,
@@ -509,6 +513,71 @@ Result Market::State::decide(const BurnKey &command, Context &context)
     return answer(Status::KeyBurnt);
 }
 
+Status Market::State::judge(const BeginTransfer &command, std::uint32_t account) const
+{
+    if (command.ruling != Status::Accepted)
+        return command.ruling;
+    if (command.amount <= Fen(0) || !command.amount.inRange()
+        || (command.incoming && command.amount > roomForMoney()))
+        return Status::BadAmount;
+    if (!command.incoming && command.amount > accounts[account].available)
+        return Status::NotEnoughMoney;
+    if (accounts[account].transfers >= limits.transfersOfAccount)
+        return Status::TooManyTransfers;
+    return Status::Accepted;
+}
+
+Result Market::State::decide(const BeginTransfer &command, Context &context)
+{
+    if (command.bank.isNull())
+        return answer(Status::BadKey);
+    return once(command, context, false, [&](std::uint32_t account) {
+        Result result = answer(judge(command, account));
+        if (result.status != Status::Accepted)
+            return result;
+        TransferBegun begun{};
+        begun.at = context.now;
+        begun.transfer = TransferNumber(lastTransfer.value() + 1);
+        begun.account = command.account;
+        begun.incoming = command.incoming;
+        begun.amount = command.amount;
+        begun.available = accounts[account].available;
+        if (!command.incoming)
+            begun.available -= command.amount;
+        begun.bank = command.bank;
+        begun.card = command.card;
+        begun.key = command.key;
+        happen(context, begun);
+        result.transfer = begun.transfer;
+        return result;
+    });
+}
+
+Result Market::State::decide(const EndTransfer &command, Context &context)
+{
+    if (command.transfer <= TransferNumber(0) || command.transfer > lastTransfer)
+        return answer(Status::TransferUnknown);
+    const auto found = transfers.find(command.transfer.value());
+    if (found == transfers.end())
+        return answer(Status::TransferDone);
+    const core::Transfer &transfer = found->second;
+    TransferEnded ended{};
+    ended.at = context.now;
+    ended.transfer = transfer.number;
+    ended.account = accounts[transfer.account].id;
+    ended.incoming = transfer.incoming;
+    ended.amount = transfer.amount;
+    ended.done = command.done || fault("refused-transfer-done");
+    ended.available = accounts[transfer.account].available;
+    // What comes in well, and what goes out and is refused, is there in the end.
+    if (ended.done == ended.incoming)
+        ended.available += transfer.amount;
+    happen(context, ended);
+    Result result;
+    result.transfer = ended.transfer;
+    return result;
+}
+
 TradingDay Market::day() const
 {
     return m_state->day;
@@ -528,6 +597,10 @@ OrderNumber Market::lastOrder() const
 Sequence Market::lastDeal() const
 {
     return m_state->lastDeal;
+}
+TransferNumber Market::lastTransfer() const
+{
+    return m_state->lastTransfer;
 }
 Fen Market::feesEarned() const
 {
@@ -646,6 +719,23 @@ HoldingView Market::holding(AccountId account, CollectionId collection) const
     view.frozen = holding.frozen;
     view.cost = holding.cost;
     return view;
+}
+
+void Market::transfers(std::vector<TransferView> &out) const
+{
+    out.clear();
+    for (const auto &[number, transfer] : m_state->transfers) {
+        TransferView view;
+        view.transfer = transfer.number;
+        view.account = m_state->accounts[transfer.account].id;
+        view.incoming = transfer.incoming;
+        view.amount = transfer.amount;
+        view.bank = transfer.bank;
+        view.card = transfer.card;
+        view.key = transfer.key;
+        view.at = transfer.at;
+        out.push_back(view);
+    }
 }
 
 PartsPerMillion Market::feeRate(AccountId account, CollectionId collection) const

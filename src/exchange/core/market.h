@@ -30,6 +30,8 @@ struct Limits {
     std::size_t openOrdersOfAccount = 10'000;
     /** Keys of one account in the sessions that are kept. */
     std::size_t keysOfAccount = 65'536;
+    /** Transfers of one account that wait for the bank. */
+    std::size_t transfersOfAccount = 20;
     /** Pieces of one order. */
     Quantity orderQuantity{100'000'000};
     /** Random bits of the process, so that nobody can choose action keys that fall together. */
@@ -78,7 +80,7 @@ struct AccountView {
     bool frozen = false; ///< by the operator; not money
     PartsPerMillion fee;
     Fen available;
-    Fen frozenCash; ///< reserved by open buys
+    Fen frozenCash; ///< reserved by open buys and by transfers to the bank
     std::int64_t openOrders = 0;
 };
 
@@ -101,6 +103,18 @@ struct OrderView {
     Fen charged; ///< fees so far
     Fen frozenCash; ///< still reserved
     PartsPerMillion fee;
+    TimeMs at;
+};
+
+/** A transfer that waits for the bank's word. */
+struct TransferView {
+    TransferNumber transfer;
+    AccountId account;
+    bool incoming = true;
+    Fen amount;
+    TransferId bank;
+    std::uint64_t card = 0;
+    ActionKey key;
     TimeMs at;
 };
 
@@ -146,8 +160,8 @@ public:
     static Market restore(std::string_view bytes, const Limits &limits = {});
 
     /** Checks every invariant, slowly: conservation of money and pieces, nothing negative, no
-     * crossed book, frozen amounts equal to what open orders need. Returns the first violation in
-     * words. */
+     * crossed book, frozen amounts equal to what open orders and transfers need. Returns the first
+     * violation in words. */
     std::optional<std::string> audit() const;
 
     TradingDay day() const;
@@ -156,6 +170,8 @@ public:
     /** The number of the last order and of the last deal; 0 before the first. */
     OrderNumber lastOrder() const;
     Sequence lastDeal() const;
+    /** The number of the last transfer that began; 0 before the first. */
+    TransferNumber lastTransfer() const;
     /** Fees earned since the market began. */
     Fen feesEarned() const;
     std::size_t openOrders() const;
@@ -176,6 +192,8 @@ public:
     /** Replaces `out` by what the account holds, by rising collection id, without empty ones. */
     void holdingsOf(AccountId id, std::vector<HoldingView> &out) const;
     HoldingView holding(AccountId account, CollectionId collection) const;
+    /** Replaces `out` by the transfers that wait for the bank, the oldest first. */
+    void transfers(std::vector<TransferView> &out) const;
     /** The fee that the account's next order of the collection would be charged. */
     PartsPerMillion feeRate(AccountId account, CollectionId collection) const;
 

@@ -466,4 +466,67 @@ void Market::State::on(const PhaseSet &event)
     open = event.open;
 }
 
+void Market::State::hang(const core::Transfer &transfer)
+{
+    transfers.emplace(transfer.number.value(), transfer);
+    ++accounts[transfer.account].transfers;
+    if (transfer.incoming)
+        promised += transfer.amount;
+}
+
+void Market::State::on(const TransferBegun &event)
+{
+    must(event.transfer.value() == lastTransfer.value() + 1, "transfer numbers with a gap");
+    must(event.amount > Fen(0) && !event.bank.isNull(), "a transfer without sense");
+    const std::uint32_t account = needAccount(event.account);
+    core::Account &holder = accounts[account];
+    Fen after = holder.available;
+    if (event.incoming)
+        must(event.amount <= roomForMoney(), "a transfer of more than the market can hold");
+    else
+        after -= event.amount;
+    must(after >= Fen(0) && after == event.available, "a transfer that does not add up");
+
+    if (!event.incoming && !fault("payout-not-frozen"))
+        holder.frozenCash += event.amount;
+    holder.available = after;
+    lastTransfer = event.transfer;
+    core::Transfer transfer;
+    transfer.number = event.transfer;
+    transfer.account = account;
+    transfer.incoming = event.incoming;
+    transfer.amount = event.amount;
+    transfer.bank = event.bank;
+    transfer.card = event.card;
+    transfer.key = event.key;
+    transfer.at = event.at;
+    hang(transfer);
+    touchAccount(account);
+}
+
+void Market::State::on(const TransferEnded &event)
+{
+    const auto found = transfers.find(event.transfer.value());
+    must(found != transfers.end(), "the end of a transfer that is not under way");
+    const core::Transfer transfer = found->second;
+    core::Account &holder = accounts[transfer.account];
+    must(holder.id == event.account && transfer.incoming == event.incoming
+             && transfer.amount == event.amount,
+         "the end of a transfer that does not belong to it");
+    const Fen back = event.done == event.incoming ? event.amount : Fen(0);
+    must(holder.available + back == event.available, "the end of a transfer that does not add up");
+
+    holder.available = event.available;
+    if (!event.incoming)
+        holder.frozenCash -= event.amount;
+    if (event.done)
+        outside = event.incoming ? outside + event.amount : outside - event.amount;
+    if (event.incoming)
+        promised -= event.amount;
+    --holder.transfers;
+    if (!fault("transfer-ends-twice"))
+        transfers.erase(found);
+    touchAccount(transfer.account);
+}
+
 } // namespace zvx

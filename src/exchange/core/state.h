@@ -5,6 +5,7 @@
 #include "exchange/core/flatmap.h"
 #include "exchange/core/market.h"
 
+#include <map>
 #include <vector>
 
 namespace zvx {
@@ -21,6 +22,7 @@ struct Account {
     std::uint32_t openOrders = 0;
     std::uint32_t firstHolding = kNone;
     std::uint32_t keys = 0;
+    std::uint32_t transfers = 0; ///< that wait for the bank
     bool frozen = false;
     bool hasRates = false;
     bool dirty = false;
@@ -35,6 +37,18 @@ struct Holding {
     Fen cost;
 
     bool isEmpty() const { return quantity == Quantity(0); }
+};
+
+/** A transfer that waits for the bank. */
+struct Transfer {
+    TransferNumber number;
+    std::uint32_t account = kNone;
+    bool incoming = true;
+    Fen amount;
+    TransferId bank;
+    std::uint64_t card = 0;
+    ActionKey key;
+    TimeMs at;
 };
 
 } // namespace core
@@ -65,6 +79,8 @@ struct Market::State {
     Result decide(const SettleDay &command, Context &context);
     Result decide(const SetPhase &command, Context &context);
     Result decide(const BurnKey &command, Context &context);
+    Result decide(const BeginTransfer &command, Context &context);
+    Result decide(const EndTransfer &command, Context &context);
 
     // What an event changes. Throws Damaged where the event cannot follow what is there.
     void on(const CollectionListed &event);
@@ -81,6 +97,8 @@ struct Market::State {
     void on(const CollectionSettled &event);
     void on(const DaySettled &event);
     void on(const PhaseSet &event);
+    void on(const TransferBegun &event);
+    void on(const TransferEnded &event);
 
     // The same where live trading has already found the places.
     void on(const OrderAccepted &event, std::uint32_t account, std::uint32_t book);
@@ -103,6 +121,11 @@ struct Market::State {
     void match(std::uint32_t taker, Context &context);
     void finish(std::uint32_t order, DoneReason reason, Context &context);
     Status judgeRevoke(OrderNumber number, std::uint32_t account) const;
+    Status judge(const BeginTransfer &command, std::uint32_t account) const;
+    /** What may still come in from outside. */
+    Fen roomForMoney() const { return Fen(kAmountBound) - outside - promised; }
+    /** Puts a transfer whose money is accounted for on the list. */
+    void hang(const core::Transfer &transfer);
 
     std::uint32_t findAccount(AccountId id) const;
     std::uint32_t findBook(CollectionId id) const;
@@ -134,12 +157,15 @@ struct Market::State {
     Sequence lastDeal;
     Fen fees;
     Fen outside; ///< what came in from outside and did not go there again
+    TransferNumber lastTransfer;
+    Fen promised; ///< what waiting transfers would bring in
 
     std::vector<core::Account> accounts;
     std::vector<core::Book> books;
     std::vector<core::Holding> holdings;
     core::OrderPool orders;
     core::ActionLog actions;
+    std::map<std::int64_t, core::Transfer> transfers; ///< by number
     core::FlatMap accountIndex; ///< from id
     core::FlatMap bookIndex; ///< from id
     core::FlatMap holdingIndex; ///< from account's and book's index

@@ -57,6 +57,18 @@ const char *name(Status status)
         return "key burnt";
     case Status::BadKey:
         return "bad key";
+    case Status::NoBankCard:
+        return "no bank card";
+    case Status::AboveTransferLimit:
+        return "above transfer limit";
+    case Status::AboveDayLimit:
+        return "above day limit";
+    case Status::TooManyTransfers:
+        return "too many transfers";
+    case Status::TransferUnknown:
+        return "transfer unknown";
+    case Status::TransferDone:
+        return "transfer done";
     }
     return "unknown status";
 }

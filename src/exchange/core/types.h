@@ -86,6 +86,10 @@ struct Sequence {
     static constexpr std::int64_t least = 0;
     static constexpr std::int64_t most = kAmountBound;
 };
+struct TransferNumber {
+    static constexpr std::int64_t least = 0;
+    static constexpr std::int64_t most = kAmountBound;
+};
 } // namespace tags
 
 /** Money in hundredths of a yuan. Prices are Fen in 1 .. kPriceBound - 1. */
@@ -107,6 +111,8 @@ using TimeMs = Number<tags::TimeMs>;
 using TradingDay = Number<tags::TradingDay>;
 /** Counts deals or sessions from 1; 0 is none. */
 using Sequence = Number<tags::Sequence>;
+/** Counts the transfers between accounts and their bank cards from 1; 0 is none. */
+using TransferNumber = Number<tags::TransferNumber>;
 
 /** The fee of an account that was given no rate of its own. */
 constexpr PartsPerMillion kDefaultFee{3000};
@@ -230,5 +236,8 @@ struct ActionKey {
     /** Reads exactly 32 hexadecimal digits, either case; nothing else, and not the null key. */
     static std::optional<ActionKey> fromText(std::string_view text);
 };
+
+/** By what the bank knows a transfer: 128 random bits of the exchange's own, never of a client. */
+using TransferId = ActionKey;
 
 } // namespace zvx

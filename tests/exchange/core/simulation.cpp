@@ -152,6 +152,13 @@ std::string pictureOf(const Market &market)
             all += "sells " + text(level.price.value(), level.quantity.value(), level.orders)
                 + '\n';
     }
+    std::vector<TransferView> transfers;
+    market.transfers(transfers);
+    for (const TransferView &transfer : transfers)
+        all += "transfer "
+            + text(transfer.transfer.value(), transfer.account.value(), int(transfer.incoming),
+                   transfer.amount.value())
+            + '\n';
     return all;
 }
 
@@ -192,6 +199,7 @@ private:
         Limits limits;
         limits.openOrdersOfAccount = static_cast<std::size_t>(random.chance(30) ? 4 : 1000);
         limits.keysOfAccount = static_cast<std::size_t>(random.chance(10) ? 8 : 1000);
+        limits.transfersOfAccount = static_cast<std::size_t>(random.chance(40) ? 2 : 20);
         limits.keySalt = random.next();
         return limits;
     }
@@ -200,7 +208,8 @@ private:
     {
         return SlowMarket(kDay,
                           {static_cast<std::int64_t>(m_limits.openOrdersOfAccount),
-                           static_cast<std::int64_t>(m_limits.keysOfAccount)});
+                           static_cast<std::int64_t>(m_limits.keysOfAccount),
+                           static_cast<std::int64_t>(m_limits.transfersOfAccount)});
     }
 
     void open()
@@ -246,6 +255,8 @@ private:
         const std::int64_t dice = m_random.below(100);
         if (dice < 40)
             intend();
+        else if (dice < 44)
+            speakAsBank();
         else if (dice < 79)
             deliver();
         else if (dice < 88)
@@ -281,10 +292,12 @@ private:
         }
         intent.session = m_disk.session;
         const std::int64_t dice = m_random.below(100);
-        if (dice < 76)
+        if (dice < 70)
             intent.command = order(intent);
-        else if (dice < 92)
+        else if (dice < 84)
             intent.command = revoke(intent);
+        else if (dice < 92)
+            intent.command = transfer(intent);
         else if (dice < 96)
             intent.command = Deposit{intent.account, money(), intent.key};
         else
@@ -357,6 +370,41 @@ private:
         const Fen money(cost - missing - holder->available.value());
         if (money > Fen(0))
             serve(Deposit{order.account, money, {}});
+    }
+
+    Command transfer(const Intent &intent)
+    {
+        BeginTransfer command;
+        command.account = intent.account;
+        command.key = intent.key;
+        command.incoming = m_random.chance(50);
+        command.amount = money();
+        if (m_random.chance(5))
+            command.amount = Fen(kAmountBound + 50 - m_random.below(100));
+        command.bank = {m_random.chance(98) ? m_random.next() | 1 : 0, 0};
+        command.card = m_random.next();
+        if (m_random.chance(5))
+            command.ruling = m_random.chance(50) ? Status::NoBankCard
+                : m_random.chance(50)            ? Status::AboveTransferLimit
+                                                 : Status::AboveDayLimit;
+        return command;
+    }
+
+    /** The bank's word on a transfer: of one that waits, of one that ended, of none. */
+    void speakAsBank()
+    {
+        std::vector<TransferView> waiting;
+        m_market.transfers(waiting);
+        TransferNumber number(m_random.between(-1, m_market.lastTransfer().value() + 1));
+        if (!waiting.empty() && m_random.chance(80)) {
+            number = waiting[static_cast<std::size_t>(
+                                 m_random.below(static_cast<std::int64_t>(waiting.size())))]
+                         .transfer;
+        }
+        const EndTransfer command{number, m_random.chance(60)};
+        serve(command);
+        if (m_random.chance(20))
+            serve(EndTransfer{number, m_random.chance(50)});
     }
 
     Command revoke(const Intent &intent)
@@ -488,7 +536,7 @@ private:
         const Result slow = m_slow.apply(command);
         m_pendingCommands.push_back(command);
         require(core.status == slow.status && core.first == slow.first && core.order == slow.order
-                    && core.revoked == slow.revoked,
+                    && core.revoked == slow.revoked && core.transfer == slow.transfer,
                 std::string("answers differ: core ") + name(core.status) + ", slow "
                     + name(slow.status));
         ++m_counts[std::string("answer: ") + name(core.meaning())];
@@ -506,6 +554,9 @@ private:
                 if (done->reason == DoneReason::Ended)
                     ++m_counts["order ended with the day"];
             }
+            if (const auto *ended = std::get_if<TransferEnded>(&m_pending[i]))
+                ++m_counts[std::string(ended->incoming ? "money in " : "money out ")
+                           + (ended->done ? "done" : "refused by the bank")];
             if (const auto *accepted = std::get_if<OrderAccepted>(&m_pending[i])) {
                 if (accepted->side == Side::Buy
                     && accepted->feeCap
@@ -657,6 +708,8 @@ private:
         commit();
         judgeIntents();
 
+        judgeTransfers();
+
         const Market again = recovered({}, m_disk.all);
         require(again.stateHash() == m_market.stateHash(),
                 "all events from the beginning give another state");
@@ -707,6 +760,52 @@ private:
         m_counts["intent judged"] += static_cast<std::int64_t>(m_intents.size());
     }
 
+    /** The money of the market, counted from the disk alone: each transfer moved it once or never.
+     */
+    void judgeTransfers()
+    {
+        std::map<std::int64_t, bool> begun; // number, whether it ended
+        std::map<std::pair<std::uint64_t, std::uint64_t>, int> keys;
+        std::int64_t moved = 0;
+        std::int64_t frozen = 0;
+        for (const std::string &batch : m_disk.all) {
+            std::string_view bytes = batch;
+            Event event;
+            while (!bytes.empty() && decode(bytes, event)) {
+                if (const auto *cash = std::get_if<CashMoved>(&event))
+                    moved += cash->amount.value();
+                if (const auto *begins = std::get_if<TransferBegun>(&event)) {
+                    require(begun.emplace(begins->transfer.value(), false).second,
+                            "a transfer began twice");
+                    require(++keys[{begins->key.high, begins->key.low}] == 1,
+                            "one intent, two transfers");
+                    frozen += begins->incoming ? 0 : begins->amount.value();
+                }
+                if (const auto *ended = std::get_if<TransferEnded>(&event)) {
+                    const auto found = begun.find(ended->transfer.value());
+                    require(found != begun.end() && !found->second,
+                            "a transfer ended that was not under way");
+                    found->second = true;
+                    frozen -= ended->incoming ? 0 : ended->amount.value();
+                    if (ended->done)
+                        moved += ended->incoming ? ended->amount.value() : -ended->amount.value();
+                }
+            }
+        }
+        std::int64_t there = m_market.feesEarned().value();
+        for (const AccountId id : m_market.accounts()) {
+            const AccountView account = *m_market.account(id);
+            there += account.available.value() + account.frozenCash.value();
+            std::vector<OrderView> orders;
+            m_market.ordersOf(id, orders);
+            frozen -= account.frozenCash.value();
+            for (const OrderView &order : orders)
+                frozen += order.frozenCash.value();
+        }
+        require(there == moved, "money was made or lost");
+        require(frozen == 0, "frozen money is not that of orders and transfers");
+    }
+
     Random m_random;
     Counts &m_counts;
     Limits m_limits;
@@ -748,6 +847,10 @@ Counts emptyCounts()
                              "order revoked",
                              "order ended with the day",
                              "fee capped by the money there",
+                             "money in done",
+                             "money in refused by the bank",
+                             "money out done",
+                             "money out refused by the bank",
                              "intent judged"})
         counts[what] = 0;
     for (const Status status : {Status::Accepted,
@@ -771,7 +874,13 @@ Counts emptyCounts()
                                 Status::BadRate,
                                 Status::BadDay,
                                 Status::KeyBurnt,
-                                Status::BadKey})
+                                Status::BadKey,
+                                Status::NoBankCard,
+                                Status::AboveTransferLimit,
+                                Status::AboveDayLimit,
+                                Status::TooManyTransfers,
+                                Status::TransferUnknown,
+                                Status::TransferDone})
         counts[std::string("answer: ") + name(status)] = 0;
     return counts;
 }

@@ -90,6 +90,10 @@ Int SlowMarket::frozen(Int account) const
     Int sum = 0;
     for (const auto &[number, order] : m_orders)
         sum += order.account == account ? order.frozenMoney() : 0;
+    for (const auto &[number, transfer] : m_transfers) {
+        if (transfer.waiting && !transfer.incoming && transfer.account == account)
+            sum += transfer.amount;
+    }
     return sum;
 }
 
@@ -255,6 +259,7 @@ Result SlowMarket::keyed(const Command &command, const std::string &content, boo
             Result again = known->second.result;
             again.first = again.status;
             again.status = Status::Exists;
+            again.transfer = {};
             return again;
         }
         if (Int(m_answers[id].size()) >= m_bounds.keysOfAccount)
@@ -289,6 +294,52 @@ Result SlowMarket::run(const zvx::PlaceOrder &c)
         c.refusalFreesKey);
 }
 
+Result SlowMarket::run(const zvx::BeginTransfer &c)
+{
+    if (c.bank.high == 0 && c.bank.low == 0)
+        return say(Status::BadKey);
+    return keyed(c, (c.incoming ? "in " : "out ") + text(c.amount.value()), false);
+}
+
+Result SlowMarket::carryOut(const zvx::BeginTransfer &command)
+{
+    const Int id = command.account.value();
+    const Int amount = command.amount.value();
+    if (command.ruling != Status::Accepted)
+        return say(command.ruling);
+    if (amount < 1 || amount > (command.incoming ? roomForMoney() : kBound))
+        return say(Status::BadAmount);
+    if (!command.incoming && amount > available(id))
+        return say(Status::NotEnoughMoney);
+    Int waiting = 0;
+    for (const auto &[number, transfer] : m_transfers)
+        waiting += transfer.waiting && transfer.account == id ? 1 : 0;
+    if (waiting >= m_bounds.transfersOfAccount)
+        return say(Status::TooManyTransfers);
+    const Int number = Int(m_transfers.size()) + 1;
+    m_transfers[number] = {id, command.incoming, amount, true};
+    Result result;
+    result.transfer = zvx::TransferNumber(number);
+    return result;
+}
+
+Result SlowMarket::run(const zvx::EndTransfer &c)
+{
+    const auto found = m_transfers.find(c.transfer.value());
+    if (found == m_transfers.end())
+        return say(Status::TransferUnknown);
+    Transfer &transfer = found->second;
+    if (!transfer.waiting)
+        return say(Status::TransferDone);
+    transfer.waiting = false;
+    if (c.done)
+        m_accounts[transfer.account].moved.push_back(transfer.incoming ? transfer.amount
+                                                                       : -transfer.amount);
+    Result result;
+    result.transfer = c.transfer;
+    return result;
+}
+
 Result SlowMarket::run(const zvx::RevokeOrders &c)
 {
     std::string content = "revoke ";
@@ -297,15 +348,24 @@ Result SlowMarket::run(const zvx::RevokeOrders &c)
     return keyed(c, content, false);
 }
 
-Result SlowMarket::carryOut(const zvx::Deposit &command)
+Int SlowMarket::roomForMoney() const
 {
-    Int inside = 0;
+    Int room = kBound;
     for (const auto &[id, account] : m_accounts) {
         for (const Int amount : account.moved)
-            inside += amount;
+            room -= amount;
     }
+    for (const auto &[number, transfer] : m_transfers) {
+        if (transfer.waiting && transfer.incoming)
+            room -= transfer.amount;
+    }
+    return room;
+}
+
+Result SlowMarket::carryOut(const zvx::Deposit &command)
+{
     const Int amount = command.amount.value();
-    if (amount < 1 || amount > kBound - inside)
+    if (amount < 1 || amount > roomForMoney())
         return say(Status::BadAmount);
     m_accounts[command.account.value()].moved.push_back(amount);
     return {};
@@ -515,6 +575,7 @@ Result SlowMarket::run(const zvx::BurnKey &command)
         return again;
     again.first = again.status;
     again.status = Status::Exists;
+    again.transfer = {};
     return again;
 }
 
@@ -575,6 +636,11 @@ std::string SlowMarket::picture() const
             level("buys ", at->first, at->second);
         for (const auto &[price, queue] : facts.sells)
             level("sells ", price, queue);
+    }
+    for (const auto &[number, transfer] : m_transfers) {
+        if (transfer.waiting)
+            all += "transfer "
+                + text(number, transfer.account, int(transfer.incoming), transfer.amount) + '\n';
     }
     return all;
 }

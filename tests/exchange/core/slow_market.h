@@ -33,6 +33,7 @@ public:
     struct Bounds {
         std::int64_t openOrdersOfAccount = 0;
         std::int64_t keysOfAccount = 0;
+        std::int64_t transfersOfAccount = 0;
     };
 
     SlowMarket(std::int64_t day, Bounds bounds);
@@ -85,6 +86,12 @@ private:
         std::int64_t lower() const;
         std::int64_t upper() const;
     };
+    struct Transfer {
+        std::int64_t account = 0;
+        bool incoming = false;
+        std::int64_t amount = 0;
+        bool waiting = true;
+    };
     struct Answer {
         zvx::Result result;
         std::string content;
@@ -105,6 +112,8 @@ private:
     zvx::Result run(const zvx::SettleDay &command);
     zvx::Result run(const zvx::SetPhase &command);
     zvx::Result run(const zvx::BurnKey &command);
+    zvx::Result run(const zvx::BeginTransfer &command);
+    zvx::Result run(const zvx::EndTransfer &command);
 
     template <class Command>
     zvx::Result keyed(const Command &command, const std::string &content, bool freeing);
@@ -113,10 +122,13 @@ private:
     zvx::Result carryOut(const zvx::GrantHolding &command);
     zvx::Result carryOut(const zvx::PlaceOrder &command);
     zvx::Result carryOut(const zvx::RevokeOrders &command);
+    zvx::Result carryOut(const zvx::BeginTransfer &command);
     void match(Order &taker);
     void close(Order &order);
     zvx::Status mayRevoke(std::int64_t number, std::int64_t account) const;
 
+    /** What more may come in from outside. */
+    std::int64_t roomForMoney() const;
     std::int64_t frozen(std::int64_t account) const;
     std::int64_t available(std::int64_t account) const;
     std::int64_t held(std::int64_t account, std::int64_t collection) const;
@@ -132,6 +144,7 @@ private:
     std::map<std::int64_t, Account> m_accounts;
     std::map<std::int64_t, Collection> m_collections;
     std::map<std::int64_t, Order> m_orders;
+    std::map<std::int64_t, Transfer> m_transfers;
     std::map<std::int64_t, std::map<Key, Answer>> m_answers;
     std::vector<Trade> m_trades;
     std::int64_t m_deals = 0;

@@ -104,8 +104,8 @@ OpenMarket::OpenMarket(int accounts, int issued)
 
 std::string Table::answer(const std::vector<std::string> &words)
 {
-    for (const char *name :
-         {"cash", "holding", "book", "day", "limits", "orders", "fees", "deals", "rules", "done"}) {
+    for (const char *name : {"cash", "holding", "book", "day", "limits", "orders", "fees", "deals",
+                             "rules", "done", "transfers"}) {
         if (words.front() == name)
             return question(words);
     }
@@ -163,6 +163,21 @@ std::string Table::command(const std::vector<std::string> &words)
         body = revoke;
     } else if (verb == "burn") {
         body = BurnKey{AccountId(at(1)), key(words)};
+    } else if (verb == "in" || verb == "out") {
+        BeginTransfer transfer;
+        transfer.account = AccountId(at(1));
+        transfer.incoming = verb == "in";
+        transfer.amount = money(words.at(2));
+        transfer.bank = {1, static_cast<std::uint64_t>(m_now)};
+        transfer.card = 7;
+        transfer.key = key(words);
+        transfer.ruling = words.back() == "no-card" ? Status::NoBankCard
+            : words.back() == "limit"               ? Status::AboveTransferLimit
+            : words.back() == "day-limit"           ? Status::AboveDayLimit
+                                                    : Status::Accepted;
+        body = transfer;
+    } else if (verb == "bank") {
+        body = EndTransfer{TransferNumber(at(1)), words.at(2) == "done"};
     } else if (verb == "phase") {
         body = SetPhase{words.at(1) == "open"};
     } else if (verb == "suspend") {
@@ -179,6 +194,8 @@ std::string Table::command(const std::vector<std::string> &words)
         text += std::string(" ") + name(result.first);
     if (result.order != OrderNumber(0))
         text += ' ' + std::to_string(result.order.value());
+    if (std::holds_alternative<BeginTransfer>(body) && result.transfer != TransferNumber(0))
+        text += ' ' + std::to_string(result.transfer.value());
     if (std::holds_alternative<RevokeOrders>(body) && result.revoked > 0)
         text += ' ' + std::to_string(result.revoked);
     return text;
@@ -235,6 +252,12 @@ std::string Table::question(const std::vector<std::string> &words)
                 out << deal->buyer.value() << '<' << deal->seller.value() << ' '
                     << yuan(deal->price) << 'x' << deal->quantity.value() << ' ';
         }
+    } else if (verb == "transfers") {
+        std::vector<TransferView> transfers;
+        m_market.transfers(transfers);
+        for (const TransferView &transfer : transfers)
+            out << transfer.transfer.value() << ':' << (transfer.incoming ? "in" : "out") << ':'
+                << transfer.account.value() << ':' << yuan(transfer.amount) << ' ';
     } else if (verb == "done") {
         static constexpr const char *reasons[] = {"filled", "revoked", "ended", "self-trade"};
         for (; m_askedDone < m_events.size(); ++m_askedDone) {

@@ -34,6 +34,9 @@ std::vector<Event> oneOfEach()
                           Fen(4), Quantity(5), Fen(6), Fen(7), Fen(8), Fen(9)},
         DaySettled{at, TradingDay(20'200'101), Sequence(2)},
         PhaseSet{TimeMs(0), true},
+        TransferBegun{at, TransferNumber(kAmountBound), a, true, Fen(kAmountBound), Fen(64),
+                      TransferId{1, 0xffffffffffffffffu}, 0x0123456789abcdefu, ActionKey{}},
+        TransferEnded{at, TransferNumber(128), a, false, Fen(1), true, Fen(0)},
     };
 }
 
@@ -72,6 +75,23 @@ TEST(EventCodec, TheBytesOfADealStay)
         std::string("\x01\x08\x05\xac\x02\x07\x01\x02\x01\x03\x04\x01\x80\x01\x00\x02\x04", 17));
 }
 
+TEST(EventCodec, TheBytesOfATransferStay)
+{
+    std::string bytes;
+    encode(TransferBegun{TimeMs(5), TransferNumber(300), AccountId(3), false, Fen(64), Fen(1),
+                         TransferId{1, 2}, 3, ActionKey{4, 5}},
+           bytes);
+    encode(
+        TransferEnded{TimeMs(6), TransferNumber(300), AccountId(3), false, Fen(64), true, Fen(0)},
+        bytes);
+    const std::string zeros(7, '\0');
+    EXPECT_EQ(bytes,
+              "\x01\x0e\x05\xac\x02\x03" + std::string("\0", 1) + "\x80\x01\x02\x01" + zeros
+                  + "\x02" + zeros + "\x03" + zeros + "\x04" + zeros + "\x05" + zeros
+                  + "\x01\x0f\x06\xac\x02\x03" + std::string("\0", 1) + "\x80\x01\x01"
+                  + std::string("\0", 1));
+}
+
 TEST(EventCodec, CutBytesAreRefusedAndLeaveEverythingAsItWas)
 {
     for (const Event &event : oneOfEach()) {
@@ -96,7 +116,7 @@ TEST(EventCodec, WhatEncodeWouldNotWriteIsRefused)
         std::string bytes;
     } table[] = {
         {"another version", "\x02\x0d\x00\x01"s},
-        {"an unknown kind", "\x01\x0e\x00\x01"s},
+        {"an unknown kind", "\x01\x10\x00\x01"s},
         {"a truth that is neither", "\x01\x0d\x00\x02"s},
         {"a number in a longer form", "\x01\x0d\x80\x00\x01"s},
         {"a number of eleven bytes", "\x01\x0d\x81\x80\x80\x80\x80\x80\x80\x80\x80\x80\x00\x01"s},

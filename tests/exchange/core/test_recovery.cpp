@@ -41,6 +41,13 @@ protected:
             buy 5 7 9.98 20             = accepted 8
             sell 3 7 10.40 40           = accepted 9
             buy 2 7 10.00 1 key 3       = account frozen
+            out 5 70.00 key 4           = accepted 1
+            in 5 30.00 key 5            = accepted 2
+            out 3 20.00                 = accepted 3
+            in 3 10.00                  = accepted 4
+            bank 1 done                 = accepted
+            bank 4 refused              = accepted
+            out 5 5000.00 key 6         = not enough money
         )");
     }
 
@@ -83,7 +90,13 @@ void expectSameFuture(Market &a, Market &b)
         = {Deposit{AccountId(5), Fen(500'000), {0, 1}},
            PlaceOrder{AccountId(5), CollectionId(7), Side::Buy, Fen(1040), Quantity(15), {0, 5}},
            PlaceOrder{AccountId(3), CollectionId(7), Side::Sell, Fen(900), Quantity(30), {}},
-           RevokeOrders{AccountId(5), {OrderNumber(8)}, {}}, SettleDay{TradingDay(20'200'102)}};
+           RevokeOrders{AccountId(5), {OrderNumber(8)}, {}},
+           EndTransfer{TransferNumber(2), true},
+           EndTransfer{TransferNumber(3), false},
+           EndTransfer{TransferNumber(1), false},
+           BeginTransfer{AccountId(5), false, Fen(70), TransferId{1, 1}, 0, {0, 4}},
+           BeginTransfer{AccountId(5), false, Fen(70), TransferId{1, 2}, 0, {0, 8}},
+           SettleDay{TradingDay(20'200'102)}};
     for (const Command &command : commands) {
         std::vector<Event> left;
         std::vector<Event> right;
@@ -157,6 +170,12 @@ TEST_F(Recovery, TheHashSeesEveryPartOfTheState)
         RevokeOrders{AccountId(5), {OrderNumber(8)}, {}},
         SettleDay{TradingDay(20'200'101)},
         OpenAccount{AccountId(9), kDefaultFee, {}},
+        BeginTransfer{AccountId(5), true, Fen(1), TransferId{1, 1}},
+        BeginTransfer{AccountId(5), false, Fen(1), TransferId{1, 1}},
+        EndTransfer{TransferNumber(2), true},
+        EndTransfer{TransferNumber(2), false},
+        EndTransfer{TransferNumber(3), true},
+        EndTransfer{TransferNumber(3), false},
     };
     for (const Command &command : commands) {
         Market market = Market::restore(table.market().checkpoint());
@@ -188,7 +207,9 @@ TEST_F(Recovery, EventsThatCannotFollowAreRefused)
     for (const Event &event : events) {
         if (!std::holds_alternative<OrderAccepted>(event) && !std::holds_alternative<Deal>(event)
             && !std::holds_alternative<OrderDone>(event)
-            && !std::holds_alternative<CashMoved>(event))
+            && !std::holds_alternative<CashMoved>(event)
+            && !std::holds_alternative<TransferBegun>(event)
+            && !std::holds_alternative<TransferEnded>(event))
             continue;
         Market market;
         play(market, events);
@@ -248,4 +269,28 @@ TEST_F(Recovery, ChangedCheckpointsAreRefused)
         changed[i] = static_cast<char>(changed[i] ^ 1);
         EXPECT_THROW(Market::restore(changed), Damaged) << "byte " << i;
     }
+}
+
+/** What other cards, ids and keys a waiting transfer could have had: each is another state. */
+TEST_F(Recovery, AWaitingTransferComesBackWithAllThatTheBankIsAskedWith)
+{
+    std::vector<TransferView> before;
+    table.market().transfers(before);
+    ASSERT_EQ(before.size(), 2u);
+    std::vector<TransferView> after;
+    Market::restore(table.market().checkpoint()).transfers(after);
+    ASSERT_EQ(after.size(), 2u);
+    for (std::size_t i = 0; i < 2; ++i) {
+        EXPECT_EQ(after[i].transfer, before[i].transfer);
+        EXPECT_EQ(after[i].account, before[i].account);
+        EXPECT_EQ(after[i].incoming, before[i].incoming);
+        EXPECT_EQ(after[i].amount, before[i].amount);
+        EXPECT_EQ(after[i].bank, before[i].bank);
+        EXPECT_EQ(after[i].card, before[i].card);
+        EXPECT_EQ(after[i].key, before[i].key);
+        EXPECT_EQ(after[i].at, before[i].at);
+    }
+    EXPECT_EQ(before[0].card, 7u);
+    EXPECT_FALSE(before[0].bank.isNull());
+    EXPECT_EQ(before[0].key, (ActionKey{0, 5}));
 }
