@@ -1,52 +1,147 @@
 #include "ZvNetworkKit/zvaccountqueries.h"
 
+#include "ZvNetworkKit/serverpaths.h"
 #include "ZvNetworkKit/zvkittrace.h"
 #include "ZvNetworkKit/zvservercache.h"
 
+#include <algorithm>
+
+namespace {
+
+// The exchange gives no longer page of deals.
+constexpr int mostDeals = 5000;
+
+struct Query {
+    const QString &path;
+    ZvDecodeTask::Shape shape;
+    void (*store)(const ZvReply &reply, ZvServerCache *cache); // null: nothing is made of it yet
+};
+
+void storeBankCard(const ZvReply &reply, ZvServerCache *cache)
+{
+    const ZvBankCard &card = *reply.bankCard;
+    if (card.isBound) {
+        cache->storeMyBankcard(card.picturePrefix, card.pictureName, card.pictureSuffix, card.tail);
+    } else {
+        cache->storeNoMyBankcard(card.code);
+    }
+}
+
+void storeMoneyUrls(const ZvReply &reply, ZvServerCache *cache)
+{
+    cache->storeMoneyUrls(reply.moneyAddresses->in, reply.moneyAddresses->out);
+}
+
+void storeOpenApplications(const ZvReply &reply, ZvServerCache *cache)
+{
+    cache->storeOpenApplyList(*reply.applications);
+}
+
+void storeApplications(const ZvReply &reply, ZvServerCache *cache)
+{
+    cache->storeApplyList(*reply.applications);
+}
+
+void storeMoneyFlows(const ZvReply &reply, ZvServerCache *cache)
+{
+    cache->storeMoneyFlowList(*reply.moneyFlows);
+}
+
+// In the order of ZvAccountQueries::Kind.
+const Query &queryOf(ZvAccountQueries::Kind kind)
+{
+    using Task = ZvDecodeTask;
+    static const Query queries[] = {
+        {zvPath_market_detail, Task::Detail, nullptr}, // see askDeals()
+        {zvPath_pay_hx, Task::BankCard, storeBankCard},
+        {zvPath_pay_hx, Task::MoneyAddresses, storeMoneyUrls},
+        {zvPath_hold_list, Task::OpenApplications, storeOpenApplications},
+        {zvPath_revoke, Task::Envelope, nullptr},
+        {zvPath_myaccount_trade, Task::Envelope, nullptr},
+        {zvPath_myaccount_entrust, Task::Envelope, nullptr},
+        {zvPath_myaccount_his_entrust, Task::Envelope, nullptr},
+        {zvPath_hold_list, Task::Applications, storeApplications},
+        {zvPath_myaccount_take_list, Task::Envelope, nullptr},
+        {zvPath_pay_list, Task::MoneyFlows, storeMoneyFlows},
+    };
+    return queries[kind];
+}
+
+} // namespace
+
 ZvAccountQueries::ZvAccountQueries(ZvExchangeLink *link) : m_link(link) { }
 
-void ZvAccountQueries::ask(Kind kind, const QString &path, const ZvRequest::Parameters &parameters)
+void ZvAccountQueries::ask(Kind kind, const ZvRequest::Parameters &parameters)
 {
-    m_link->cancel(m_open.value(kind));
-    const quint64 number = ++m_count;
-    m_newest.insert(kind, number);
+    send(kind, parameters, [kind](const ZvOutcome &outcome) {
+        const Query &query = queryOf(kind);
+        if (query.store)
+            query.store(outcome.reply, ZvServerCache::getZvServerCacheInstance());
+        else
+            qCInfo(zvNetworkLog).noquote() << query.path << "cannot be read yet";
+    });
+}
 
-    ZvDecodeTask task;
-    task.shape = kind == MarketDetail ? ZvDecodeTask::Latest : ZvDecodeTask::Envelope;
-    const auto fate
-        = kind == MarketDetail ? ZvExchangeLink::DiesWithServer : ZvExchangeLink::DiesWithSession;
-    const ZvCallId call = m_link->ask(
-        m_link->makeRequest(path, parameters), fate, this,
-        [this, kind, path, number](const ZvOutcome &outcome) {
-            if (m_newest.value(kind) == number)
-                take(kind, path, outcome);
-        },
-        task);
-    m_open.insert(kind, call);
-    if (call == 0)
-        qCInfo(zvNetworkLog).noquote() << "No exchange to ask for" << path;
+void ZvAccountQueries::askDeals(const QString &collectionId, int page, int pageSize)
+{
+    m_dealsOf = collectionId;
+    const int size = std::clamp(pageSize, 0, mostDeals);
+    send(MarketDetail,
+         {{QStringLiteral("collection"), collectionId},
+          {QStringLiteral("page"), QString::number(page)},
+          {QStringLiteral("size"), QString::number(size)}},
+         [this, collectionId, page](const ZvOutcome &outcome) {
+             const ZvDealPage &told = *outcome.reply.detail;
+             if (told.collectionId != collectionId || told.page != page) {
+                 qCInfo(zvNetworkLog).noquote()
+                     << zvPath_market_detail << "cannot be used: it is another page";
+             } else if (collectionId == m_collection) {
+                 ZvServerCache::getZvServerCacheInstance()->storeMarketDetail(told.deals);
+             }
+         });
+}
+
+void ZvAccountQueries::setCollection(const QString &collectionId)
+{
+    if (collectionId == m_collection)
+        return;
+    m_collection = collectionId;
+    const auto deals = m_questions.find(MarketDetail);
+    if (deals != m_questions.end() && m_dealsOf != collectionId)
+        deals->second.drop();
+    ZvServerCache::getZvServerCacheInstance()->dropMarketDetail();
 }
 
 void ZvAccountQueries::dropAccount()
 {
-    for (auto open = m_open.cbegin(); open != m_open.cend(); ++open) {
-        if (open.key() == MarketDetail)
-            continue;
-        m_link->cancel(open.value());
-        m_newest.remove(open.key());
+    for (auto &[kind, question] : m_questions) {
+        if (kind != MarketDetail)
+            question.drop();
     }
 }
 
-void ZvAccountQueries::take(Kind kind, const QString &path, const ZvOutcome &outcome)
+// `done` hears of nothing but what the exchange has said in answer.
+void ZvAccountQueries::send(Kind kind, const ZvRequest::Parameters &parameters,
+                            ZvExchangeLink::Done done)
 {
-    m_open.remove(kind);
-    if (kind == MarketDetail && outcome.isOk() && outcome.reply.latest
-        && outcome.reply.latest->data) {
-        ZvServerCache::getZvServerCacheInstance()->storeMarketDetail(
-            outcome.reply.latest->data->value);
-        return;
-    }
-    const QString reason = outcome.reason();
-    if (!reason.isEmpty())
-        qCInfo(zvNetworkLog).noquote() << path << "cannot be served:" << reason;
+    const Query &query = queryOf(kind);
+    ZvDecodeTask task;
+    task.shape = query.shape;
+    const auto fate
+        = kind == MarketDetail ? ZvExchangeLink::DiesWithServer : ZvExchangeLink::DiesWithSession;
+    const bool isSent
+        = m_questions.try_emplace(kind, m_link)
+              .first->second.ask(
+                  m_link->makeRequest(query.path, parameters), fate, task,
+                  [path = query.path, done = std::move(done)](const ZvOutcome &outcome) {
+                      if (outcome.isOk()) {
+                          done(outcome);
+                          return;
+                      }
+                      const QString reason = outcome.reason();
+                      if (!reason.isEmpty())
+                          qCInfo(zvNetworkLog).noquote() << path << "cannot be served:" << reason;
+                  });
+    if (!isSent)
+        qCInfo(zvNetworkLog).noquote() << "No exchange to ask for" << query.path;
 }

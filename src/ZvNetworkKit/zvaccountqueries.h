@@ -1,9 +1,10 @@
 #pragma once
 
-#include "ZvNetworkKit/zvexchangelink.h"
+#include "ZvNetworkKit/zvnewestquestion.h"
 
-#include <QHash>
 #include <QObject>
+
+#include <map>
 
 // Questions of pages that are asked when a page wants to know: the deals of a market by the page,
 // and what an account reads. Of two questions of one kind only the answer to the newer one counts.
@@ -29,16 +30,20 @@ public:
 
     explicit ZvAccountQueries(ZvExchangeLink *link);
 
-    void ask(Kind kind, const QString &path, const ZvRequest::Parameters &parameters = {});
+    void ask(Kind kind, const ZvRequest::Parameters &parameters = {});
+
+    // Asks for a page of the deals of a collection. The answer counts while that one is current.
+    void askDeals(const QString &collectionId, int page, int pageSize);
+    void setCollection(const QString &collectionId);
 
     // Drops what is under way for the session that ends; the market's deals go on.
     void dropAccount();
 
 private:
-    void take(Kind kind, const QString &path, const ZvOutcome &outcome);
+    void send(Kind kind, const ZvRequest::Parameters &parameters, ZvExchangeLink::Done done);
 
     ZvExchangeLink *m_link;
-    QHash<int, ZvCallId> m_open;
-    QHash<int, quint64> m_newest; // of the questions of a kind
-    quint64 m_count = 0;
+    std::map<Kind, ZvNewestQuestion> m_questions;
+    QString m_collection; // the current one
+    QString m_dealsOf; // whose deals were last asked for
 };

@@ -6,26 +6,21 @@
 
 ZvAccountQuestion::ZvAccountQuestion(ZvExchangeLink *link, const QString &path,
                                      ZvDecodeTask::Shape shape, Take take)
-    : m_link(link), m_path(path), m_take(std::move(take)), m_retry(link, [this] { ask(false); })
+    : m_link(link), m_path(path), m_take(std::move(take)), m_question(link),
+      m_retry(link, [this] { ask(false); })
 {
     m_task.shape = shape;
 }
 
 void ZvAccountQuestion::ask(bool isAwaited)
 {
-    m_link->cancel(m_call);
     m_retry.stop();
     m_isAwaited = m_isAwaited || isAwaited;
     m_isLogged = m_isLogged && !isAwaited;
-    const quint64 number = ++m_number;
-    m_call = m_link->ask(
-        m_link->makeRequest(m_path, {}), ZvExchangeLink::DiesWithSession, this,
-        [this, number](const ZvOutcome &outcome) {
-            if (number == m_number)
-                takeOutcome(outcome);
-        },
-        m_task);
-    if (m_call == 0) {
+    const bool isSent
+        = m_question.ask(m_link->makeRequest(m_path, {}), ZvExchangeLink::DiesWithSession, m_task,
+                         [this](const ZvOutcome &outcome) { takeOutcome(outcome); });
+    if (!isSent) {
         m_isAwaited = false;
         qCInfo(zvNetworkLog).noquote() << "No exchange to ask for" << m_path;
     }
@@ -33,9 +28,7 @@ void ZvAccountQuestion::ask(bool isAwaited)
 
 void ZvAccountQuestion::drop()
 {
-    m_link->cancel(m_call);
-    m_call = 0;
-    ++m_number;
+    m_question.drop();
     m_isAwaited = false;
     m_isLogged = false;
     m_retry.reset();
@@ -43,7 +36,6 @@ void ZvAccountQuestion::drop()
 
 void ZvAccountQuestion::takeOutcome(const ZvOutcome &outcome)
 {
-    m_call = 0;
     if (outcome.isOk()) {
         m_retry.reset();
         m_isLogged = false;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZvNetworkKit/zvexchangelink.h"
+#include "ZvNetworkKit/zvnewestquestion.h"
 #include "ZvNetworkKit/zvretry.h"
 
 #include <QObject>
@@ -28,7 +28,7 @@ public:
     void drop();
 
     // Asked, or waiting to be asked again.
-    bool isOpen() const { return m_call != 0 || m_retry.isWaiting(); }
+    bool isOpen() const { return m_question.isOpen() || m_retry.isWaiting(); }
 
 private:
     void takeOutcome(const ZvOutcome &outcome);
@@ -37,8 +37,7 @@ private:
     QString m_path;
     ZvDecodeTask m_task;
     Take m_take;
-    ZvCallId m_call = 0;
-    quint64 m_number = 0; // of the newest question
+    ZvNewestQuestion m_question;
     bool m_isAwaited = false;
     bool m_isLogged = false; // that it failed
     ZvRetry m_retry;

@@ -38,11 +38,7 @@ ZvUBCapItem holding(const Node &object, EachOnce &ids)
     item.name = text(object, "name");
     item.quantity = amount(object, "quantity");
     item.sellable = integer(object, "sellable", 0, item.quantity);
-    // The wire has the average of one piece, an item what all of them cost.
-    const qint64 average = amount(object, "cost");
-    item.cost = zvub::product(average, item.quantity);
-    if (item.cost > figureBound)
-        refuse("number out of range", "cost");
+    item.cost = amount(object, "cost");
     item.latest = figure(object, "latest");
     return ZvUBCapItem(item);
 }

@@ -1,7 +1,9 @@
 #include "ZvNetworkKit/zvdecoder.h"
 
 #include "ZvNetworkKit/zvaccountreading.h"
+#include "ZvNetworkKit/zvchartreading.h"
 #include "ZvNetworkKit/zvjsonreading.h"
+#include "ZvNetworkKit/zvrecordreading.h"
 
 #include <QRegularExpression>
 #include <QSet>
@@ -13,14 +15,6 @@ namespace {
 
 using namespace zvread;
 using Node = ZvJsonNode;
-
-// Pages open these addresses in a browser, so nothing but a web address passes.
-QString webAddress(const QString &address)
-{
-    const bool isWeb = address.startsWith(QLatin1String("http://"), Qt::CaseInsensitive)
-        || address.startsWith(QLatin1String("https://"), Qt::CaseInsensitive);
-    return isWeb ? address : QString();
-}
 
 QList<QPair<QString, QString>> readServers(const Node &data)
 {
@@ -51,6 +45,7 @@ ZvMarketCheck readCheck(const Node &data)
     check.tradingDay = QDate::fromString(text(data, "tradingDay"), Qt::ISODate);
     if (!check.tradingDay.isValid())
         refuse("no date", "tradingDay");
+    check.session = static_cast<int>(integer(data, "session", 0, std::numeric_limits<int>::max()));
     return check;
 }
 
@@ -319,6 +314,7 @@ struct ZvDecoder::State {
     ZvTopic<ZvMarketList> changes(const Node &entry, const ZvDecodeTask &task,
                                   const ZvEnvelope &envelope, Kept &kept) const;
     ZvOfCollection<QList<ZvUBDealItem>> dealsOf(const Deals &deals, const Kept &kept) const;
+    ZvDealPage pageOf(const Node &data, const Kept &kept) const;
     void readPoll(const Node &data, const ZvDecodeTask &task, ZvReply &reply, Kept &kept) const;
     void readOne(const Node &data, const ZvDecodeTask &task, ZvReply &reply, Kept &kept) const;
 };
@@ -416,6 +412,13 @@ ZvOfCollection<QList<ZvUBDealItem>> ZvDecoder::State::dealsOf(const Deals &deals
     return result;
 }
 
+ZvDealPage ZvDecoder::State::pageOf(const Node &data, const Kept &kept) const
+{
+    const auto latest = dealsOf(readLatest(data), kept);
+    const qint64 page = integer(data, "page", 1, std::numeric_limits<int>::max());
+    return {latest.collectionId, static_cast<int>(page), latest.value};
+}
+
 void ZvDecoder::State::readPoll(const Node &data, const ZvDecodeTask &task, ZvReply &reply,
                                 Kept &kept) const
 {
@@ -507,6 +510,30 @@ void ZvDecoder::State::readOne(const Node &data, const ZvDecodeTask &task, ZvRep
         break;
     case ZvDecodeTask::Favourites:
         reply.favourites = collectionIds(member(data, "collections"), "collections");
+        break;
+    case ZvDecodeTask::TimeLine:
+        reply.timeLine = zvread::timeLine(data);
+        break;
+    case ZvDecodeTask::KLine:
+        reply.kLine = zvread::kLine(data);
+        break;
+    case ZvDecodeTask::Detail:
+        reply.detail = pageOf(data, kept);
+        break;
+    case ZvDecodeTask::BankCard:
+        reply.bankCard = zvread::bankCard(data);
+        break;
+    case ZvDecodeTask::MoneyAddresses:
+        reply.moneyAddresses = zvread::moneyAddresses(data);
+        break;
+    case ZvDecodeTask::OpenApplications:
+        reply.applications = zvread::openApplications(data);
+        break;
+    case ZvDecodeTask::Applications:
+        reply.applications = zvread::applications(data);
+        break;
+    case ZvDecodeTask::MoneyFlows:
+        reply.moneyFlows = zvread::moneyFlows(data);
         break;
     }
 }

@@ -1,12 +1,16 @@
 #pragma once
 
+#include "ZvModelKit/zvubapplyitem.h"
 #include "ZvModelKit/zvubbriefinfo.h"
 #include "ZvModelKit/zvubcapinfo.h"
 #include "ZvModelKit/zvubdealitem.h"
 #include "ZvModelKit/zvubgatherinfo.h"
+#include "ZvModelKit/zvubkline.h"
+#include "ZvModelKit/zvubmoneyflowitem.h"
 #include "ZvModelKit/zvubmyacount.h"
 #include "ZvModelKit/zvubobject.h"
 #include "ZvModelKit/zvubproitem.h"
+#include "ZvModelKit/zvubtimeline.h"
 #include "ZvModelKit/zvubtopfive.h"
 #include "ZvNetworkKit/zvmarketlist.h"
 #include "ZvNetworkKit/zvnetworkkit_export.h"
@@ -48,15 +52,40 @@ struct ZvTopicPart {
     std::optional<Value> data;
 };
 
-// Whether the market is open, and on which business date.
+// Whether the market is open, on which business date and in which session.
 struct ZvMarketCheck {
     bool open = false;
     QDate tradingDay;
+    int session = 0;
 
     bool operator==(const ZvMarketCheck &other) const
     {
-        return open == other.open && tradingDay == other.tradingDay;
+        return open == other.open && tradingDay == other.tradingDay && session == other.session;
     }
+    bool operator!=(const ZvMarketCheck &other) const { return !(*this == other); }
+};
+
+// A page of the deals of a session.
+struct ZvDealPage {
+    QString collectionId;
+    int page = 0;
+    QList<ZvUBDealItem> deals; // the oldest first
+};
+
+// The bank card of an account, or what stands for it until there is one.
+struct ZvBankCard {
+    bool isBound = false;
+    QString picturePrefix; // prefix + name + "." + suffix is the address of a picture
+    QString pictureName;
+    QString pictureSuffix;
+    QString tail; // the last digits of its number
+    QString code; // for the account-opening QR picture, where none is bound
+};
+
+// Where money is moved in and out by hand.
+struct ZvMoneyAddresses {
+    QString in;
+    QString out;
 };
 
 // What a sign-in has brought.
@@ -95,6 +124,13 @@ struct ZvReply {
     std::optional<ZvUBMyAcount> account;
     std::optional<QStringList> favourites; // ids of collections
     std::optional<ZvSignIn> signIn;
+    std::optional<ZvUBTimeLine> timeLine;
+    std::optional<ZvUBKLine> kLine;
+    std::optional<ZvDealPage> detail;
+    std::optional<ZvBankCard> bankCard;
+    std::optional<ZvMoneyAddresses> moneyAddresses;
+    std::optional<QList<ZvUBApplyItem>> applications; // made, or open to be made
+    std::optional<QList<ZvUBMoneyFlowItem>> moneyFlows;
     QMap<QString, QString> texts; // the plain texts of an action's answer
 };
 
@@ -118,7 +154,15 @@ struct ZvDecodeTask {
         Account,
         Cap,
         Gather,
-        Favourites
+        Favourites,
+        TimeLine,
+        KLine,
+        Detail,
+        BankCard,
+        MoneyAddresses,
+        OpenApplications,
+        Applications,
+        MoneyFlows
     };
 
     Shape shape = Envelope;

@@ -80,6 +80,13 @@ QString text(const Node &object, const char *key)
     return textIn(member(object, key), key);
 }
 
+QString webAddress(const QString &text)
+{
+    const bool isWeb = text.startsWith(QLatin1String("http://"), Qt::CaseInsensitive)
+        || text.startsWith(QLatin1String("https://"), Qt::CaseInsensitive);
+    return isWeb ? text : QString();
+}
+
 bool boolean(const Node &object, const char *key)
 {
     const Node &node = member(object, key);

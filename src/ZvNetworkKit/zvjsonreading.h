@@ -43,6 +43,11 @@ qint64 version(const ZvJsonNode &object);
 
 QString textIn(const ZvJsonNode &node, const char *key);
 QString text(const ZvJsonNode &object, const char *key);
+
+// The text itself where it is a web address, an empty one otherwise: pages open these addresses in
+// a browser.
+QString webAddress(const QString &text);
+
 bool boolean(const ZvJsonNode &object, const char *key);
 const std::vector<ZvJsonNode> &arrayIn(const ZvJsonNode &node, const char *key);
 const std::vector<ZvJsonNode> &array(const ZvJsonNode &object, const char *key);

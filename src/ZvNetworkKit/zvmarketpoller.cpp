@@ -71,6 +71,7 @@ void ZvMarketPoller::setCollection(const QString &collectionId)
     m_isUnknownCollection = false;
     forgetCollection({Item, Trade, Latest});
     schedule();
+    emit collectionChanged();
 }
 
 void ZvMarketPoller::setDealLimit(int limit)
@@ -485,6 +486,8 @@ void ZvMarketPoller::take(const ZvReply &reply)
         m_time->setTradingDay(m_check->tradingDay);
         if (announces(Check) || !before || before->open != m_check->open)
             cache()->storeMarketCheck(m_check->open);
+        if (before != m_check)
+            emit marketChecked();
     }
     if (takeVersion(Brief, reply.brief)
         && (announces(Brief) || !cache()->hasBriefInfo(QString())

@@ -44,6 +44,7 @@ public:
     ~ZvMarketPoller() override;
 
     void setCollection(const QString &collectionId);
+    QString collection() const { return m_collection; }
     void setDealLimit(int limit);
     int dealLimit() const { return m_dealLimit; }
 
@@ -56,6 +57,13 @@ public:
     // Asks for the names and the rows of the market, and for its types where they may differ.
     void askMarket();
     void flushTopFive();
+
+signals:
+    // At once, whoever set it.
+    void collectionChanged();
+
+    // The market has opened or closed, or is in another session.
+    void marketChecked();
 
 private:
     static constexpr std::size_t topicCount = 10;

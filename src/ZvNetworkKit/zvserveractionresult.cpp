@@ -339,6 +339,10 @@ void ZvServerActionResult::sendRequest_inMoney_sendCode(QString phone)
     ZvAction question;
     question.path = zvPath_pay_send;
     question.parameters = {{QStringLiteral("phone"), phone}};
+    question.keep = [](const ZvReply &reply) {
+        return reply.texts.contains(QStringLiteral("first"))
+            && reply.texts.contains(QStringLiteral("second"));
+    };
     question.succeed = [this](const ZvReply &reply) {
         emit signal_inMoney_sendCode_succeed(reply.texts.value(QStringLiteral("first")),
                                              reply.texts.value(QStringLiteral("second")));

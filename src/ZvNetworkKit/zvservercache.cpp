@@ -208,6 +208,11 @@ void ZvServerCache::dropMarketRows(const QString &server)
     data.composite.reset();
 }
 
+void ZvServerCache::dropMarketDetail()
+{
+    m_store->marketDetail.clear();
+}
+
 bool ZvServerCache::dropAccountRecords()
 {
     const bool isShown = capInfo != ZvUBCapInfo() || gatherInfo != ZvUBGatherInfo();
@@ -216,10 +221,7 @@ bool ZvServerCache::dropAccountRecords()
     openApplyList.clear();
     urlInMoney.clear();
     urlOutMoney.clear();
-    bankPicturePrefix.clear();
-    bankPictureName.clear();
-    bankPictureSuffix.clear();
-    bankCardTail.clear();
+    forgetBankcard();
     m_store->revokes.clear();
     m_store->dealRecords.clear();
     m_store->delegateToday.clear();
@@ -228,6 +230,14 @@ bool ZvServerCache::dropAccountRecords()
     m_store->deliveryRecords.clear();
     m_store->moneyFlows.clear();
     return isShown;
+}
+
+void ZvServerCache::forgetBankcard()
+{
+    bankPicturePrefix.clear();
+    bankPictureName.clear();
+    bankPictureSuffix.clear();
+    bankCardTail.clear();
 }
 
 bool ZvServerCache::hasBriefInfo(const QString &server) const
@@ -398,6 +408,7 @@ void ZvServerCache::storeMyBankcard(const QString &picturePrefix, const QString 
 
 void ZvServerCache::storeNoMyBankcard(const QString &accountOpeningCode)
 {
+    forgetBankcard();
     emit signal_cache_MyBankcard_notFinded(accountOpeningCode);
 }
 

@@ -104,6 +104,9 @@ public:
     // and still be others.
     void dropMarketRows(const QString &server);
 
+    // Forgets without a signal the page of deals: it is of a collection that is not in view.
+    void dropMarketDetail();
+
     // Forgets without a signal what an account has at a server: money, holdings, the day's sums,
     // records, the bank card. True where there was something that pages show all the time.
     bool dropAccountRecords();
@@ -195,6 +198,7 @@ private:
 
     QString resolved(const QString &server) const;
     void tellFavourites();
+    void forgetBankcard();
 
     std::unique_ptr<Store> m_store;
 };

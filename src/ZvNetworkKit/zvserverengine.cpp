@@ -1,6 +1,5 @@
 #include "ZvNetworkKit/zvserverengine.h"
 
-#include "ZvNetworkKit/serverpaths.h"
 #include "ZvNetworkKit/zvaccountqueries.h"
 #include "ZvNetworkKit/zvaccountwatch.h"
 #include "ZvNetworkKit/zvannouncer.h"
@@ -11,14 +10,9 @@
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvservercache.h"
 
-#include <algorithm>
-
 using Queries = ZvAccountQueries;
 
 namespace {
-
-// The exchange gives no longer page of deals.
-constexpr int mostDetails = 5000;
 
 ZvExchangeLink *theLink()
 {
@@ -76,7 +70,8 @@ ZvServerEngine *ZvServerEngine::getZvServerEngineInstance()
 ZvServerEngine::ZvServerEngine() : d(std::make_unique<Private>())
 {
     connect(theLink(), &ZvExchangeLink::prefixChanged, this, [this] {
-        // Money and holdings are those of one server.
+        // Deals, money and holdings are those of one server.
+        ZvServerCache::getZvServerCacheInstance()->dropMarketDetail();
         if (ZvServerCache::getZvServerCacheInstance()->dropAccountRecords())
             d->announcer.announce(ZvAnnouncer::Cap | ZvAnnouncer::Gather);
     });
@@ -184,6 +179,7 @@ void ZvServerEngine::setGlobalCollectionID(QString collectionId)
 {
     zvtrace::call("ZvServerEngine::setGlobalCollectionID", collectionId);
     d->announcer.setCollection(collectionId);
+    d->queries.setCollection(collectionId);
     d->poller.setCollection(collectionId);
     d->announcer.announce(ZvAnnouncer::Collection);
 }
@@ -235,9 +231,7 @@ void ZvServerEngine::sendRequest_Collection_Type()
 void ZvServerEngine::sendRequest_Market_Detail(QString collectionId, int page, int pageSize)
 {
     zvtrace::call("ZvServerEngine::sendRequest_Market_Detail", collectionId, page, pageSize);
-    d->queries.ask(Queries::MarketDetail, zvPath_market_detail,
-                   {parameter("collection", collectionId), parameter("page", page),
-                    parameter("size", std::min(pageSize, mostDetails))});
+    d->queries.askDeals(collectionId, page, pageSize);
 }
 
 void ZvServerEngine::sendRequest_Message()
@@ -255,26 +249,25 @@ void ZvServerEngine::sendRequest_Cap()
 void ZvServerEngine::sendRequest_Mybankcard()
 {
     zvtrace::call("ZvServerEngine::sendRequest_Mybankcard");
-    d->queries.ask(Queries::Bankcard, zvPath_pay_hx);
+    d->queries.ask(Queries::Bankcard);
 }
 
 void ZvServerEngine::sendRequest_getURL_INOUT()
 {
     zvtrace::call("ZvServerEngine::sendRequest_getURL_INOUT");
-    d->queries.ask(Queries::MoneyUrls, zvPath_pay_hx, {parameter("addresses", 1)});
+    d->queries.ask(Queries::MoneyUrls, {parameter("addresses", 1)});
 }
 
 void ZvServerEngine::sendRequest_ApplyList(int page)
 {
     zvtrace::call("ZvServerEngine::sendRequest_ApplyList", page);
-    d->queries.ask(Queries::OpenApplications, zvPath_hold_list, {parameter("page", page)});
+    d->queries.ask(Queries::OpenApplications, {parameter("page", page)});
 }
 
 void ZvServerEngine::sendRequest_RevokeList(int page, int pageSize)
 {
     zvtrace::call("ZvServerEngine::sendRequest_RevokeList", page, pageSize);
-    d->queries.ask(Queries::RevokeList, zvPath_revoke,
-                   {parameter("page", page), parameter("size", pageSize)});
+    d->queries.ask(Queries::RevokeList, {parameter("page", page), parameter("size", pageSize)});
 }
 
 void ZvServerEngine::sendRequest_Select_DealRecord(QString startDate, QString stopDate, int page,
@@ -282,7 +275,7 @@ void ZvServerEngine::sendRequest_Select_DealRecord(QString startDate, QString st
 {
     zvtrace::call("ZvServerEngine::sendRequest_Select_DealRecord", startDate, stopDate, page, type,
                   pageSize);
-    d->queries.ask(Queries::DealRecord, zvPath_myaccount_trade,
+    d->queries.ask(Queries::DealRecord,
                    period(startDate, stopDate) << parameter("page", page) << parameter("type", type)
                                                << parameter("size", pageSize));
 }
@@ -290,7 +283,7 @@ void ZvServerEngine::sendRequest_Select_DealRecord(QString startDate, QString st
 void ZvServerEngine::sendRequest_Select_DelegateToday(int page, int pageSize, int type)
 {
     zvtrace::call("ZvServerEngine::sendRequest_Select_DelegateToday", page, pageSize, type);
-    d->queries.ask(Queries::DelegateToday, zvPath_myaccount_entrust,
+    d->queries.ask(Queries::DelegateToday,
                    {parameter("page", page), parameter("size", pageSize), parameter("type", type)});
 }
 
@@ -299,7 +292,7 @@ void ZvServerEngine::sendRequest_Select_DelegateRecord(QString startDate, QStrin
 {
     zvtrace::call("ZvServerEngine::sendRequest_Select_DelegateRecord", startDate, stopDate, page,
                   type, pageSize);
-    d->queries.ask(Queries::DelegateRecord, zvPath_myaccount_his_entrust,
+    d->queries.ask(Queries::DelegateRecord,
                    period(startDate, stopDate) << parameter("page", page) << parameter("type", type)
                                                << parameter("size", pageSize));
 }
@@ -307,7 +300,7 @@ void ZvServerEngine::sendRequest_Select_DelegateRecord(QString startDate, QStrin
 void ZvServerEngine::sendRequest_Select_ApplyRecord(int page, QString startDate, QString stopDate)
 {
     zvtrace::call("ZvServerEngine::sendRequest_Select_ApplyRecord", page, startDate, stopDate);
-    d->queries.ask(Queries::ApplyRecord, zvPath_hold_list,
+    d->queries.ask(Queries::ApplyRecord,
                    period(startDate, stopDate) << parameter("mine", 1) << parameter("page", page));
 }
 
@@ -315,15 +308,19 @@ void ZvServerEngine::sendRequest_Select_DeliveryRecord(int page, QString startDa
                                                        QString stopDate)
 {
     zvtrace::call("ZvServerEngine::sendRequest_Select_DeliveryRecord", page, startDate, stopDate);
-    d->queries.ask(Queries::DeliveryRecord, zvPath_myaccount_take_list,
-                   period(startDate, stopDate) << parameter("page", page));
+    d->queries.ask(Queries::DeliveryRecord, period(startDate, stopDate) << parameter("page", page));
 }
 
 void ZvServerEngine::sendRequest_Select_MoneyFlow(int page, int type, QString startDate,
                                                   QString stopDate)
 {
     zvtrace::call("ZvServerEngine::sendRequest_Select_MoneyFlow", page, type, startDate, stopDate);
-    d->queries.ask(Queries::MoneyFlow, zvPath_pay_list,
+    d->queries.ask(Queries::MoneyFlow,
                    period(startDate, stopDate)
                        << parameter("page", page) << parameter("type", type));
+}
+
+ZvMarketPoller *ZvServerEngine::poller() const
+{
+    return &d->poller;
 }

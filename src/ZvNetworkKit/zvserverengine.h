@@ -7,6 +7,7 @@
 
 #include <memory>
 
+class ZvMarketPoller;
 enum class ZvKitEnd;
 template <typename T, ZvKitEnd End>
 struct ZvKitSingleton;
@@ -78,6 +79,9 @@ public:
     void sendRequest_Select_ApplyRecord(int page, QString startDate, QString stopDate);
     void sendRequest_Select_DeliveryRecord(int page, QString startDate, QString stopDate);
     void sendRequest_Select_MoneyFlow(int page, int type, QString startDate, QString stopDate);
+
+    // What the other parts of the kit follow.
+    ZvMarketPoller *poller() const;
 
 private:
     template <typename T, ZvKitEnd End>

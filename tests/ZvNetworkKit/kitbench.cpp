@@ -185,12 +185,12 @@ QByteArray KitBench::signedIn(const QByteArray &token, const QByteArray &number)
     return "{\"token\": \"" + token + "\", \"account\": " + account(number) + "}";
 }
 
-QByteArray KitBench::holding(const QByteArray &id, qint64 quantity, qint64 average)
+QByteArray KitBench::holding(const QByteArray &id, qint64 quantity, qint64 cost)
 {
     return "{\"collection\": \"" + id + "\", \"code\": \"10" + id + "\", \"name\": \"藏品" + id
         + "\", \"quantity\": " + QByteArray::number(quantity)
         + ", \"sellable\": " + QByteArray::number(quantity / 2)
-        + ", \"cost\": " + QByteArray::number(average) + ", \"latest\": 1000}";
+        + ", \"cost\": " + QByteArray::number(cost) + ", \"latest\": 1000}";
 }
 
 QByteArray KitBench::cap(qint64 available, const QList<QByteArray> &holdings)
@@ -222,8 +222,43 @@ QByteArray KitBench::favourites(const QList<QByteArray> &ids)
     return "{\"collections\": [" + texts.join(", ") + "]}";
 }
 
-QByteArray KitBench::check(bool open)
+QByteArray KitBench::check(bool open, int session)
 {
     return QByteArray("{\"open\": ") + (open ? "true" : "false")
-        + ", \"tradingDay\": \"2020-01-01\", \"session\": 1}";
+        + ", \"tradingDay\": \"2020-01-01\", \"session\": " + QByteArray::number(session) + "}";
+}
+
+QByteArray KitBench::detail(const QByteArray &id, int page, int deals)
+{
+    QByteArray whole = latest(id, deals);
+    return whole.insert(1, "\"page\": " + QByteArray::number(page) + ", ");
+}
+
+QByteArray KitBench::minute(int number, qint64 price, qint64 volume)
+{
+    const QByteArray fen = QByteArray::number(price);
+    return "[" + QByteArray::number(1577840400000 + number * qint64(60000)) + ", " + fen + ", "
+        + fen + ", " + QByteArray::number(volume) + "]";
+}
+
+QByteArray KitBench::timeLine(const QByteArray &id, const QList<QByteArray> &minutes, int session,
+                              const QByteArray &spans)
+{
+    return "{\"id\": \"" + id + "\", \"tradingDay\": \"2020-01-01\", \"session\": "
+        + QByteArray::number(session) + ", \"previousClose\": 990, \"spans\": " + spans
+        + ", \"minutes\": [" + QByteArrayList(minutes).join(", ") + "]}";
+}
+
+QByteArray KitBench::bar(const QByteArray &day, qint64 close)
+{
+    const QByteArray fen = QByteArray::number(close);
+    return "[\"" + day + "\", " + fen + ", " + QByteArray::number(close + 20) + ", "
+        + QByteArray::number(close - 10) + ", " + fen + ", 7, " + QByteArray::number(7 * close)
+        + "]";
+}
+
+QByteArray KitBench::kLine(const QByteArray &id, const QList<QByteArray> &bars, int session)
+{
+    return "{\"id\": \"" + id + "\", \"session\": " + QByteArray::number(session) + ", \"bars\": ["
+        + QByteArrayList(bars).join(", ") + "]}";
 }

@@ -47,10 +47,19 @@ public:
     static QByteArray item(const QByteArray &id, qint64 volume = 10);
     static QByteArray trade(const QByteArray &id, qint64 latest = 1000);
     static QByteArray latest(const QByteArray &id, int deals = 2);
-    static QByteArray check(bool open);
+    static QByteArray check(bool open, int session = 1);
+    static QByteArray detail(const QByteArray &id, int page = 1, int deals = 2);
+
+    // The `number`th minute of a session and a session of such minutes, which has no end.
+    static QByteArray minute(int number, qint64 price = 1000, qint64 volume = 5);
+    static QByteArray timeLine(const QByteArray &id, const QList<QByteArray> &minutes,
+                               int session = 1,
+                               const QByteArray &spans = "[[1577840400000, null]]");
+    static QByteArray bar(const QByteArray &day, qint64 close = 1000);
+    static QByteArray kLine(const QByteArray &id, const QList<QByteArray> &bars, int session = 1);
     static QByteArray account(const QByteArray &number = "80001");
     static QByteArray signedIn(const QByteArray &token, const QByteArray &number = "80001");
-    static QByteArray holding(const QByteArray &id, qint64 quantity = 30, qint64 average = 990);
+    static QByteArray holding(const QByteArray &id, qint64 quantity = 30, qint64 cost = 29700);
     static QByteArray cap(qint64 available, const QList<QByteArray> &holdings = {});
     static QByteArray gather(const QList<QByteArray> &ids = {});
     static QByteArray favourites(const QList<QByteArray> &ids);

@@ -24,7 +24,7 @@ bool decode(const QByteArray &data, Task::Shape shape, ZvReply &reply, QString &
 
 QByteArray goodCap()
 {
-    return KitBench::cap(500000, {KitBench::holding("1001"), KitBench::holding("1002", 8, 125)});
+    return KitBench::cap(500000, {KitBench::holding("1001"), KitBench::holding("1002", 7, 1003)});
 }
 
 QByteArray goodGather()
@@ -99,11 +99,14 @@ void AccountShapesTest::capIsTakenExactly()
     QCOMPARE(first.name, QStringLiteral("藏品1001"));
     QCOMPARE(first.quantity, qint64(30));
     QCOMPARE(first.sellable, qint64(15));
-    QCOMPARE(first.cost, qint64(29700)); // thirty pieces at 9.90
+    QCOMPARE(first.cost, qint64(29700));
     QCOMPARE(first.latest, qint64(1000));
     QCOMPARE(data.items.first().displayDataForModelUse(5), QStringLiteral("9.90"));
     QCOMPARE(data.items.first().displayDataForModelUse(8), QStringLiteral("3.00"));
-    QCOMPARE(data.items.last().data().cost, qint64(1000));
+    // What was paid for seven pieces is taken to the fen, whatever one of them cost.
+    QCOMPARE(data.items.last().data().cost, qint64(1003));
+    QCOMPARE(data.items.last().displayDataForModelUse(5), QStringLiteral("1.43"));
+    QCOMPARE(data.items.last().displayDataForModelUse(8), QStringLiteral("59.97"));
 
     QVERIFY(
         decode(goodCap().replace("\"latest\": 1000", "\"latest\": null"), Task::Cap, reply, error));
@@ -150,8 +153,8 @@ void AccountShapesTest::endsOfTheRangesAreTaken()
     QVERIFY(takes(Task::Cap, "\"frozen\": 700", "\"frozen\": 8999999999999999"));
     QCOMPARE(reply.cap->data->data().frozenMoney, mostFen - 1);
     QVERIFY(takes(Task::Cap, "\"profit\": -300", "\"profit\": -9000000000000000"));
-    QVERIFY(takes(Task::Cap, "\"quantity\": 30, \"sellable\": 15, \"cost\": 990",
-                  "\"quantity\": 3000000000, \"sellable\": 3000000000, \"cost\": 3000000"));
+    QVERIFY(takes(Task::Cap, "\"quantity\": 30, \"sellable\": 15, \"cost\": 29700",
+                  "\"quantity\": 1, \"sellable\": 0, \"cost\": 9000000000000000"));
     QCOMPARE(reply.cap->data->data().items.first().data().cost, mostFen);
     QVERIFY(takes(Task::Gather, "\"sellProfit\": -120", "\"sellProfit\": -9000000000000000"));
     QCOMPARE(reply.gather->data().sellProfit, -2 * mostFen);
@@ -217,11 +220,10 @@ void AccountShapesTest::brokenShapes_data()
     row("pieces below zero", Task::Cap, "\"quantity\": 30", "\"quantity\": -30", "quantity");
     row("pieces are null", Task::Cap, "\"quantity\": 30", "\"quantity\": null", "quantity");
     row("more to sell than held", Task::Cap, "\"sellable\": 15", "\"sellable\": 31", "sellable");
-    row("cost below zero", Task::Cap, "\"cost\": 990", "\"cost\": -1", "cost");
-    row("cost of all beyond its range", Task::Cap, "\"cost\": 990", "\"cost\": 300000000000001",
+    row("cost below zero", Task::Cap, "\"cost\": 29700", "\"cost\": -1", "cost");
+    row("cost beyond its range", Task::Cap, "\"cost\": 29700", "\"cost\": 9000000000000001",
         "cost");
-    row("cost of all beyond 64 bits", Task::Cap, "\"cost\": 990", "\"cost\": 9000000000000000",
-        "cost");
+    row("cost with a fraction", Task::Cap, "\"cost\": 29700", "\"cost\": 29700.5", "cost");
     row("price below zero", Task::Cap, "\"latest\": 1000", "\"latest\": -1", "latest");
 
     row("sum is null", Task::Gather, "\"buyFee\": 15", "\"buyFee\": null", "buyFee");

@@ -400,6 +400,96 @@ private slots:
         QCOMPARE(succeeded.first().at(1).toString(), QStringLiteral("s"));
     }
 
+    // Without them no money could be moved in, and the code that was sent would be for nothing.
+    void codeRequestWithoutItsTextsIsAFailure()
+    {
+        QSignalSpy succeeded(actions(), &Result::signal_inMoney_sendCode_succeed);
+        QSignalSpy failed(actions(), &Result::signal_inMoney_sendCode_failed);
+        for (const char *data :
+             {"{}", "{\"first\": \"f\"}", "{\"first\": \"f\", \"second\": []}"}) {
+            failed.clear();
+            actions()->sendRequest_inMoney_sendCode(QStringLiteral("13800000000"));
+            exchange()->answer(zvPath_pay_send, ZvScriptedTransport::ok(data));
+            m_bench->settle();
+            QCOMPARE(failed.count(), 1);
+            QVERIFY(!failed.first().first().toString().isEmpty());
+        }
+        QCOMPARE(succeeded.count(), 0);
+    }
+
+    void amountsOfMoney_data()
+    {
+        QTest::addColumn<QString>("amount");
+        QTest::addColumn<QString>("fen"); // empty: it is refused
+        QTest::newRow("a fen") << "0.01"
+                               << "1";
+        QTest::newRow("29 fen") << "0.29"
+                                << "29";
+        QTest::newRow("57 fen") << "0.57"
+                                << "57";
+        QTest::newRow("a yuan") << "1"
+                                << "100";
+        QTest::newRow("a tenth") << "1.1"
+                                 << "110";
+        QTest::newRow("more than a float holds") << "16777217.01"
+                                                 << "1677721701";
+        QTest::newRow("more than a double holds") << "9007199254740.99"
+                                                  << "900719925474099";
+        QTest::newRow("blanks around it") << " 5.00 "
+                                          << "500";
+        QTest::newRow("half a fen") << "0.005"
+                                    << "";
+        QTest::newRow("a fen and a half") << "0.015"
+                                          << "";
+        QTest::newRow("nothing") << "0.00"
+                                 << "";
+        QTest::newRow("less than nothing") << "-0.01"
+                                           << "";
+        QTest::newRow("a plus") << "+1"
+                                << "";
+        QTest::newRow("no yuan") << ".5"
+                                 << "";
+        QTest::newRow("no fen") << "5."
+                                << "";
+        QTest::newRow("two points") << "1.2.3"
+                                    << "";
+        QTest::newRow("thousands apart") << "1,000.00"
+                                         << "";
+        QTest::newRow("a float's own text") << "1e+06"
+                                            << "";
+        QTest::newRow("no number") << "nan"
+                                   << "";
+        QTest::newRow("other digits") << QString::fromUtf8("１２") << "";
+        QTest::newRow("too long") << "10000000000000"
+                                  << "";
+    }
+
+    void amountsOfMoney()
+    {
+        QFETCH(QString, amount);
+        QFETCH(QString, fen);
+        QSignalSpy inFailed(actions(), &Result::signal_inMoney_failed);
+        QSignalSpy outFailed(actions(), &Result::signal_outMoney_failed);
+        QSignalSpy outDone(actions(), &Result::signal_outMoney_succeed);
+        actions()->sendRequest_outMoney(amount);
+        actions()->sendRequest_inMoney(amount, "123456", "f", "s");
+        exchange()->answer(zvPath_pay_cash_deal, ZvScriptedTransport::ok("{}"));
+        m_bench->settle();
+        if (fen.isEmpty()) {
+            QVERIFY(exchange()->requests().isEmpty());
+            QCOMPARE(inFailed.count() + outFailed.count(), 2);
+            QVERIFY(!outFailed.first().first().toString().isEmpty());
+            return;
+        }
+        QCOMPARE(outDone.count(), 1);
+        for (const QString &path : {zvPath_pay_cash_deal, zvPath_pay_trade}) {
+            const ZvRequest request = exchange()->lastRequest(path);
+            QVERIFY(request.isAction);
+            QCOMPARE(request.parameter("amount"), fen);
+            QCOMPARE(request.parameter("key").size(), 32);
+        }
+    }
+
     void endIsToldAfterAChangeOfServer()
     {
         QSignalSpy succeeded(actions(), &Result::signal_trade_buy_succeed);

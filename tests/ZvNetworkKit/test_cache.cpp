@@ -329,7 +329,7 @@ private slots:
         say(zvPath_collection_type, "{\"types\": []}");
         say(zvPath_message, "{\"messages\": []}");
         say(zvPath_collection_trade, KitBench::trade("1001"));
-        say(zvPath_market_detail, KitBench::latest("1001"));
+        say(zvPath_market_detail, KitBench::detail("1001"));
         say(zvPath_myaccount, KitBench::account());
         say(zvPath_cap, KitBench::cap(1));
         say(zvPath_myaccount_gather, KitBench::gather());

@@ -60,6 +60,10 @@ QList<Sample> samples()
         {Task::Cap, ok(KitBench::cap(500000, {KitBench::holding("1001")}))},
         {Task::Gather, ok(KitBench::gather({"1001"}))},
         {Task::Favourites, ok(KitBench::favourites({"1001", "1002"}))},
+        {Task::TimeLine,
+         ok(KitBench::timeLine("1001", {KitBench::minute(0), KitBench::minute(3)}))},
+        {Task::KLine, ok(KitBench::kLine("1001", {KitBench::bar("2019-12-31")}))},
+        {Task::Detail, ok(KitBench::detail("1001", 2, 3))},
         {Task::Envelope, ZvScriptedTransport::refusal("refused", QStringLiteral("不行"), "closed")},
     };
 }

@@ -1,4 +1,5 @@
 #include "ZvNetworkKit/serverpaths.h"
+#include "ZvNetworkKit/zvchartfeed.h"
 #include "ZvNetworkKit/zvexchangelink.h"
 #include "ZvNetworkKit/zvscriptedtransport.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
@@ -54,6 +55,8 @@ private slots:
         QTest::newRow("with a transport of its own") << QByteArray("scripted");
         QTest::newRow("with the answer in the decoder") << QByteArray("decoding");
         QTest::newRow("nothing made but the cache") << QByteArray("cache");
+        QTest::newRow("with a chart that asks and ends before") << QByteArray("chart");
+        QTest::newRow("with a chart that lives longer than the kit") << QByteArray("late chart");
     }
 
     void childEndsCleanly()
@@ -102,6 +105,17 @@ private slots:
             QCoreApplication::sendPostedEvents();
         } else {
             makeTheKitBusy(m_nobody);
+        }
+        if (mode.endsWith("chart")) {
+            // A static object goes after the application, which takes the kit with it.
+            static std::unique_ptr<ZvChartFeed> late;
+            late = std::make_unique<ZvChartFeed>();
+            ZvServerEngine::getZvServerEngineInstance()->setGlobalCollectionID(
+                QStringLiteral("1001"));
+            late->setActive(true);
+            QCoreApplication::processEvents();
+            if (mode == "chart")
+                late.reset();
         }
         if (mode == "quit") {
             QTimer::singleShot(0, qApp, &QCoreApplication::quit);

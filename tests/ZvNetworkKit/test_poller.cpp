@@ -587,6 +587,7 @@ private slots:
     void pagesOfDealsAreAskedForAndTheOlderQuestionDropped()
     {
         m_bench->startOn(here);
+        engine()->setGlobalCollectionID(QStringLiteral("1001"));
         QSignalSpy told(cache(), &Cache::signal_cache_Market_Detail_changed);
         engine()->sendRequest_Market_Detail(QStringLiteral("1001"), 1, 1200);
         engine()->sendRequest_Market_Detail(QStringLiteral("1001"), 2, 1200);
@@ -594,7 +595,7 @@ private slots:
         QCOMPARE(exchange()->lastRequest(zvPath_market_detail).parameter("page"),
                  QStringLiteral("2"));
         exchange()->answer(zvPath_market_detail,
-                           ZvScriptedTransport::ok(KitBench::latest("1001", 1100)));
+                           ZvScriptedTransport::ok(KitBench::detail("1001", 2, 1100)));
         m_bench->settle();
         QCOMPARE(told.count(), 1);
         QCOMPARE(cache()->getMarketDetail().size(), 1100);

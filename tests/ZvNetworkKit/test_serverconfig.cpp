@@ -315,6 +315,18 @@ private slots:
         config()->setServiceAddress(QString());
     }
 
+    void openingCodeHasAPicture()
+    {
+        config()->setServiceAddress(QString());
+        QCOMPARE(config()->getUrlOf_qrcodePrefix(), QString());
+        for (const char *address : {"http://127.0.0.1:8080", "http://127.0.0.1:8080/"}) {
+            config()->setServiceAddress(QString::fromLatin1(address));
+            QCOMPARE(config()->getUrlOf_qrcodePrefix(),
+                     QStringLiteral("http://127.0.0.1:8080/cgi-bin/qrcode.html?s="));
+        }
+        config()->setServiceAddress(QString());
+    }
+
 private:
     // The style of the current row, once its platform has been chosen.
     static const Style &chosenStyle()
