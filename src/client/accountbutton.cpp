@@ -1,5 +1,6 @@
 #include "client/accountbutton.h"
 
+#include "ZvNetworkKit/zvserveractionresult.h"
 #include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverconfig.h"
 #include "ZvNetworkKit/zvserverengine.h"
@@ -59,9 +60,13 @@ AccountButton::AccountButton(QWidget *parent) : QPushButton(parent), m_menu(new 
     QFont small = font();
     small.setPixelSize(12);
     setFont(small);
+    m_menu->addAction(QStringLiteral("出/入金"), this, &AccountButton::transferWanted);
+    m_menu->addSeparator();
     m_menu->addAction(QStringLiteral("退出登录"), this, &AccountButton::signOut);
 
     connect(this, &QPushButton::clicked, this, &AccountButton::act);
+    connect(ZvServerActionResult::getZvServerActionResultInstance(),
+            &ZvServerActionResult::signal_login_succeed, this, &AccountButton::takeSignIn);
     connect(cache(), &ZvServerCache::signal_cache_Myaccount_changed, this, &AccountButton::refresh);
     connect(cache(), &ZvServerCache::signal_cache_LoggedOtherPlace, this,
             &AccountButton::takeSessionEnd);
@@ -114,10 +119,20 @@ void AccountButton::signIn()
     m_dialog->show();
 }
 
+// A dialog that was closed meanwhile takes no answer. The exchange has begun the session all the
+// same, and ended the account's session elsewhere for it, so the window does not say otherwise.
+void AccountButton::takeSignIn()
+{
+    if (m_dialog)
+        return;
+    engine()->startLoggedEngine();
+    pool()->slot_login_succeed();
+}
+
 void AccountButton::signOut()
 {
     engine()->startUnloggedEngine();
-    refresh();
+    pool()->slot_loggedOtherPlace();
 }
 
 void AccountButton::takeSessionEnd(QString message)

@@ -27,7 +27,7 @@ QString span(qint64 milliseconds)
 
 ConnectionStrip::ConnectionStrip(QWidget *parent)
     : QWidget(parent), m_mark(new QLabel(this)), m_words(new QLabel(this)),
-      m_timer(new QTimer(this))
+      m_account(new AccountButton), m_timer(new QTimer(this))
 {
     setFixedHeight(stripHeight);
     setAttribute(Qt::WA_StyledBackground);
@@ -43,7 +43,7 @@ ConnectionStrip::ConnectionStrip(QWidget *parent)
     layout->setSpacing(8);
     layout->addWidget(m_mark);
     layout->addWidget(m_words, 1);
-    layout->addWidget(new AccountButton);
+    layout->addWidget(m_account);
 
     m_timer->setInterval(1000);
     connect(m_timer, &QTimer::timeout, this, &ConnectionStrip::refresh);

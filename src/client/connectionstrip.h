@@ -4,6 +4,7 @@
 
 #include <optional>
 
+class AccountButton;
 class QLabel;
 class QTimer;
 
@@ -27,12 +28,15 @@ public:
     // The sentence in sight.
     QString text() const;
 
+    AccountButton *accountButton() const { return m_account; }
+
 private:
     void showColours(bool isConnected);
 
     std::optional<bool> m_shownState; // the connection as the colours tell it
     QLabel *m_mark;
     QLabel *m_words;
+    AccountButton *m_account;
     QTimer *m_timer;
     QString m_serviceNotice;
 };

@@ -71,6 +71,17 @@ private:
         pool()->slot_login_succeed();
     }
 
+    // Takes an entry of the menu, which is open.
+    void choose(const QString &entry)
+    {
+        QMenu *menu = m_button->findChild<QMenu *>();
+        for (QAction *action : menu->actions()) {
+            if (action->text() == entry)
+                QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier,
+                                  menu->actionGeometry(action).center());
+        }
+    }
+
     // Waits for the box that tells of the end and presses its button.
     static void confirmBox()
     {
@@ -252,7 +263,7 @@ private slots:
         QCOMPARE(m_button->text(), QStringLiteral("登录"));
         signIn();
         QCOMPARE(m_button->text(), QStringLiteral("张三"));
-        m_button->findChild<QMenu *>()->actions().first()->trigger();
+        m_button->findChild<QMenu *>()->actions().last()->trigger();
         QCOMPARE(m_button->text(), QStringLiteral("登录"));
         // A late answer about the account that has left changes nothing.
         cache()->storeMyAccount(account("13900000001", "张三"));
@@ -271,14 +282,33 @@ private slots:
         QVERIFY(shown<LoginDialog>().isEmpty());
         // Above the button, which stands at the lower edge of the window.
         QVERIFY(menu->geometry().bottom() < m_button->mapToGlobal(QPoint()).y());
-        QCOMPARE(menu->actions().size(), 1);
-        QCOMPARE(menu->actions().first()->text(), QStringLiteral("退出登录"));
+        QSignalSpy left(pool(), &ZvWidgetSignalSLotPool::signal_loggedOtherPlace);
         zvtest::CallTrace trace;
-        QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier,
-                          menu->actionGeometry(menu->actions().first()).center());
+        choose("退出登录");
         QCOMPARE(trace.take(), QStringList{endsSession});
         QVERIFY(!engine()->isLogged);
         QCOMPARE(m_button->text(), QStringLiteral("登录"));
+        // Everybody else in the house hears of it.
+        QCOMPARE(left.count(), 1);
+    }
+
+    void menuAsksForATransfer()
+    {
+        signIn();
+        QSignalSpy wanted(m_button, &AccountButton::transferWanted);
+        QTest::mouseClick(m_button, Qt::LeftButton);
+        QTRY_VERIFY(m_button->findChild<QMenu *>()->isVisible());
+        choose("出/入金");
+        QCOMPARE(wanted.count(), 1);
+        QVERIFY(engine()->isLogged);
+    }
+
+    void menuHoldsTransferAndFarewell()
+    {
+        QStringList texts;
+        for (const QAction *action : m_button->findChild<QMenu *>()->actions())
+            texts << action->text();
+        QCOMPARE(texts, QStringList({"出/入金", "", "退出登录"}));
     }
 
     void endOfTheSessionIsCarriedOutFirstAndToldThen()

@@ -1,6 +1,7 @@
 #include "endtoend/middleman.h"
 
 #include <QTcpSocket>
+#include <QTimer>
 
 namespace endtoend {
 
@@ -58,13 +59,34 @@ void Middleman::spoilNextPoll(const QByteArray &answer)
     m_spoiled = false;
 }
 
+void Middleman::delayAnswers(int most, quint32 seed)
+{
+    m_longestDelay = most;
+    m_chance.seed(seed);
+}
+
+// What is not read yet stays in its order, so a delay that ends early hands on all that is there.
+void Middleman::handOn(QTcpSocket *service, QTcpSocket *client)
+{
+    const auto write = [service, client] { client->write(service->readAll()); };
+    if (m_longestDelay == 0) {
+        write();
+        return;
+    }
+    ++m_delayed;
+    QTimer::singleShot(m_chance.bounded(m_longestDelay + 1), service, write);
+}
+
 void Middleman::take(QTcpSocket *client)
 {
     auto *service = new QTcpSocket(client);
     connect(client, &QTcpSocket::disconnected, client, &QObject::deleteLater);
-    connect(service, &QTcpSocket::disconnected, client, &QTcpSocket::disconnectFromHost);
+    connect(service, &QTcpSocket::disconnected, client, [client, service] {
+        client->write(service->readAll());
+        client->disconnectFromHost();
+    });
     connect(service, &QTcpSocket::readyRead, client,
-            [client, service] { client->write(service->readAll()); });
+            [this, client, service] { handOn(service, client); });
     connect(client, &QTcpSocket::readyRead, this, [this, client, service] {
         const QByteArray request = client->readAll();
         if (!m_answer.isEmpty() && request.contains("/sync.html")) {

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QObject>
+#include <QRandomGenerator>
 #include <QTcpServer>
 #include <QUrl>
 
@@ -9,8 +10,8 @@ class QTcpSocket;
 
 namespace endtoend {
 
-// Stands between a client and the real service, hands everything on byte by byte, and answers one
-// poll in the service's place when told to.
+// Stands between a client and the real service and hands everything on byte by byte. When told to,
+// it answers one poll in the service's place, or holds answers back for a while.
 class Middleman : public QObject
 {
 public:
@@ -23,14 +24,25 @@ public:
     void spoilNextPoll(const QByteArray &answer);
     bool hasSpoiled() const { return m_spoiled; }
 
+    // From now on each piece of an answer is held back for a while of at most so many milliseconds,
+    // by chance from `seed`: answers on different connections overtake each other. 0 ends it.
+    void delayAnswers(int most, quint32 seed = 1);
+
+    // How many pieces have been held back.
+    int delayed() const { return m_delayed; }
+
 private:
     void take(QTcpSocket *client);
     void spoil(QTcpSocket *client);
+    void handOn(QTcpSocket *service, QTcpSocket *client);
 
     QTcpServer m_server;
     int m_servicePort;
     QByteArray m_answer;
     bool m_spoiled = false;
+    int m_longestDelay = 0;
+    int m_delayed = 0;
+    QRandomGenerator m_chance;
 };
 
 } // namespace endtoend
