@@ -18,12 +18,16 @@ protected:
     }
 
     // Lets a selected cell keep the colour of its text: puts the foreground of the index into the
-    // palette of the option as the colour of highlighted text, when it is a colour.
-    static void keepForeground(QStyleOptionViewItem *option, const QModelIndex &index)
+    // palette of the option as the colour of highlighted text, and returns it. Where it is no
+    // colour, the palette stays as it is, and the answer is invalid.
+    static QColor keepForeground(QStyleOptionViewItem *option, const QModelIndex &index)
     {
         const QVariant foreground = index.data(Qt::ForegroundRole);
-        if (foreground.canConvert<QColor>())
-            option->palette.setBrush(QPalette::All, QPalette::HighlightedText,
-                                     QBrush(foreground.value<QColor>(), Qt::SolidPattern));
+        if (!foreground.canConvert<QColor>())
+            return {};
+        const auto colour = foreground.value<QColor>();
+        option->palette.setBrush(QPalette::All, QPalette::HighlightedText,
+                                 QBrush(colour, Qt::SolidPattern));
+        return colour;
     }
 };
