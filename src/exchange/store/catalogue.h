@@ -40,6 +40,7 @@ struct CatalogueMarket {
     std::string prefix; ///< "/lc/youbika/"
     PartsPerMillion limit; ///< how far a price may leave the previous close, either side
     PartsPerMillion fee; ///< of a deal's amount, for each side
+    bool history = false; ///< charts show years before the first session
     std::vector<CatalogueType> types;
     std::vector<CatalogueCollection> collections;
 
@@ -68,15 +69,16 @@ public:
  *     {"format": 1, "platforms": [
  *       {"id": "lc", "name": "岚川", "markets": [
  *         {"name": "邮币", "prefix": "/lc/youbika/", "limitPpm": 100000, "feePpm": 3000,
+ *          "history": true,
  *          "types": [{"id": 1, "name": "邮票"}],
  *          "collections": [
  *            {"id": 4001, "code": "401001", "name": "…", "type": 1, "listed": 39000,
  *             "previousClose": 28500, "introduction": "", "suspended": false}]}]}]}
  *
- * "suspended" may be left out, everything else stands there; other keys are refused, since most of
- * them are slips of the pen. "listed" and "previousClose" count when the collection is listed
- * first, later the market has its own figures. Everything is checked on loading, and nothing is
- * half loaded: a catalogue object is whole and consistent.
+ * "history" and "suspended" may be left out, everything else stands there; other keys are refused,
+ * since most of them are slips of the pen. "listed" and "previousClose" count when the collection
+ * is listed first, later the market has its own figures. Everything is checked on loading, and
+ * nothing is half loaded: a catalogue object is whole and consistent.
  */
 class Catalogue
 {

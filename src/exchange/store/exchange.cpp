@@ -72,7 +72,8 @@ std::string hexText(std::uint64_t bits)
 } // namespace
 
 MarketServer::MarketServer(const CataloguePlatform &platform, const CatalogueMarket &market)
-    : m_platform(platform.id), m_name(market.name), m_prefix(market.prefix), m_fee(market.fee)
+    : m_platform(platform.id), m_name(market.name), m_prefix(market.prefix), m_fee(market.fee),
+      m_history(market.history)
 {
 }
 

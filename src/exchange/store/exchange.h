@@ -59,6 +59,7 @@ public:
     const std::string &name() const { return m_name; }
     const std::string &prefix() const { return m_prefix; } ///< "/lc/youbika/"
     PartsPerMillion fee() const { return m_fee; } ///< for accounts without a rate of their own
+    bool hasHistory() const { return m_history; } ///< charts show years before the first session
 
     MarketWriter &writer() const { return *m_writer; }
     MarketReaders &readers() const { return *m_readers; }
@@ -70,6 +71,7 @@ private:
     std::string m_name;
     std::string m_prefix;
     PartsPerMillion m_fee;
+    bool m_history;
     std::unique_ptr<MarketReaders> m_readers; ///< which the writer's store waits for
     std::unique_ptr<MarketWriter> m_writer;
 };

@@ -105,6 +105,10 @@ const Fault faults[] = {
      "\"id\": 1100,",
      "\"id\": 1100, \"suspended\": 1,",
      {"suspended", "true or false"}},
+    {"history is a number",
+     "\"feePpm\": 3000,",
+     "\"feePpm\": 3000, \"history\": 1,",
+     {"platforms[0].markets[0].history", "true or false"}},
     {"no markets", "\"markets\": [", "\"markets\": [], \"mar\": [", {"platforms[0]"}},
 };
 
@@ -142,6 +146,8 @@ TEST(Catalogue, ReadsTheSmallOne)
     EXPECT_EQ(market.fileStem(), "lc-youbika");
     EXPECT_EQ(market.limit, PartsPerMillion(100'000));
     EXPECT_EQ(market.types[1].name, "电话卡");
+    EXPECT_FALSE(market.history);
+    EXPECT_TRUE(second.markets[1].history);
     const CatalogueCollection &collection = market.collections[5];
     EXPECT_EQ(collection.id, CollectionId(2105));
     EXPECT_EQ(collection.code, "212006");
@@ -191,6 +197,7 @@ TEST(Catalogue, BringsAlongTwoPlatformsWithEightMarkets)
             EXPECT_GE(market.collections.size(), 180u);
             EXPECT_LE(market.collections.size(), 320u);
             sizes.insert(market.collections.size());
+            EXPECT_TRUE(market.history);
             std::set<std::string> names;
             for (const CatalogueCollection &collection : market.collections)
                 EXPECT_TRUE(names.insert(collection.name).second) << collection.name;
