@@ -92,6 +92,7 @@ std::string BareCommits::rows()
 
 std::string timelessRows(Store &store)
 {
-    static const std::regex times(" (placed|changed|time)=[0-9]+");
+    // Minutes are times throughout.
+    static const std::regex times("\\nminutes [^\\n]*| (placed|changed|time)=[0-9]+");
     return std::regex_replace(store.describeTables(), times, "");
 }

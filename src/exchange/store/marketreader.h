@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exchange/store/bars.h"
 #include "exchange/store/tables.h"
 
 #include <chrono>
@@ -26,6 +27,21 @@ struct AccountFees {
     std::vector<std::pair<CollectionId, PartsPerMillion>> special; ///< by rising collection
 };
 
+/// A collection's running session by minutes, as of one commit.
+struct SessionMinutes {
+    RunningRow running;
+    std::vector<PhaseRow> phases; ///< of the session, in their order
+    std::optional<TimeMs> first; ///< begin of the session's first minute
+    std::vector<MinuteRow> minutes; ///< the newest ones, oldest first
+};
+
+/// All sessions of a collection, as of one commit.
+struct TradedSessions {
+    IssueRow issue;
+    Sequence running; ///< number of the running session
+    std::vector<Bar> bars; ///< of each session in which was dealt, in their order
+};
+
 /**
  * Reads one market's tables beside the writer, on a connection of its own that cannot change them.
  *
@@ -44,6 +60,25 @@ public:
     std::optional<AccountFees> fees(AccountId id);
     /// Those of the orders that exist, in the order of `numbers`.
     std::vector<OrderRow> orders(const std::vector<OrderNumber> &numbers);
+
+    // Nothing where the market does not list the collection.
+    /// Minutes that begin at `from` or later, the newest `most` of them.
+    std::optional<SessionMinutes> minutes(CollectionId id, TimeMs from, std::size_t most);
+    std::optional<TradedSessions> sessions(CollectionId id);
+    /// A page of the deals of the running session, oldest first: page 1 holds the newest `size` of
+    /// them, page 2 those before, and so on.
+    std::optional<std::vector<DealRow>> deals(CollectionId id, std::int64_t page,
+                                              std::int64_t size);
+
+    /// Some of an account's flows of money, the newest first.
+    std::vector<FlowRow> flows(AccountId account, const FlowPage &page);
+    /// Those that wait for the bank, the oldest first.
+    std::vector<FlowRow> waitingFlows();
+    /// The newest flow that began under a key, or the one of a transfer.
+    std::optional<FlowRow> flowOf(AccountId account, ActionKey key);
+    std::optional<FlowRow> flowOf(TransferNumber transfer);
+    /// The newest transfers one way that began at `since` or later, at most `most` of them.
+    FlowSum flowSum(AccountId account, bool incoming, TimeMs since, std::size_t most);
 
 private:
     class Connection;

@@ -66,9 +66,9 @@ void MarketWriter::recover()
                         + std::to_string(m_lastCommand - m_lastCheckpoint) + " by replay");
 
     Store *store = m_store.get();
-    m_projector
-        = std::make_unique<Projector>(*m_market, m_store->composite(m_market->session()),
-                                      [store](OrderNumber number) { return store->order(number); });
+    m_projector = std::make_unique<Projector>(
+        *m_market, m_store->composite(m_market->session()),
+        [store](OrderNumber number) { return store->order(number); }, store);
 }
 
 void MarketWriter::followCatalogue(const CatalogueMarket &catalogue)

@@ -26,8 +26,9 @@ OrderState endState(DoneReason reason)
 } // namespace
 
 Projector::Projector(const Market &market, const std::optional<CompositeRow> &composite,
-                     OrderFinder findOrder)
-    : m_findOrder(std::move(findOrder)), m_session(market.session()), m_composite(market, composite)
+                     OrderFinder findOrder, StoredFlows *flows)
+    : m_findOrder(std::move(findOrder)), m_session(market.session()),
+      m_composite(market, composite), m_charts(market), m_flows(market.day(), flows)
 {
 }
 
@@ -37,6 +38,8 @@ void Projector::take(const Event &event)
         m_endedComposites.push_back(m_composite.row());
     if (m_composite.take(event))
         m_compositeChanged = true;
+    m_charts.take(event);
+    m_flows.take(event);
 
     if (const auto *accepted = std::get_if<OrderAccepted>(&event)) {
         OrderRow row;
@@ -54,7 +57,6 @@ void Projector::take(const Event &event)
         m_touchedAccounts.insert(row.account.value());
         m_touchedHoldings.insert({row.account.value(), row.collection.value()});
     } else if (const auto *deal = std::get_if<Deal>(&event)) {
-        m_deals.push_back({*deal, m_session});
         fill(deal->maker, *deal, opposite(deal->takerSide));
         fill(deal->taker, *deal, deal->takerSide);
     } else if (const auto *done = std::get_if<OrderDone>(&event)) {
@@ -79,6 +81,10 @@ void Projector::take(const Event &event)
             m_rates[{rate->account.value(), rate->collection.value()}] = rate->fee;
     } else if (const auto *cash = std::get_if<CashMoved>(&event)) {
         m_touchedAccounts.insert(cash->account.value());
+    } else if (const auto *begun = std::get_if<TransferBegun>(&event)) {
+        m_touchedAccounts.insert(begun->account.value());
+    } else if (const auto *ended = std::get_if<TransferEnded>(&event)) {
+        m_touchedAccounts.insert(ended->account.value());
     } else if (const auto *moved = std::get_if<HoldingMoved>(&event)) {
         m_touchedHoldings.insert({moved->account.value(), moved->collection.value()});
     } else if (const auto *settled = std::get_if<CollectionSettled>(&event)) {
@@ -111,7 +117,8 @@ TableUpdate Projector::finish(const Market &market)
     }
     for (const auto &[place, fee] : m_rates)
         update.rates.push_back({AccountId(place.first), CollectionId(place.second), fee});
-    update.deals.swap(m_deals);
+    m_charts.finish(market, update);
+    update.flows = m_flows.finish();
     update.days.swap(m_days);
     update.composites.swap(m_endedComposites);
     if (m_compositeChanged)

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "exchange/store/chartprojector.h"
 #include "exchange/store/compositeindex.h"
+#include "exchange/store/flowprojector.h"
 #include "exchange/store/tables.h"
 
 #include <functional>
@@ -26,8 +28,9 @@ public:
     using OrderFinder = std::function<std::optional<OrderRow>(OrderNumber)>;
 
     /// Goes on behind what the store holds; `market` and `composite` are as of its last command.
+    /// `flows` is null where it holds none.
     Projector(const Market &market, const std::optional<CompositeRow> &composite,
-              OrderFinder findOrder);
+              OrderFinder findOrder, StoredFlows *flows = nullptr);
 
     /// Takes one event in. Throws Damaged for a deal of an order that nobody placed.
     void take(const Event &event);
@@ -45,6 +48,8 @@ private:
     OrderFinder m_findOrder;
     Sequence m_session;
     CompositeIndex m_composite;
+    ChartProjector m_charts;
+    FlowProjector m_flows;
     /// Open orders, and those that ended since the last finish().
     std::unordered_map<std::int64_t, OrderRow> m_orders;
 
@@ -54,7 +59,6 @@ private:
     std::set<std::pair<std::int64_t, std::int64_t>> m_touchedHoldings; ///< account, collection
     std::map<std::pair<std::int64_t, std::int64_t>, PartsPerMillion> m_rates; ///< the same pair
     std::vector<OrderNumber> m_revoked; ///< in their order
-    std::vector<DealRow> m_deals;
     std::vector<DayRow> m_days;
     std::vector<CompositeRow> m_endedComposites;
     bool m_compositeChanged = false;

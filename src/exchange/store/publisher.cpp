@@ -61,11 +61,6 @@ Quantity sum(const std::vector<Level> &levels)
     return capped<Quantity>(total);
 }
 
-DealSnapshot dealSnapshot(const Deal &deal)
-{
-    return {deal.sequence, deal.at, deal.price, deal.quantity, deal.takerSide};
-}
-
 /// Puts a new value in the place of the old one, with the next version, where the two differ.
 template <typename T>
 bool replace(Published<T> &published, T value)

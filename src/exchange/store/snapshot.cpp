@@ -60,6 +60,11 @@ bool CompositeSnapshot::operator==(const CompositeSnapshot &other) const
     return quote == other.quote && listed == other.listed;
 }
 
+DealSnapshot dealSnapshot(const Deal &deal)
+{
+    return {deal.sequence, deal.at, deal.price, deal.quantity, deal.takerSide};
+}
+
 std::string dayText(TradingDay day)
 {
     const int value = static_cast<int>(day.value());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exchange/core/event.h"
 #include "exchange/core/types.h"
 
 #include <cstdint>
@@ -116,6 +117,8 @@ struct DealSnapshot {
     Quantity quantity;
     Side taker = Side::Buy; ///< the side that came second
 };
+
+DealSnapshot dealSnapshot(const Deal &deal);
 
 /// Deals of one collection in the running session, oldest first, at most kLatestDeals of them.
 using LatestDeals = std::vector<DealSnapshot>;

@@ -28,7 +28,15 @@ DealRow readDeal(SQLite::Statement &statement)
     Deal &deal = row.deal;
     RowReader(statement) >> deal.sequence >> deal.at >> row.session >> deal.collection >> deal.maker
         >> deal.taker >> deal.takerSide >> deal.buyer >> deal.seller >> deal.price >> deal.quantity
-        >> deal.buyerFee >> deal.sellerFee >> deal.released;
+        >> deal.buyerFee >> deal.sellerFee >> deal.released >> row.ordinal;
+    return row;
+}
+
+RunningRow readRunning(SQLite::Statement &statement)
+{
+    RunningRow row;
+    RowReader(statement) >> row.collection >> row.session >> row.day >> row.previousClose
+        >> row.open >> row.high >> row.low >> row.last >> row.volume >> row.amount >> row.deals;
     return row;
 }
 

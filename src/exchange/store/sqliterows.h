@@ -18,7 +18,10 @@ constexpr const char *kOrderColumns = "number, account, collection, side, price,
                                       "revoke_key";
 constexpr const char *kDealColumns = "sequence, time, session, collection, maker, taker, side, "
                                      "buyer, seller, price, quantity, buyer_fee, seller_fee, "
-                                     "released";
+                                     "released, ordinal";
+/// The same of a collection's running session, for readRunning().
+constexpr const char *kRunningColumns = "collection, session, day, previous_close, open, high, "
+                                        "low, last, volume, amount, deals";
 
 /// Binds values one after another, so that the order of columns stands in one place only.
 class Binder
@@ -56,6 +59,11 @@ public:
         value = Number<Tag>(next());
         return *this;
     }
+    RowReader &operator>>(std::int64_t &value)
+    {
+        value = next();
+        return *this;
+    }
     RowReader &operator>>(Side &side)
     {
         side = next() == 0 ? Side::Buy : Side::Sell;
@@ -86,5 +94,6 @@ private:
 
 OrderRow readOrder(SQLite::Statement &statement);
 DealRow readDeal(SQLite::Statement &statement);
+RunningRow readRunning(SQLite::Statement &statement);
 
 } // namespace zvx

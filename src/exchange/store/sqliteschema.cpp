@@ -120,6 +120,93 @@ DELETE FROM holdings;
 DELETE FROM days;
 DELETE FROM composites;
 )sql",
+        // Minutes, running sessions and places of deals stand in the events alone as well.
+        R"sql(
+DROP TABLE deals;
+CREATE TABLE deals (
+    sequence INTEGER PRIMARY KEY,
+    time INTEGER NOT NULL,
+    session INTEGER NOT NULL,
+    collection INTEGER NOT NULL,
+    maker INTEGER NOT NULL,
+    taker INTEGER NOT NULL,
+    side INTEGER NOT NULL,
+    buyer INTEGER NOT NULL,
+    seller INTEGER NOT NULL,
+    price INTEGER NOT NULL,
+    quantity INTEGER NOT NULL,
+    buyer_fee INTEGER NOT NULL,
+    seller_fee INTEGER NOT NULL,
+    released INTEGER NOT NULL,
+    ordinal INTEGER NOT NULL
+) STRICT;
+CREATE INDEX deals_of_session ON deals (collection, session, ordinal);
+CREATE TABLE issues (
+    collection INTEGER PRIMARY KEY,
+    previous_close INTEGER NOT NULL,
+    issued INTEGER NOT NULL,
+    price_limit INTEGER NOT NULL
+) STRICT;
+CREATE TABLE running (
+    collection INTEGER PRIMARY KEY,
+    session INTEGER NOT NULL,
+    day INTEGER NOT NULL,
+    previous_close INTEGER NOT NULL,
+    open INTEGER NOT NULL,
+    high INTEGER NOT NULL,
+    low INTEGER NOT NULL,
+    last INTEGER NOT NULL,
+    volume INTEGER NOT NULL,
+    amount INTEGER NOT NULL,
+    deals INTEGER NOT NULL
+) STRICT;
+CREATE TABLE minutes (
+    collection INTEGER NOT NULL,
+    session INTEGER NOT NULL,
+    time INTEGER NOT NULL,
+    last INTEGER NOT NULL,
+    volume INTEGER NOT NULL,
+    amount INTEGER NOT NULL,
+    PRIMARY KEY (collection, session, time)
+) STRICT, WITHOUT ROWID;
+CREATE TABLE phases (
+    number INTEGER PRIMARY KEY,
+    session INTEGER NOT NULL,
+    time INTEGER NOT NULL,
+    open INTEGER NOT NULL
+) STRICT;
+CREATE INDEX phases_of_session ON phases (session);
+CREATE TABLE flows (
+    number INTEGER PRIMARY KEY,
+    account INTEGER NOT NULL,
+    incoming INTEGER NOT NULL,
+    place INTEGER NOT NULL,
+    way_place INTEGER NOT NULL,
+    day INTEGER NOT NULL,
+    begun INTEGER NOT NULL,
+    ended INTEGER NOT NULL,
+    amount INTEGER NOT NULL,
+    state INTEGER NOT NULL,
+    balance INTEGER NOT NULL,
+    transfer INTEGER NOT NULL,
+    bank BLOB,
+    card INTEGER NOT NULL,
+    key BLOB
+) STRICT;
+CREATE UNIQUE INDEX flows_by_place ON flows (account, place);
+CREATE UNIQUE INDEX flows_by_place_of_way ON flows (account, incoming, way_place);
+CREATE INDEX flows_by_day ON flows (account, day, place);
+CREATE INDEX flows_by_day_of_way ON flows (account, incoming, day, way_place);
+CREATE INDEX flows_by_key ON flows (account, key) WHERE key IS NOT NULL;
+CREATE UNIQUE INDEX flows_by_transfer ON flows (transfer) WHERE transfer > 0;
+CREATE INDEX flows_waiting ON flows (number) WHERE state = 0;
+DELETE FROM orders;
+DELETE FROM cash;
+DELETE FROM rates;
+DELETE FROM holdings;
+DELETE FROM days;
+DELETE FROM composites;
+)sql",
     };
     return migrations;
 }

@@ -1,5 +1,6 @@
 #include "exchange/store/sqlitestore.h"
 
+#include "exchange/store/flowtable.h"
 #include "exchange/store/sqliteconnection.h"
 #include "exchange/store/sqliterows.h"
 #include "exchange/store/sqliteschema.h"
@@ -16,8 +17,9 @@ namespace {
 /// Checkpoints that are kept; older ones go with the commit of a new one.
 constexpr int kCheckpoints = 3;
 
-constexpr std::array<const char *, 7> kTables
-    = {"orders", "deals", "cash", "rates", "holdings", "days", "composites"};
+constexpr std::array<const char *, 12> kTables
+    = {"orders",     "deals",  "cash",    "rates",   "holdings", "days",
+       "composites", "issues", "running", "minutes", "phases",   "flows"};
 
 } // namespace
 
@@ -53,8 +55,12 @@ public:
         drop.exec();
     }
 
+    FlowTable &flows() { return m_flows; }
+
     void put(const TableUpdate &tables)
     {
+        for (const FlowRow &row : tables.flows)
+            m_flows.put(row);
         for (const OrderRow &row : tables.orders) {
             Binder(*m_putOrder) << row.order << row.account << row.collection
                                 << static_cast<std::int64_t>(row.side) << row.price << row.quantity
@@ -69,9 +75,10 @@ public:
                                << deal.maker << deal.taker
                                << static_cast<std::int64_t>(deal.takerSide) << deal.buyer
                                << deal.seller << deal.price << deal.quantity << deal.buyerFee
-                               << deal.sellerFee << deal.released;
+                               << deal.sellerFee << deal.released << row.ordinal;
             m_putDeal->exec();
         }
+        putCharts(tables);
         for (const CashRow &row : tables.cash) {
             Binder(*m_putCash) << row.account << row.fee << static_cast<std::int64_t>(row.frozen)
                                << row.available << row.frozenCash;
@@ -105,6 +112,31 @@ public:
     }
 
 private:
+    FlowTable m_flows{database()};
+
+    void putCharts(const TableUpdate &tables)
+    {
+        for (const IssueRow &row : tables.issues) {
+            Binder(*m_putIssue) << row.collection << row.previousClose << row.issued << row.limit;
+            m_putIssue->exec();
+        }
+        for (const RunningRow &row : tables.running) {
+            Binder(*m_putRunning) << row.collection << row.session << row.day << row.previousClose
+                                  << row.open << row.high << row.low << row.last << row.volume
+                                  << row.amount << row.deals;
+            m_putRunning->exec();
+        }
+        for (const MinuteRow &row : tables.minutes) {
+            Binder(*m_addMinute) << row.collection << row.session << row.begin << row.last
+                                 << row.volume << row.amount << kAmountBound;
+            m_addMinute->exec();
+        }
+        for (const PhaseRow &row : tables.phases) {
+            Binder(*m_putPhase) << row.session << row.at << static_cast<std::int64_t>(row.open);
+            m_putPhase->exec();
+        }
+    }
+
     void prepare()
     {
         const auto make = [this](const std::string &sql) {
@@ -114,13 +146,21 @@ private:
         m_putOrder
             = make("INSERT OR REPLACE INTO orders VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
                    "?, ?, ?, ?)");
-        m_putDeal = make("INSERT INTO deals VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+        m_putDeal = make("INSERT INTO deals VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
         m_putCash = make("INSERT OR REPLACE INTO cash VALUES (?, ?, ?, ?, ?)");
         m_putRate = make("INSERT OR REPLACE INTO rates VALUES (?, ?, ?)");
         m_putHolding = make("INSERT OR REPLACE INTO holdings VALUES (?, ?, ?, ?, ?)");
         m_dropHolding = make("DELETE FROM holdings WHERE account = ? AND collection = ?");
         m_putDay = make("INSERT INTO days VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
         m_putComposite = make("INSERT OR REPLACE INTO composites VALUES (?, ?, ?, ?, ?, ?, ?)");
+        m_putIssue = make("INSERT INTO issues VALUES (?, ?, ?, ?)");
+        m_putRunning
+            = make("INSERT OR REPLACE INTO running VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+        m_addMinute = make("INSERT INTO minutes VALUES (?1, ?2, ?3, ?4, ?5, ?6) "
+                           "ON CONFLICT DO UPDATE SET last = excluded.last, "
+                           "volume = min(volume + excluded.volume, ?7), "
+                           "amount = min(amount + excluded.amount, ?7)");
+        m_putPhase = make("INSERT INTO phases (session, time, open) VALUES (?, ?, ?)");
     }
 
     std::unique_ptr<SQLite::Statement> m_putCommand;
@@ -132,6 +172,10 @@ private:
     std::unique_ptr<SQLite::Statement> m_dropHolding;
     std::unique_ptr<SQLite::Statement> m_putDay;
     std::unique_ptr<SQLite::Statement> m_putComposite;
+    std::unique_ptr<SQLite::Statement> m_putIssue;
+    std::unique_ptr<SQLite::Statement> m_putRunning;
+    std::unique_ptr<SQLite::Statement> m_addMinute;
+    std::unique_ptr<SQLite::Statement> m_putPhase;
 };
 
 SqliteStore::SqliteStore(const std::filesystem::path &file, const std::string &vfs, int logFrames)
@@ -248,8 +292,8 @@ std::string SqliteStore::describeTables()
     return m_connection->guarded([&] {
         std::string text;
         for (const char *table : kTables) {
-            auto s
-                = m_connection->statement(std::string("SELECT * FROM ") + table + " ORDER BY 1, 2");
+            auto s = m_connection->statement(std::string("SELECT * FROM ") + table
+                                             + " ORDER BY 1, 2, 3");
             while (s.executeStep()) {
                 text += table;
                 for (int i = 0; i < s.getColumnCount(); ++i)
@@ -268,18 +312,11 @@ std::vector<DealRow> SqliteStore::latestDeals(CollectionId collection, Sequence 
     return m_connection->guarded([&] {
         std::vector<DealRow> rows;
         auto s = m_connection->statement(std::string("SELECT ") + kDealColumns
-                                         + " FROM deals WHERE collection = ? "
-                                           "ORDER BY sequence DESC LIMIT ?");
-        s.bind(1, collection.value());
-        s.bind(2, static_cast<std::int64_t>(limit));
-        while (s.executeStep()) {
+                                         + " FROM deals WHERE collection = ? AND session = ? "
+                                           "ORDER BY ordinal DESC LIMIT ?");
+        Binder(s) << collection << session << static_cast<std::int64_t>(limit);
+        while (s.executeStep())
             rows.push_back(readDeal(s));
-            // Sessions follow each other, so the first older deal ends the search.
-            if (rows.back().session != session) {
-                rows.pop_back();
-                break;
-            }
-        }
         std::reverse(rows.begin(), rows.end());
         return rows;
     });
@@ -329,6 +366,21 @@ std::optional<CompositeRow> SqliteStore::composite(Sequence session)
             >> row.low >> row.last;
         return row;
     });
+}
+
+std::int64_t SqliteStore::lastFlow()
+{
+    return m_connection->guarded([&] { return m_connection->flows().last(); });
+}
+
+FlowPlaces SqliteStore::flowPlaces(AccountId account)
+{
+    return m_connection->guarded([&] { return m_connection->flows().places(account); });
+}
+
+std::optional<FlowRow> SqliteStore::flowOf(TransferNumber transfer)
+{
+    return m_connection->guarded([&] { return m_connection->flows().ofTransfer(transfer); });
 }
 
 std::vector<ListingRow> SqliteStore::listings()

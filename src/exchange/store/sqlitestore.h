@@ -38,6 +38,9 @@ public:
     Sequence lastDeal() override;
     OrderNumber lastOrder() override;
     std::optional<CompositeRow> composite(Sequence session) override;
+    std::int64_t lastFlow() override;
+    FlowPlaces flowPlaces(AccountId account) override;
+    std::optional<FlowRow> flowOf(TransferNumber transfer) override;
     std::vector<ListingRow> listings() override;
     void putListings(const std::vector<ListingRow> &rows) override;
 

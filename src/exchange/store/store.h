@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exchange/store/flowprojector.h"
 #include "exchange/store/tables.h"
 
 #include <cstdint>
@@ -56,11 +57,9 @@ struct ListingRow {
  * One thread at a time. Everything throws StoreError; after a commit that threw nothing may be
  * called any more but the destructor: what the disk holds is only known after opening it again.
  */
-class Store
+class Store : public StoredFlows
 {
 public:
-    virtual ~Store() = default;
-
     /// Number of the last stored command, 0 before the first.
     virtual std::int64_t lastCommand() = 0;
 

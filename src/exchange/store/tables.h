@@ -2,6 +2,7 @@
 
 #include "exchange/core/event.h"
 #include "exchange/core/market.h"
+#include "exchange/store/flows.h"
 
 #include <optional>
 #include <string>
@@ -44,6 +45,7 @@ struct OrderRow {
 struct DealRow {
     Deal deal;
     Sequence session;
+    Sequence ordinal; ///< among the deals of its collection in its session, from 1
 };
 
 /// Money of one account.
@@ -81,7 +83,49 @@ struct CompositeRow {
     Fen last;
 };
 
-/// What one batch of commands does to the tables: each row once, in its last state.
+/// A collection as it was listed.
+struct IssueRow {
+    CollectionId collection;
+    Fen previousClose; ///< of its first session
+    Quantity issued;
+    PartsPerMillion limit;
+};
+
+/// The figures of one collection in the running session; the prices are 0 without a deal.
+struct RunningRow {
+    CollectionId collection;
+    Sequence session;
+    TradingDay day;
+    Fen previousClose;
+    Fen open;
+    Fen high;
+    Fen low;
+    Fen last;
+    Quantity volume;
+    Fen amount;
+    std::int64_t deals = 0;
+};
+
+/// What was dealt in one collection within one minute of a session. The clock labels deals and may
+/// be set back, so a minute that is over may still grow.
+struct MinuteRow {
+    CollectionId collection;
+    Sequence session;
+    TimeMs begin;
+    Fen last;
+    Quantity volume; ///< sums stop at kAmountBound
+    Fen amount;
+};
+
+/// The market was opened or closed. A session that begins in an open market begins with a row.
+struct PhaseRow {
+    Sequence session;
+    TimeMs at;
+    bool open = false;
+};
+
+/// What one batch of commands does to the tables: each row once, in its last state; of minutes,
+/// what is added to them.
 struct TableUpdate {
     std::vector<OrderRow> orders;
     std::vector<DealRow> deals;
@@ -90,6 +134,11 @@ struct TableUpdate {
     std::vector<HoldingRow> holdings;
     std::vector<DayRow> days;
     std::vector<CompositeRow> composites;
+    std::vector<FlowRow> flows;
+    std::vector<IssueRow> issues;
+    std::vector<RunningRow> running;
+    std::vector<MinuteRow> minutes;
+    std::vector<PhaseRow> phases;
 };
 
 } // namespace zvx

@@ -1,5 +1,7 @@
 #include "exchange/store/support.h"
 
+#include "exchange/core/eventcodec.h"
+
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -70,11 +72,24 @@ Command RandomTrading::next()
     const std::int64_t kind = pick(1, 1000);
     if (kind <= 3)
         return SettleDay{TradingDay(20'200'101)};
-    if (kind <= 20)
+    if (kind <= 12)
         return Deposit{account, Fen(pick(0, 1'000'000)), newKey()}; // 0 is refused
-    if (kind <= 40)
+    if (kind <= 20)
         return Withdraw{account, Fen(pick(1, 1'000'000)), newKey()};
-    if (kind <= 140) {
+    if (kind <= 40) {
+        BeginTransfer transfer;
+        transfer.account = account;
+        transfer.incoming = pick(0, 1) == 0;
+        transfer.amount = Fen(pick(0, 1'000'000));
+        transfer.bank = newKey();
+        transfer.card = m_keys;
+        transfer.key = newKey();
+        ++m_transfers;
+        return transfer;
+    }
+    if (kind <= 60)
+        return EndTransfer{TransferNumber(pick(1, m_transfers + 1)), pick(0, 2) > 0};
+    if (kind <= 150) {
         RevokeOrders revoke;
         revoke.account = account;
         revoke.orders = {OrderNumber(pick(1, 200))};
@@ -105,6 +120,52 @@ ActionKey RandomTrading::newKey()
 std::int64_t RandomTrading::pick(std::int64_t least, std::int64_t most)
 {
     return std::uniform_int_distribution<std::int64_t>(least, most)(m_random);
+}
+
+Scribe::Scribe(Store &store, Market market)
+    : m_store(store), m_market(std::move(market)),
+      m_projector(
+          m_market, store.composite(m_market.session()),
+          [&store](OrderNumber number) { return store.order(number); }, &store),
+      m_last(store.lastCommand())
+{
+}
+
+void Scribe::carryOut(const std::vector<Command> &commands, bool checkpoint)
+{
+    Batch batch;
+    for (const Command &command : commands) {
+        std::vector<Event> events;
+        m_market.apply(command, now, events);
+        if (events.empty())
+            continue;
+        StoredCommand stored{++m_last, now, {}, {}};
+        for (const Event &event : events) {
+            encode(event, stored.events);
+            m_projector.take(event);
+        }
+        batch.commands.push_back(stored);
+        if (remember)
+            happened.insert(happened.end(), events.begin(), events.end());
+    }
+    batch.tables = m_projector.finish(m_market);
+    if (checkpoint)
+        batch.checkpoint = StoredCheckpoint{m_last, m_market.stateHash(), m_market.checkpoint()};
+    m_store.commit(batch);
+}
+
+std::vector<Command> listing(const CatalogueMarket &market)
+{
+    std::vector<Command> commands;
+    for (const CatalogueCollection &entry : market.collections) {
+        ListCollection list;
+        list.collection = entry.id;
+        list.previousClose = entry.previousClose;
+        list.issued = entry.listed;
+        commands.push_back(list);
+    }
+    commands.push_back(SetPhase{true});
+    return commands;
 }
 
 HookedStore::HookedStore(std::unique_ptr<Store> store, Hook beforeCommit)

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "exchange/core/market.h"
 #include "exchange/store/catalogue.h"
+#include "exchange/store/projector.h"
 #include "exchange/store/store.h"
 
 #include <chrono>
@@ -43,7 +45,8 @@ std::filesystem::path dataFile(const std::string &name);
 CatalogueMarket smallMarket();
 
 /// Commands as a busy market sees them: orders around the last prices, with keys, deals, revokes,
-/// money in and out, refusals, and now and then the end of a day. The same seed gives the same.
+/// money in and out, transfers and the bank's words on them, refusals, and now and then the end of
+/// a day. The same seed gives the same.
 class RandomTrading
 {
 public:
@@ -64,8 +67,36 @@ private:
     std::mt19937 m_random;
     CatalogueMarket m_market;
     std::uint64_t m_keys = 0;
+    std::int64_t m_transfers = 0; ///< that were begun, refused ones as well
     std::uint32_t m_seed;
 };
+
+/// Carries commands out as the writer does, some in a batch, without a thread.
+class Scribe
+{
+public:
+    /// Goes on behind what `store` holds; `market` is as of its last command.
+    Scribe(Store &store, Market market);
+
+    /// All of them in one commit.
+    void carryOut(const std::vector<Command> &commands, bool checkpoint = false);
+
+    const Market &market() const { return m_market; }
+    std::int64_t last() const { return m_last; }
+
+    TimeMs now = kMorning; ///< of the commands to come
+    std::vector<Event> happened; ///< so far, where `remember` is set
+    bool remember = false;
+
+private:
+    Store &m_store;
+    Market m_market;
+    Projector m_projector;
+    std::int64_t m_last;
+};
+
+/// Lists what the market's catalogue names, and opens the market.
+std::vector<Command> listing(const CatalogueMarket &market);
 
 /// Passes everything on to another store, and calls a hook before each commit, which may wait or
 /// throw.
@@ -103,6 +134,12 @@ public:
     std::optional<CompositeRow> composite(Sequence session) override
     {
         return m_store->composite(session);
+    }
+    std::int64_t lastFlow() override { return m_store->lastFlow(); }
+    FlowPlaces flowPlaces(AccountId account) override { return m_store->flowPlaces(account); }
+    std::optional<FlowRow> flowOf(TransferNumber transfer) override
+    {
+        return m_store->flowOf(transfer);
     }
     std::vector<ListingRow> listings() override { return m_store->listings(); }
     void putListings(const std::vector<ListingRow> &rows) override { m_store->putListings(rows); }

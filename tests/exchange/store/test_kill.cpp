@@ -32,6 +32,7 @@ struct KeyOf {
     Acknowledged operator()(const Deposit &c) const { return {c.account.value(), c.key, 0}; }
     Acknowledged operator()(const Withdraw &c) const { return {c.account.value(), c.key, 0}; }
     Acknowledged operator()(const PlaceOrder &c) const { return {c.account.value(), c.key, 0}; }
+    Acknowledged operator()(const BeginTransfer &c) const { return {c.account.value(), c.key, 0}; }
     Acknowledged operator()(const RevokeOrders &c) const { return {c.account.value(), c.key, 0}; }
 };
 

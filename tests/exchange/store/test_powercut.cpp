@@ -31,6 +31,7 @@ struct KeyOf {
     Answered operator()(const Deposit &c) const { return {c.account, c.key, {}}; }
     Answered operator()(const Withdraw &c) const { return {c.account, c.key, {}}; }
     Answered operator()(const PlaceOrder &c) const { return {c.account, c.key, {}}; }
+    Answered operator()(const BeginTransfer &c) const { return {c.account, c.key, {}}; }
     Answered operator()(const RevokeOrders &c) const { return {c.account, c.key, {}}; }
 };
 

@@ -1,5 +1,3 @@
-#include "exchange/core/eventcodec.h"
-#include "exchange/store/projector.h"
 #include "exchange/store/recovery.h"
 #include "exchange/store/sqliteschema.h"
 #include "exchange/store/sqlitestore.h"
@@ -13,66 +11,10 @@
 namespace zvx {
 namespace {
 
+using test::listing;
 using test::RandomTrading;
+using test::Scribe;
 using test::TempFolder;
-
-/// Carries commands out as the writer does, a few in a batch, without a thread.
-class Scribe
-{
-public:
-    Scribe(Store &store, Market market)
-        : m_store(store), m_market(std::move(market)),
-          m_projector(m_market, store.composite(m_market.session()),
-                      [&store](OrderNumber number) { return store.order(number); }),
-          m_last(store.lastCommand())
-    {
-    }
-
-    void carryOut(const std::vector<Command> &commands, bool checkpoint = false)
-    {
-        Batch batch;
-        for (const Command &command : commands) {
-            std::vector<Event> events;
-            m_market.apply(command, test::kMorning, events);
-            if (events.empty())
-                continue;
-            StoredCommand stored{++m_last, test::kMorning, {}, {}};
-            for (const Event &event : events) {
-                encode(event, stored.events);
-                m_projector.take(event);
-            }
-            batch.commands.push_back(stored);
-        }
-        batch.tables = m_projector.finish(m_market);
-        if (checkpoint)
-            batch.checkpoint
-                = StoredCheckpoint{m_last, m_market.stateHash(), m_market.checkpoint()};
-        m_store.commit(batch);
-    }
-
-    const Market &market() const { return m_market; }
-    std::int64_t last() const { return m_last; }
-
-private:
-    Store &m_store;
-    Market m_market;
-    Projector m_projector;
-    std::int64_t m_last;
-};
-
-std::vector<Command> listing(const CatalogueMarket &market)
-{
-    std::vector<Command> commands;
-    for (const CatalogueCollection &entry : market.collections) {
-        ListCollection list;
-        list.collection = entry.id;
-        list.previousClose = entry.previousClose;
-        list.issued = entry.listed;
-        commands.push_back(list);
-    }
-    commands.push_back(SetPhase{true});
-    return commands;
-}
 
 /// Fills a store with some sessions of trading.
 void trade(Scribe &scribe, std::uint32_t seed, int commands)
@@ -101,7 +43,8 @@ TEST(SqliteStore, TablesMadeAnewEqualThoseThatGrew)
     ASSERT_GT(scribe.market().session(), Sequence(2));
     ASSERT_GT(scribe.market().lastDeal(), Sequence(200));
     const std::string grown = store.describeTables();
-    for (const char *table : {"orders ", "deals ", "cash ", "holdings ", "days ", "composites "})
+    for (const char *table : {"orders ", "deals ", "cash ", "holdings ", "days ", "composites ",
+                              "issues ", "running ", "minutes ", "phases ", "flows "})
         EXPECT_NE(("\n" + grown).find(std::string("\n") + table), std::string::npos) << table;
     rebuildTables(store);
     EXPECT_EQ(store.describeTables(), grown);
@@ -285,6 +228,7 @@ TEST(SqliteStore, LatestDealsAreOfTheSessionAndOldestFirst)
         row.deal.collection = CollectionId(i % 2 + 1);
         row.deal.price = Fen(100 + i);
         row.session = Sequence(i <= 4 ? 1 : 2);
+        row.ordinal = Sequence((i <= 4 ? i + 1 : i - 3) / 2);
         batch.tables.deals.push_back(row);
     }
     store.commit(batch);
