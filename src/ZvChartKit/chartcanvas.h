@@ -1,0 +1,120 @@
+#pragma once
+
+#include "ZvChartKit/chartcolours.h"
+#include "ZvChartKit/chartglyphs.h"
+#include "ZvChartKit/chartoverlay.h"
+#include "ZvChartKit/charttext.h"
+#include "ZvChartKit/klineplot.h"
+#include "ZvChartKit/timelineplot.h"
+
+#include <QPoint>
+#include <QWidget>
+
+#include <optional>
+
+namespace zvplot {
+
+class IndicatorTabs;
+
+// Shows one chart and answers mouse and keys. It is told its figures and what has changed of them;
+// where they come from is not its business.
+class ChartCanvas : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit ChartCanvas(QWidget *parent = nullptr);
+    ~ChartCanvas() override;
+
+    void showTimeLine(const ZvUBTimeLine &line);
+    void growTimeLine(const ZvUBTimeLine &line, int first);
+
+    void showKLine(const ZvUBKLine &line, KLinePlot::Period period);
+    void growKLine(const ZvUBKLine &line, int first);
+    void prependKLine(const ZvUBKLine &line, int count);
+
+    // What is said instead of figures, or of their age.
+    enum class Notice { None, Waiting, NoData, Stale };
+    void setNotice(Notice notice, qint64 ageMs = 0);
+
+    bool isRedUp() const { return m_colours.isRedUp(); }
+    void setRedUp(bool isRedUp);
+
+signals:
+    // Bars before the first one will be wanted soon.
+    void earlierWanted();
+
+protected:
+    bool event(QEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void leaveEvent(QEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    using Part = ChartOverlay::Part;
+
+    // Where the parts of the overlay stand that a change may move.
+    struct OverlayRects {
+        QRect rects[ChartOverlay::PartCount];
+    };
+
+    bool isKLine() const { return m_plot == &m_kLine; }
+    void setPlot(ChartPlot *plot);
+    void syncFrame();
+    void placeTabs();
+    void updateAll();
+    void updateDevice(const QRect &rect);
+
+    void apply(const ChartPlot::Change &change, const OverlayRects &before);
+    void applyAll(const ChartPlot::Change &change);
+    ChartOverlay overlay() const;
+    OverlayRects overlayRects() const;
+    void updateParts(const OverlayRects &before, const OverlayRects &after, Part first, Part last);
+
+    QPoint toDevice(const QPointF &position) const;
+    bool isOverPlots(const QPoint &device) const;
+    void moveMouse(const QPoint &device);
+    void forgetMouse();
+    void followMouse();
+    int rowAt(int place) const;
+    void setCrosshair(const Crosshair &crosshair);
+    void settleCrosshair();
+    void moveByPlaces(int places);
+    void jumpTo(bool isLast);
+    bool moveByFigure(bool isAbove);
+    int zoomAnchor() const;
+    void zoom(int levels);
+    bool handleKey(QKeyEvent *event);
+    void askForEarlier();
+
+    void paintNotice(QPainter *painter, const QRegion &region);
+    ChartText staleText() const;
+    int priceReserve() const;
+
+    ChartColours m_colours;
+    ChartGlyphs m_glyphs;
+    TimeLinePlot m_timeLine;
+    KLinePlot m_kLine;
+    ChartPlot *m_plot;
+    IndicatorTabs *m_tabs;
+
+    Notice m_notice = Notice::None;
+    qint64 m_ageMs = 0;
+
+    Crosshair m_crosshair;
+    std::optional<QPoint> m_mouse; // over the plots, in pixels of the device
+    // What keeps the crosshair on its place until the mouse moves.
+    enum class Hold { None, Keys, Zoom };
+    Hold m_hold = Hold::None;
+    std::optional<int> m_grip; // the column that a drag holds
+    bool m_isDragging = false;
+    int m_wheelRest = 0; // eighths of a degree that are no whole notch yet
+};
+
+} // namespace zvplot
