@@ -69,16 +69,18 @@ const Query &queryOf(ZvAccountQueries::Kind kind)
 
 } // namespace
 
-ZvAccountQueries::ZvAccountQueries(ZvExchangeLink *link) : m_link(link) { }
+ZvAccountQueries::ZvAccountQueries(ZvExchangeLink *link) : m_link(link), m_addressLife(link) { }
 
 void ZvAccountQueries::ask(Kind kind, const ZvRequest::Parameters &parameters)
 {
-    send(kind, parameters, [kind](const ZvOutcome &outcome) {
+    send(kind, parameters, [this, kind](const ZvOutcome &outcome) {
         const Query &query = queryOf(kind);
         if (query.store)
             query.store(outcome.reply, ZvServerCache::getZvServerCacheInstance());
         else
             qCInfo(zvNetworkLog).noquote() << query.path << "cannot be read yet";
+        if (kind == MoneyUrls)
+            m_addressLife.begin();
     });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZvNetworkKit/zvmoneyaddresslife.h"
 #include "ZvNetworkKit/zvnewestquestion.h"
 
 #include <QObject>
@@ -44,6 +45,7 @@ private:
 
     ZvExchangeLink *m_link;
     std::map<Kind, ZvNewestQuestion> m_questions;
+    ZvMoneyAddressLife m_addressLife;
     QString m_collection; // the current one
     QString m_dealsOf; // whose deals were last asked for
 };

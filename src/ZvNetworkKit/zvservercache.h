@@ -51,7 +51,7 @@ public:
     ZvUBMyAcount myAccount;
     ZvUBCapInfo capInfo;
     ZvUBGatherInfo gatherInfo;
-    QString urlInMoney; // empty until asked for
+    QString urlInMoney; // empty until asked for, and again when it may be of no use any more
     QString urlOutMoney;
     QString bankPicturePrefix; // of the bound bank card: prefix + name + "." + suffix is a picture
     QString bankPictureName;

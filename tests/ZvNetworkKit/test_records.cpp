@@ -4,6 +4,7 @@
 #include "ZvModelKit/zvubdealitem.h"
 #include "ZvModelKit/zvubmoneyflowitem.h"
 #include "ZvNetworkKit/serverpaths.h"
+#include "ZvNetworkKit/zvmoneyaddresslife.h"
 #include "ZvNetworkKit/zvscriptedtransport.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvservercache.h"
@@ -137,6 +138,8 @@ private slots:
     void boundBankCardIsStored();
     void unboundBankCardTellsTheCode();
     void moneyAddressesAreStored();
+    void oldAddressesAreForgotten();
+    void addressesAreForgottenWhenMoneyMoves();
     void openApplicationsAreStored();
     void applicationsAreStored();
     void moneyFlowsAreStored();
@@ -259,6 +262,38 @@ void RecordsTest::moneyAddressesAreStored()
     QCOMPARE(cache()->urlInMoney, QStringLiteral("http://127.0.0.1:1/in/a"));
     QCOMPARE(cache()->urlOutMoney, QStringLiteral("https://127.0.0.1:1/out/b"));
     QCOMPARE(ear.heard(), QStringList());
+}
+
+void RecordsTest::oldAddressesAreForgotten()
+{
+    engine()->sendRequest_getURL_INOUT();
+    answer(zvPath_pay_hx, addresses());
+    m_bench->clock.advance(ZvMoneyAddressLife::longest - 1000);
+    QVERIFY(!cache()->urlInMoney.isEmpty());
+    // Fresh ones live as long as the first did.
+    engine()->sendRequest_getURL_INOUT();
+    answer(zvPath_pay_hx, addresses());
+    m_bench->clock.advance(2000);
+    QVERIFY(!cache()->urlInMoney.isEmpty());
+    m_bench->clock.advance(ZvMoneyAddressLife::longest);
+    QVERIFY(cache()->urlInMoney.isEmpty());
+    QVERIFY(cache()->urlOutMoney.isEmpty());
+}
+
+// They are good for one use.
+void RecordsTest::addressesAreForgottenWhenMoneyMoves()
+{
+    engine()->sendRequest_getURL_INOUT();
+    answer(zvPath_pay_hx, addresses());
+    engine()->sendRequest_Cap();
+    exchange()->answer(zvPath_cap, ZvScriptedTransport::ok(KitBench::cap(1000), 2));
+    m_bench->settle();
+    QVERIFY(!cache()->urlInMoney.isEmpty());
+    engine()->sendRequest_Cap();
+    exchange()->answer(zvPath_cap, ZvScriptedTransport::ok(KitBench::cap(1001), 3));
+    m_bench->settle();
+    QVERIFY(cache()->urlInMoney.isEmpty());
+    QVERIFY(cache()->urlOutMoney.isEmpty());
 }
 
 void RecordsTest::openApplicationsAreStored()
