@@ -2,6 +2,8 @@
 
 #include "exchange/accounts/account_office.h"
 #include "exchange/accounts/account_request.h"
+#include "exchange/accounts/card_book.h"
+#include "exchange/accounts/link_book.h"
 #include "exchange/accounts/outbox.h"
 #include "exchange/accounts/password_pool.h"
 #include "exchange/accounts/random_source.h"
@@ -98,6 +100,7 @@ AccountAction sendAction(CodePurpose purpose)
     case CodePurpose::Reset:
         return AccountAction::SendResetCode;
     case CodePurpose::Money:
+    case CodePurpose::Link:
         break;
     }
     return AccountAction::SendMoneyCode;
@@ -119,8 +122,17 @@ public:
     {
         return m_book.find(token, m_options.clock->wall());
     }
+    LinkState link(std::string_view token) const
+    {
+        return m_links.find(token, m_options.clock->wall());
+    }
+    std::optional<BankCard> cardOf(AccountId account) const { return m_cards.find(account); }
     const std::string &platform() const { return m_options.platform; }
     std::optional<AccountId> demoAccount() const { return m_office.demoAccount(); }
+    CodePair codePair(AccountId account, std::string_view market, ActionKey key) const
+    {
+        return m_office.codePair(account, market, key);
+    }
     const AccountCounters &counters() const { return m_counters; }
     bool failed() const { return m_failed; }
     std::size_t liveSessions() const { return m_book.live(); }
@@ -143,6 +155,8 @@ private:
     AccountCounters m_counters;
     std::shared_ptr<DeskQueue> m_queue;
     SessionBook m_book;
+    LinkBook m_links;
+    CardBook m_cards;
     std::atomic<bool> m_failed{false};
 
     // Touched by the desk's thread alone, once it runs.
@@ -171,7 +185,7 @@ AccountDeskOptions AccountDesk::Room::completed(AccountDeskOptions options)
 AccountDesk::Room::Room(AccountDeskOptions options)
     : m_options(completed(std::move(options))),
       m_queue(std::make_shared<DeskQueue>(m_options.limits.queueBound)),
-      m_book(m_options.limits.sessionLife),
+      m_book(m_options.limits.sessionLife), m_links(m_options.limits.linkLife),
       m_file(m_options.folder / (m_options.platform + ".accounts"), m_options.vfs,
              AccountFile::kLogFrames),
       m_courier(m_options.texts, m_counters, m_options.notice),
@@ -182,6 +196,10 @@ AccountDesk::Room::Room(AccountDeskOptions options)
 {
     for (const StoredSession &session : m_file.sessions())
         m_book.put(session);
+    for (const StoredLink &link : m_file.links())
+        m_links.put(link);
+    for (const StoredCard &card : m_file.cards())
+        m_cards.put(card.account, card.card);
     m_tidyAt = m_options.clock->steady();
     m_thread = std::thread([this] { run(); });
 }
@@ -277,6 +295,12 @@ void AccountDesk::Room::deliver(Afterwards after)
             break;
         }
     }
+    for (const StoredLink &link : after.links.links)
+        m_links.put(link);
+    for (const std::string &token : after.links.forgotten)
+        m_links.forget(token);
+    for (const StoredCard &card : after.links.cards)
+        m_cards.put(card.account, card.card);
     if (!ended.empty() && m_options.sessionsEnded)
         m_options.sessionsEnded(ended);
     for (TextMessage &message : after.texts)
@@ -337,12 +361,47 @@ void AccountDesk::resetPassword(ResetRequest request, Answered done)
     m_room->hand(std::move(request), std::move(done));
 }
 
+CodePair AccountDesk::codePair(AccountId account, std::string_view market, ActionKey key) const
+{
+    return m_room->codePair(account, market, key);
+}
+
 void AccountDesk::checkMoneyCode(MoneyCodeCheck request, Answered done)
 {
     m_room->hand(std::move(request), std::move(done));
 }
 
 void AccountDesk::changeFavourite(FavouriteChange request, Answered done)
+{
+    m_room->hand(std::move(request), std::move(done));
+}
+
+void AccountDesk::makeLink(LinkRequest request, Answered done)
+{
+    m_room->hand(std::move(request), std::move(done));
+}
+
+void AccountDesk::prepareCard(CardRequest request, Answered done)
+{
+    m_room->hand(std::move(request), std::move(done));
+}
+
+void AccountDesk::prepareAmount(AmountRequest request, Answered done)
+{
+    m_room->hand(std::move(request), std::move(done));
+}
+
+void AccountDesk::sendLinkCode(LinkCodeRequest request, Answered done)
+{
+    m_room->hand(std::move(request), std::move(done));
+}
+
+void AccountDesk::confirmLink(LinkConfirmation request, Answered done)
+{
+    m_room->hand(std::move(request), std::move(done));
+}
+
+void AccountDesk::giveLinkBack(LinkReturn request, Answered done)
 {
     m_room->hand(std::move(request), std::move(done));
 }
@@ -366,6 +425,16 @@ void AccountDesk::profile(AccountId account, std::function<void(const ProfileAns
 SessionState AccountDesk::session(std::string_view token) const
 {
     return m_room->session(token);
+}
+
+std::optional<BankCard> AccountDesk::cardOf(AccountId account) const
+{
+    return m_room->cardOf(account);
+}
+
+LinkState AccountDesk::link(std::string_view token) const
+{
+    return m_room->link(token);
 }
 
 const std::string &AccountDesk::platform() const

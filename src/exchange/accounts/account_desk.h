@@ -2,6 +2,7 @@
 
 #include "exchange/accounts/account_status.h"
 #include "exchange/accounts/bank_card.h"
+#include "exchange/accounts/one_time_link.h"
 #include "exchange/accounts/secret.h"
 #include "exchange/core/types.h"
 
@@ -28,6 +29,7 @@ enum class CodePurpose : std::uint8_t {
     Register = 0, ///< 4 digits
     Reset = 1, ///< 4 digits
     Money = 2, ///< 6 digits, for a signed-in account
+    Link = 3, ///< 6 digits, for what was prepared at a one-time link
 };
 
 /// What a key was used for. Stored; new values go to the end.
@@ -83,6 +85,10 @@ struct AccountLimits {
     std::size_t waitersOfKey = 16; ///< repetitions that wait for the first answer of their key
 
     std::size_t favourites = 1'000; ///< of one account on one market
+
+    std::int64_t linkLife = 15 * kMinute; ///< ms from the link's making
+    int linksOfAccount = 40; ///< made for one account, at once
+    std::int64_t linkOfAccountEvery = 10'000; ///< ms until one more is allowed
 };
 
 /// An account as its owner may see it.
@@ -99,7 +105,7 @@ struct AccountProfile {
 struct AccountAnswer {
     AccountStatus status = AccountStatus::Done;
     std::int64_t wait = 0; ///< seconds to wait, for TooOften and CodePause
-    Secret token = {}; ///< of a sign-in that succeeded
+    Secret token = {}; ///< of a sign-in that succeeded, or of a link that was made
     std::int64_t session = 0; ///< number of the session that the token belongs to
     AccountProfile profile = {}; ///< of a sign-in that succeeded
 };
@@ -128,6 +134,12 @@ struct SessionState {
     std::int64_t session = 0; ///< its number: 1, 2, 3 ...; never given twice in one run
 };
 
+/// Two texts that are told when a code for money was sent, and are handed back with it.
+struct CodePair {
+    std::string first; ///< 32 lower-case hexadecimal digits, like the second
+    std::string second;
+};
+
 /// Every request names its `peer`, the other side's numeric address without a port ("192.0.2.7",
 /// "2001:db8::1"; the one that a trusted proxy reports, where there is one). Limits count IPv6
 /// addresses by their first 64 bits.
@@ -145,6 +157,7 @@ struct CodeRequest {
     AccountId account; ///< who asks, for Money; otherwise none
     ActionKey key;
     std::string peer;
+    std::string market = {}; ///< for Money: the prefix of the only one that the code is good for
 };
 
 struct RegisterRequest {
@@ -167,10 +180,13 @@ struct ResetRequest {
 /// Uses up a code that allows to move money.
 struct MoneyCodeCheck {
     AccountId account;
-    std::string phone;
+    std::string phone; ///< the account's own where it is empty
     Secret code;
     ActionKey key;
     std::string peer;
+    std::string market = {}; ///< as the code was sent for
+    CodePair pair = {}; ///< that belongs to the code
+    Fen amount = {}; ///< what is to be moved, which the key stands for
 };
 
 struct FavouriteChange {
@@ -265,10 +281,31 @@ public:
     void registerAccount(RegisterRequest request, Answered done);
     /// Done, and all sessions of the account are Ended; what codes are refused with.
     void resetPassword(ResetRequest request, Answered done);
-    /// Done, and the code is used up; NotYourPhone, and what codes are refused with.
+    /// The pair of the code that was sent under this key, whenever it is asked for. From any
+    /// thread.
+    CodePair codePair(AccountId account, std::string_view market, ActionKey key) const;
+    /// Done, and the code is used up; NotYourPhone, and what codes are refused with. A code is good
+    /// for its account, its market and with its pair alone.
     void checkMoneyCode(MoneyCodeCheck request, Answered done);
     /// Done; TooManyFavourites, AccountUnknown.
     void changeFavourite(FavouriteChange request, Answered done);
+
+    // One-time links. They have no keys: each is used up by what it does.
+
+    /// Done with the link's token; TooOften, AccountUnknown, and CardBound for OpenAccount.
+    void makeLink(LinkRequest request, Answered done);
+    /// Done, and link() tells what was prepared; a repetition within the pause between two codes
+    /// sends none. CardBound, what links and the sending of codes are refused with.
+    void prepareCard(CardRequest request, Answered done);
+    void prepareAmount(AmountRequest request, Answered done);
+    /// Done; CodeMissing where nothing was prepared.
+    void sendLinkCode(LinkCodeRequest request, Answered done);
+    /// Done, and the link is used: the card is bound, or the money of link() is to be moved under
+    /// its key now. CardBound, CardTaken, what links and codes are refused with.
+    void confirmLink(LinkConfirmation request, Answered done);
+    /// Done, and the link is live again under another key, with nothing prepared; LinkUnknown where
+    /// it is not used under this one.
+    void giveLinkBack(LinkReturn request, Answered done);
 
     /// The first answer of the key, once it is there; or KeyUnknown, and then the key is burnt: an
     /// action that is still on its way has no effect and is told the same. `account` is that of a
@@ -284,8 +321,11 @@ public:
 
     /// What a token stands for now. From any thread; touches memory alone.
     SessionState session(std::string_view token) const;
-    /// The bank card that is bound to an account, or nothing. From any thread; touches memory alone.
+    /// The bank card that is bound to an account, or nothing. From any thread; touches memory
+    /// alone.
     std::optional<BankCard> cardOf(AccountId account) const;
+    /// What a one-time link stands for now. From any thread; touches memory alone.
+    LinkState link(std::string_view token) const;
 
     const std::string &platform() const;
     /// Whether the file was made as a demo.

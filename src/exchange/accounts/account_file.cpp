@@ -83,6 +83,33 @@ CREATE TABLE favourites (
 ) STRICT, WITHOUT ROWID;
 CREATE UNIQUE INDEX favourites_by_place ON favourites (account, market, place);
 )sql",
+        R"sql(
+CREATE TABLE cards (
+    account INTEGER PRIMARY KEY,
+    bank TEXT NOT NULL,
+    holder TEXT NOT NULL,
+    tail TEXT NOT NULL,
+    fingerprint TEXT NOT NULL UNIQUE,
+    bound INTEGER NOT NULL
+) STRICT;
+CREATE TABLE links (
+    token BLOB PRIMARY KEY,
+    purpose INTEGER NOT NULL,
+    account INTEGER NOT NULL,
+    market TEXT NOT NULL,
+    issued INTEGER NOT NULL,
+    used INTEGER NOT NULL,
+    round INTEGER NOT NULL,
+    bank TEXT NOT NULL,
+    holder TEXT NOT NULL,
+    tail TEXT NOT NULL,
+    fingerprint TEXT NOT NULL,
+    amount INTEGER NOT NULL,
+    code_issued INTEGER NOT NULL
+) STRICT, WITHOUT ROWID;
+CREATE INDEX unused_links ON links (account, purpose) WHERE used = 0;
+CREATE INDEX links_by_age ON links (issued);
+)sql",
     };
     return migrations;
 }
@@ -241,6 +268,40 @@ std::optional<StoredAccount> readAccount(Query &query)
     return account;
 }
 
+/// The columns bank, holder, tail and fingerprint, which come next.
+template <class Query>
+BankCard readCard(Query &query)
+{
+    BankCard card;
+    card.bank = query.text();
+    card.holder = query.text();
+    card.tail = query.text();
+    card.fingerprint = query.text();
+    return card;
+}
+
+template <class Query>
+std::vector<StoredLink> readLinks(Query &query)
+{
+    std::vector<StoredLink> links;
+    while (query.next()) {
+        StoredLink link;
+        link.token = query.text();
+        link.purpose = static_cast<LinkPurpose>(query.number());
+        link.account = AccountId(query.number());
+        link.market = query.text();
+        link.issued = TimeMs(query.number());
+        link.used = query.number() != 0;
+        link.round = query.number();
+        if (const BankCard card = readCard(query); !card.bank.empty())
+            link.card = card;
+        link.amount = Fen(query.number());
+        link.codeIssued = TimeMs(query.number());
+        links.push_back(std::move(link));
+    }
+    return links;
+}
+
 template <class Query>
 std::vector<StoredSession> readSessions(Query &query)
 {
@@ -290,6 +351,103 @@ void AccountFile::setPassword(AccountId id, std::string_view password)
                 "WHERE id = ?");
     query << password << id;
     query.run();
+}
+
+void AccountFile::setName(AccountId id, std::string_view name)
+{
+    Query query(*this, "UPDATE accounts SET name = ? WHERE id = ?");
+    query << name << id;
+    query.run();
+}
+
+std::vector<StoredCard> AccountFile::cards()
+{
+    return m_connection->guarded([&] {
+        Query query(*this, "SELECT account, bound, bank, holder, tail, fingerprint FROM cards");
+        std::vector<StoredCard> cards;
+        while (query.next()) {
+            const AccountId account(query.number());
+            const TimeMs bound(query.number());
+            cards.push_back({account, readCard(query), bound});
+        }
+        return cards;
+    });
+}
+
+std::optional<BankCard> AccountFile::card(AccountId account)
+{
+    Query query(*this, "SELECT bank, holder, tail, fingerprint FROM cards WHERE account = ?");
+    query << account;
+    if (!query.next())
+        return std::nullopt;
+    return readCard(query);
+}
+
+std::optional<AccountId> AccountFile::cardOwner(std::string_view fingerprint)
+{
+    Query query(*this, "SELECT account FROM cards WHERE fingerprint = ?");
+    query << fingerprint;
+    if (!query.next())
+        return std::nullopt;
+    return AccountId(query.number());
+}
+
+void AccountFile::putCard(const StoredCard &card)
+{
+    Query query(*this, "INSERT INTO cards VALUES (?, ?, ?, ?, ?, ?)");
+    query << card.account << card.card.bank << card.card.holder << card.card.tail
+          << card.card.fingerprint << card.bound;
+    query.run();
+}
+
+std::vector<StoredLink> AccountFile::links()
+{
+    return m_connection->guarded([&] {
+        Query query(*this, "SELECT * FROM links");
+        return readLinks(query);
+    });
+}
+
+std::optional<StoredLink> AccountFile::link(std::string_view token)
+{
+    Query query(*this, "SELECT * FROM links WHERE token = ?");
+    query << Query::Bytes{token};
+    const std::vector<StoredLink> found = readLinks(query);
+    return found.empty() ? std::nullopt : std::optional(found.front());
+}
+
+std::vector<StoredLink> AccountFile::unusedLinks(AccountId account, LinkPurpose purpose)
+{
+    Query query(*this, "SELECT * FROM links WHERE account = ? AND purpose = ? AND used = 0");
+    query << account << static_cast<std::int64_t>(purpose);
+    return readLinks(query);
+}
+
+void AccountFile::putLink(const StoredLink &link)
+{
+    const BankCard card = link.card.value_or(BankCard());
+    Query query(*this,
+                "INSERT OR REPLACE INTO links VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+    query << Query::Bytes{link.token} << static_cast<std::int64_t>(link.purpose) << link.account
+          << link.market << link.issued << static_cast<std::int64_t>(link.used) << link.round
+          << card.bank << card.holder << card.tail << card.fingerprint << link.amount
+          << link.codeIssued;
+    query.run();
+}
+
+std::vector<std::string> AccountFile::forgetLinks(TimeMs before)
+{
+    std::vector<std::string> tokens;
+    {
+        Query old(*this, "SELECT token FROM links WHERE issued < ?");
+        old << before;
+        while (old.next())
+            tokens.push_back(old.text());
+    }
+    Query drop(*this, "DELETE FROM links WHERE issued < ?");
+    drop << before;
+    drop.run();
+    return tokens;
 }
 
 std::vector<StoredSession> AccountFile::sessions()

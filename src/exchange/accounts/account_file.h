@@ -1,6 +1,8 @@
 #pragma once
 
 #include "exchange/accounts/account_desk.h"
+#include "exchange/accounts/bank_card.h"
+#include "exchange/accounts/one_time_link.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -49,6 +51,26 @@ struct StoredCode {
     bool used = false;
 };
 
+struct StoredCard {
+    AccountId account;
+    BankCard card;
+    TimeMs bound;
+};
+
+struct StoredLink {
+    std::string token; ///< its hash
+    LinkPurpose purpose = LinkPurpose::OpenAccount;
+    AccountId account;
+    std::string market;
+    TimeMs issued;
+    bool used = false;
+    std::int64_t round = 0; ///< how often it was given back
+    // What was prepared: the card of OpenAccount, the amount of the others.
+    std::optional<BankCard> card;
+    Fen amount;
+    TimeMs codeIssued; ///< names the code that confirms it
+};
+
 /// A key belongs to an account, or to none.
 struct KeyName {
     AccountId account;
@@ -92,6 +114,20 @@ public:
     std::optional<StoredAccount> accountOf(std::string_view phone);
     void putAccount(const StoredAccount &account);
     void setPassword(AccountId id, std::string_view password);
+    void setName(AccountId id, std::string_view name);
+
+    std::vector<StoredCard> cards();
+    std::optional<BankCard> card(AccountId account);
+    /// Whose card has this fingerprint.
+    std::optional<AccountId> cardOwner(std::string_view fingerprint);
+    void putCard(const StoredCard &card);
+
+    std::vector<StoredLink> links();
+    std::optional<StoredLink> link(std::string_view token);
+    std::vector<StoredLink> unusedLinks(AccountId account, LinkPurpose purpose);
+    void putLink(const StoredLink &link);
+    /// Forgets links that were made before `before`, and returns the hashes of their tokens.
+    std::vector<std::string> forgetLinks(TimeMs before);
 
     std::vector<StoredSession> sessions();
     std::int64_t lastSession();

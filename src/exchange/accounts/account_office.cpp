@@ -7,10 +7,7 @@
 #include "exchange/accounts/session_book.h"
 #include "exchange/store/clock.h"
 
-#include <sodium.h>
-
 #include <algorithm>
-#include <array>
 
 namespace zvx {
 namespace {
@@ -51,17 +48,10 @@ std::string fingerprint(const Parts &...parts)
     return digest.finish();
 }
 
-Secret newToken(RandomSource &random)
+/// What a code for money is good for. A pair holds no lines of its own.
+std::string boundTo(const std::string &market, const CodePair &pair)
 {
-    std::array<unsigned char, kTokenBytes> bytes;
-    random.fill(bytes.data(), bytes.size());
-    constexpr int kVariant = sodium_base64_VARIANT_URLSAFE_NO_PADDING;
-    char text[sodium_base64_ENCODED_LEN(kTokenBytes, kVariant)];
-    sodium_bin2base64(text, sizeof text, bytes.data(), bytes.size(), kVariant);
-    Secret token{std::string_view(text)};
-    wipe(text, sizeof text);
-    wipe(bytes.data(), bytes.size());
-    return token;
+    return market + '\n' + pair.first + '\n' + pair.second;
 }
 
 CodeOwner ownerOf(const PasswordHashed &half)
@@ -114,7 +104,17 @@ AccountOffice::AccountOffice(Tools tools, const AccountDeskOptions &options,
         m_demo = AccountId(std::stoll(*demo));
     m_lastAccount = m_file.lastAccount();
     m_lastSession = m_file.lastSession();
-    m_codes.emplace(m_file, m_random, m_file.meta(kSecretRow).value(), m_limits);
+    const std::string secret = m_file.meta(kSecretRow).value();
+    m_codes.emplace(m_file, m_random, secret, m_limits);
+    const auto sendCodeOfLink
+        = [this](const CodeOwner &owner, const std::string &peer, const std::string &use) {
+              AccountAnswer answer = maySendCode(owner, peer);
+              if (answer.status == AccountStatus::Done)
+                  sendCode(owner, peer, true, use);
+              return answer;
+          };
+    m_links.emplace(LinkOffice::Tools{m_file, m_clock, m_random, *m_codes, sendCodeOfLink}, secret,
+                    m_limits);
 }
 
 void AccountOffice::carryOut(AccountRequest &request, Answered &done)
@@ -126,6 +126,7 @@ Afterwards AccountOffice::takeAfterwards()
 {
     Afterwards taken = std::exchange(m_afterwards, {});
     taken.replies = m_actions.takeReplies();
+    taken.links = m_links->takeChanges();
     return taken;
 }
 
@@ -232,7 +233,7 @@ AccountAnswer AccountOffice::beginSession(const StoredAccount &account, std::uin
         endSession(own[i], SessionState::Ended, now);
 
     AccountAnswer answer;
-    answer.token = newToken(m_random);
+    answer.token = randomToken(m_random, kTokenBytes);
     answer.session = ++m_lastSession;
     answer.profile = profileOf(account);
     StoredSession session;
@@ -259,55 +260,73 @@ void AccountOffice::endSession(std::int64_t number, SessionState::Kind kind, Tim
 
 void AccountOffice::work(CodeRequest &request, Answered &done)
 {
-    const CodeOwner owner{request.purpose, request.phone};
-    const bool signedIn = owner.purpose == CodePurpose::Money;
+    const bool signedIn = request.purpose == CodePurpose::Money;
+    CodeOwner owner{request.purpose, request.phone};
+    std::string content = fingerprint(owner.phone);
+    if (signedIn) {
+        owner.bound
+            = boundTo(request.market, m_codes->pair(request.account, request.market, request.key));
+        content = fingerprint(owner.phone, request.market);
+    }
     const KeyName name{signedIn ? request.account : AccountId(), request.key};
     const AccountAction action = sendAction(owner.purpose);
-    if (!m_actions.begin(name, action, fingerprint(owner.phone), done))
+    if (!m_actions.begin(name, action, std::move(content), done))
         return;
 
     const std::string peer = peerGroup(request.peer);
-    const SteadyMs now = m_clock.steady();
-    AccountAnswer refused;
-    refused.wait = secondsOf(m_textsOfPeer.wait(peer, now));
-    if (refused.wait > 0) {
-        refused.status = AccountStatus::TooOften;
-        return m_actions.finish(name, std::move(refused), Keep::Memory);
-    }
     // Asked for in every case, so that the same work is done for a known phone and an unknown one.
     const auto account = m_file.accountOf(owner.phone);
     if (signedIn && (!account || account->id != request.account))
         return m_actions.finish(name, AccountStatus::NotYourPhone, Keep::Memory);
-    const CodeBook::Refusal refusal = m_codes->mayIssue(owner, m_clock.wall());
-    if (refusal.status != AccountStatus::Done) {
-        refused.status = refusal.status;
-        refused.wait = refusal.wait;
-        return m_actions.finish(name, std::move(refused), Keep::Memory);
+    AccountAnswer refused = maySendCode(owner, peer);
+    if (refused.status != AccountStatus::Done) {
+        const Keep keep = refused.status == AccountStatus::Busy ? Keep::Nowhere : Keep::Memory;
+        return m_actions.finish(name, std::move(refused), keep);
     }
-    if (m_textsWaiting() + m_afterwards.texts.size() >= m_limits.textBound
-        || !m_textsOfPeer.room(peer, now))
-        return m_actions.finish(name, AccountStatus::Busy, Keep::Nowhere);
-
-    m_textsOfPeer.take(peer, now);
-    const bool known = account.has_value();
-    const bool decoy = owner.purpose == CodePurpose::Register ? known : !known;
-    sendText(owner, known, m_codes->issue(owner, decoy, m_clock.wall()));
+    const char *use = owner.purpose == CodePurpose::Register ? "注册账户"
+        : owner.purpose == CodePurpose::Reset                ? "找回密码"
+                                                             : "转入资金";
+    sendCode(owner, peer, account.has_value(), use);
     m_actions.finish(name, AccountStatus::Done, Keep::Disk);
 }
 
-void AccountOffice::sendText(const CodeOwner &owner, bool known, Secret code)
+AccountAnswer AccountOffice::maySendCode(const CodeOwner &owner, const std::string &peer)
+{
+    const SteadyMs now = m_clock.steady();
+    AccountAnswer answer;
+    answer.wait = secondsOf(m_textsOfPeer.wait(peer, now));
+    if (answer.wait > 0) {
+        answer.status = AccountStatus::TooOften;
+        return answer;
+    }
+    const CodeBook::Refusal refusal = m_codes->mayIssue(owner, m_clock.wall());
+    answer.status = refusal.status;
+    answer.wait = refusal.wait;
+    if (answer.status == AccountStatus::Done
+        && (m_textsWaiting() + m_afterwards.texts.size() >= m_limits.textBound
+            || !m_textsOfPeer.room(peer, now)))
+        answer.status = AccountStatus::Busy;
+    return answer;
+}
+
+void AccountOffice::sendCode(const CodeOwner &owner, const std::string &peer, bool known,
+                             const std::string &use)
+{
+    m_textsOfPeer.take(peer, m_clock.steady());
+    const bool decoy = owner.purpose == CodePurpose::Register ? known : !known;
+    sendText(owner, known, m_codes->issue(owner, decoy, m_clock.wall()), use);
+}
+
+void AccountOffice::sendText(const CodeOwner &owner, bool known, Secret code,
+                             const std::string &use)
 {
     std::string text = "【" + m_platformName + "】";
     if (!code.empty()) {
-        const char *use = owner.purpose == CodePurpose::Register ? "注册账户"
-            : owner.purpose == CodePurpose::Reset                ? "找回密码"
-                                                                 : "转入资金";
         // Longer than any text is, so that no half of a code stays behind in memory that was left.
         text.reserve(512);
         text += "验证码";
         text += code.text();
-        text += std::string("，用于") + use + "，"
-            + std::to_string(m_limits.codeLife / AccountLimits::kMinute)
+        text += "，用于" + use + "，" + std::to_string(m_limits.codeLife / AccountLimits::kMinute)
             + "分钟内有效。请勿告诉他人。";
     } else if (owner.purpose == CodePurpose::Register && known) {
         text += "该手机号已注册，请直接登录；忘记密码可使用密码找回。如非本人操作，请忽略。";
@@ -321,20 +340,54 @@ void AccountOffice::sendText(const CodeOwner &owner, bool known, Secret code)
 void AccountOffice::work(MoneyCodeCheck &request, Answered &done)
 {
     const KeyName name{request.account, request.key};
-    const CodeOwner owner{CodePurpose::Money, request.phone};
-    if (!m_actions.begin(name, AccountAction::CheckMoneyCode, fingerprint(owner.phone), done))
+    if (!m_actions.begin(name, AccountAction::CheckMoneyCode,
+                         fingerprint(request.phone, request.market, request.amount.value()), done))
         return;
     const auto account = m_file.account(request.account);
     if (!account)
         return m_actions.finish(name, AccountStatus::AccountUnknown, Keep::Memory);
-    if (account->phone != owner.phone)
+    if (!request.phone.empty() && account->phone != request.phone)
         return m_actions.finish(name, AccountStatus::NotYourPhone, Keep::Memory);
+    const CodeOwner owner{CodePurpose::Money, account->phone,
+                          boundTo(request.market, request.pair)};
     const CodeBook::Checked checked
         = m_codes->check(owner, request.code.text(), peerGroup(request.peer), m_clock.wall());
     if (checked.status == AccountStatus::Done)
         m_codes->use(owner, checked.issued);
     m_actions.finish(name, checked.status,
                      leavesTraces(checked.status) ? Keep::Disk : Keep::Memory);
+}
+
+// --- one-time links
+
+void AccountOffice::work(LinkRequest &request, Answered &done)
+{
+    m_actions.answer(m_links->carryOut(request), done);
+}
+
+void AccountOffice::work(CardRequest &request, Answered &done)
+{
+    m_actions.answer(m_links->carryOut(request), done);
+}
+
+void AccountOffice::work(AmountRequest &request, Answered &done)
+{
+    m_actions.answer(m_links->carryOut(request), done);
+}
+
+void AccountOffice::work(LinkCodeRequest &request, Answered &done)
+{
+    m_actions.answer(m_links->carryOut(request), done);
+}
+
+void AccountOffice::work(LinkConfirmation &request, Answered &done)
+{
+    m_actions.answer(m_links->carryOut(request), done);
+}
+
+void AccountOffice::work(LinkReturn &request, Answered &done)
+{
+    m_actions.answer(m_links->carryOut(request), done);
 }
 
 // --- registering and passwords
@@ -496,6 +549,7 @@ void AccountOffice::tidy()
     }
     m_file.forgetCodes(earlier(now, AccountLimits::kDay));
     m_file.forgetCounts(exchangeDay(now) - 1);
+    m_links->tidy();
     m_actions.forgetOld();
 }
 

@@ -4,6 +4,7 @@
 #include "exchange/accounts/account_request.h"
 #include "exchange/accounts/action_book.h"
 #include "exchange/accounts/code_book.h"
+#include "exchange/accounts/link_office.h"
 #include "exchange/accounts/secret.h"
 #include "exchange/accounts/text_courier.h"
 #include "exchange/accounts/throttle.h"
@@ -34,11 +35,13 @@ struct SessionChange {
 struct Afterwards {
     std::vector<SessionChange> sessions;
     std::vector<TextMessage> texts;
+    LinkChanges links;
     std::vector<ActionBook::Reply> replies;
 };
 
 /**
- * What the desk's thread does: the rules of signing in, of codes, of keys and of favourites.
+ * What the desk's thread does: the rules of signing in, of codes, of keys and of favourites; those
+ * of one-time links stand in LinkOffice.
  *
  * carryOut() and tidy() run within AccountFile::change() and change nothing outside this object and
  * the file; what else there is to do stands in what takeAfterwards() returns. A request that needs
@@ -76,6 +79,10 @@ public:
     bool waitsForPasswords() const { return m_actions.anyUnderWay(); }
 
     std::optional<AccountId> demoAccount() const { return m_demo; }
+    CodePair codePair(AccountId account, std::string_view market, ActionKey key) const
+    {
+        return m_codes->pair(account, market, key);
+    }
 
 private:
     using Keep = ActionBook::Keep;
@@ -88,6 +95,12 @@ private:
     void work(MoneyCodeCheck &request, Answered &done);
     void work(FavouriteChange &request, Answered &done);
     void work(ResolveRequest &request, Answered &done);
+    void work(LinkRequest &request, Answered &done);
+    void work(CardRequest &request, Answered &done);
+    void work(AmountRequest &request, Answered &done);
+    void work(LinkCodeRequest &request, Answered &done);
+    void work(LinkConfirmation &request, Answered &done);
+    void work(LinkReturn &request, Answered &done);
     void work(FavouritesQuery &request, Answered &done);
     void work(ProfileQuery &request, Answered &done);
     void work(PasswordChecked &half, Answered &done);
@@ -103,7 +116,12 @@ private:
     AccountStatus resetNow(const PasswordHashed &half);
     AccountAnswer beginSession(const StoredAccount &account, std::uint64_t client);
     void endSession(std::int64_t number, SessionState::Kind kind, TimeMs now);
-    void sendText(const CodeOwner &owner, bool known, Secret code);
+    /// Whether a code may be sent now at the wish of a peer: Done, or why not.
+    AccountAnswer maySendCode(const CodeOwner &owner, const std::string &peer);
+    /// Sends a code that may be sent; a decoy where `known` does not fit its purpose.
+    void sendCode(const CodeOwner &owner, const std::string &peer, bool known,
+                  const std::string &use);
+    void sendText(const CodeOwner &owner, bool known, Secret code, const std::string &use);
     AccountProfile profileOf(const StoredAccount &account) const;
 
     AccountFile &m_file;
@@ -121,6 +139,7 @@ private:
     AccountId m_lastAccount;
     std::int64_t m_lastSession = 0;
     std::optional<CodeBook> m_codes;
+    std::optional<LinkOffice> m_links;
     Throttle m_signInsOfPeer;
     Throttle m_signInsOfPhone;
     Throttle m_textsOfPeer;

@@ -1,6 +1,8 @@
 #include "exchange/accounts/account_request.h"
 
 #include "exchange/accounts/account_rules.h"
+#include "exchange/accounts/bank_names.h"
+#include "exchange/accounts/card_rules.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -38,7 +40,9 @@ AccountStatus problemOf(const SignInRequest &request)
 
 AccountStatus problemOf(const CodeRequest &request)
 {
+    // Codes of links are sent by what is prepared at one.
     return firstOf({keyed(request.key), unless(isPhone(request.phone), AccountStatus::BadPhone),
+                    unless(request.purpose != CodePurpose::Link, AccountStatus::BadCode),
                     unless(!peerGroup(request.peer).empty(), AccountStatus::BadPeer)});
 }
 
@@ -63,9 +67,11 @@ AccountStatus problemOf(const ResetRequest &request)
 
 AccountStatus problemOf(const MoneyCodeCheck &request)
 {
-    return firstOf({keyed(request.key), unless(isPhone(request.phone), AccountStatus::BadPhone),
-                    unless(isCode(CodePurpose::Money, request.code.text()), AccountStatus::BadCode),
-                    unless(!peerGroup(request.peer).empty(), AccountStatus::BadPeer)});
+    return firstOf(
+        {keyed(request.key),
+         unless(request.phone.empty() || isPhone(request.phone), AccountStatus::BadPhone),
+         unless(isCode(CodePurpose::Money, request.code.text()), AccountStatus::BadCode),
+         unless(!peerGroup(request.peer).empty(), AccountStatus::BadPeer)});
 }
 
 AccountStatus problemOf(const FavouriteChange &request)
@@ -78,6 +84,42 @@ AccountStatus problemOf(const FavouriteChange &request)
 AccountStatus problemOf(const ResolveRequest &request)
 {
     return keyed(request.name.key);
+}
+
+AccountStatus problemOf(const LinkRequest &request)
+{
+    return unless(isMarketPrefix(request.market), AccountStatus::BadMarket);
+}
+
+AccountStatus problemOf(const CardRequest &request)
+{
+    return firstOf(
+        {unless(findBank(request.bank) != nullptr, AccountStatus::BadBank),
+         unless(isHolderName(request.holder), AccountStatus::BadHolder),
+         unless(!cardDigits(request.number.text()).empty(), AccountStatus::BadCardNumber),
+         unless(!peerGroup(request.peer).empty(), AccountStatus::BadPeer)});
+}
+
+AccountStatus problemOf(const AmountRequest &request)
+{
+    return firstOf(
+        {unless(request.amount.value() > 0 && request.amount.inRange(), AccountStatus::BadAmount),
+         unless(!peerGroup(request.peer).empty(), AccountStatus::BadPeer)});
+}
+
+AccountStatus problemOf(const LinkCodeRequest &request)
+{
+    return unless(!peerGroup(request.peer).empty(), AccountStatus::BadPeer);
+}
+
+AccountStatus problemOf(const LinkConfirmation &request)
+{
+    return unless(!peerGroup(request.peer).empty(), AccountStatus::BadPeer);
+}
+
+AccountStatus problemOf(const LinkReturn &)
+{
+    return AccountStatus::Done;
 }
 
 AccountStatus problemOf(const FavouritesQuery &query)

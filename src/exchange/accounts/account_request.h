@@ -50,9 +50,11 @@ struct PasswordHashed {
     std::optional<std::string> stored;
 };
 
-using AccountRequest = std::variant<SignInRequest, CodeRequest, RegisterRequest, ResetRequest,
-                                    MoneyCodeCheck, FavouriteChange, ResolveRequest,
-                                    FavouritesQuery, ProfileQuery, PasswordChecked, PasswordHashed>;
+using AccountRequest
+    = std::variant<SignInRequest, CodeRequest, RegisterRequest, ResetRequest, MoneyCodeCheck,
+                   FavouriteChange, ResolveRequest, LinkRequest, CardRequest, AmountRequest,
+                   LinkCodeRequest, LinkConfirmation, LinkReturn, FavouritesQuery, ProfileQuery,
+                   PasswordChecked, PasswordHashed>;
 
 // What is wrong with a request before anything is known of its account: Done where nothing is.
 AccountStatus problemOf(const SignInRequest &request);
@@ -62,6 +64,12 @@ AccountStatus problemOf(const ResetRequest &request);
 AccountStatus problemOf(const MoneyCodeCheck &request);
 AccountStatus problemOf(const FavouriteChange &request);
 AccountStatus problemOf(const ResolveRequest &request);
+AccountStatus problemOf(const LinkRequest &request);
+AccountStatus problemOf(const CardRequest &request);
+AccountStatus problemOf(const AmountRequest &request);
+AccountStatus problemOf(const LinkCodeRequest &request);
+AccountStatus problemOf(const LinkConfirmation &request);
+AccountStatus problemOf(const LinkReturn &request);
 AccountStatus problemOf(const FavouritesQuery &query);
 AccountStatus problemOf(const ProfileQuery &query);
 

@@ -57,7 +57,7 @@ bool isPassword(std::string_view text)
 
 std::size_t codeDigits(CodePurpose purpose)
 {
-    return purpose == CodePurpose::Money ? 6 : 4;
+    return purpose == CodePurpose::Money || purpose == CodePurpose::Link ? 6 : 4;
 }
 
 bool isCode(CodePurpose purpose, std::string_view text)
@@ -100,6 +100,17 @@ std::string accountNumber(std::string_view platform, AccountId id)
     char digits[24];
     std::snprintf(digits, sizeof digits, "%08lld", static_cast<long long>(id.value()));
     return number + digits;
+}
+
+std::string yuanText(Fen amount)
+{
+    std::string text = std::to_string(amount.value() / 100);
+    for (std::size_t left = text.size(); left > 3;) {
+        left -= 3;
+        text.insert(left, 1, ',');
+    }
+    const std::int64_t rest = amount.value() % 100;
+    return text + '.' + static_cast<char>('0' + rest / 10) + static_cast<char>('0' + rest % 10);
 }
 
 std::int64_t exchangeDay(TimeMs time)

@@ -30,6 +30,9 @@ std::string maskedPhone(std::string_view phone);
 /// "LC00000001"
 std::string accountNumber(std::string_view platform, AccountId id);
 
+/// "1,234.50"; of an amount that is not negative.
+std::string yuanText(Fen amount);
+
 /// The day that a time belongs to where the exchange stands, UTC+8, counted from 1970.
 std::int64_t exchangeDay(TimeMs time);
 

@@ -47,6 +47,16 @@ constexpr std::array<Row, kCount> kRows = {{
     {Status::NotYourPhone, Verdict::Refused, "not-your-phone", "手机号与当前账户不一致"},
     {Status::AccountUnknown, Verdict::Refused, "unknown-account", "账户不存在"},
     {Status::TooManyFavourites, Verdict::Refused, "too-many", "自选数量已达上限，请先删除部分自选"},
+    {Status::LinkUnknown, Verdict::Refused, "unknown-link", "链接无效，请回到客户端重新打开"},
+    {Status::LinkExpired, Verdict::Refused, "link-expired", "链接已过期，请回到客户端重新打开"},
+    {Status::LinkUsed, Verdict::Refused, "link-used", "链接已使用过，请回到客户端重新打开"},
+    {Status::BadBank, Verdict::Malformed, "bank", "请选择发卡银行"},
+    {Status::BadHolder, Verdict::Malformed, "holder", "请填写持卡人姓名，2至30个汉字或字母"},
+    {Status::BadCardNumber, Verdict::Malformed, "card", "银行卡号有误，请核对后重新输入"},
+    {Status::BadAmount, Verdict::Malformed, "amount", "请输入正确的金额，最多两位小数"},
+    {Status::CardBound, Verdict::Refused, "card-bound", "您的账户已绑定银行卡，无需再次绑定"},
+    {Status::CardTaken, Verdict::Refused, "card-taken",
+     "该银行卡已绑定其他账户，请使用本人的另一张卡"},
 }};
 
 constexpr bool inOrder()

@@ -36,9 +36,18 @@ enum class AccountStatus : std::uint8_t {
     NotYourPhone = 24, ///< a code that moves money goes to the account's own phone
     AccountUnknown = 25,
     TooManyFavourites = 26,
+    LinkUnknown = 27, ///< or for something else
+    LinkExpired = 28,
+    LinkUsed = 29, ///< it has done its work
+    BadBank = 30,
+    BadHolder = 31,
+    BadCardNumber = 32,
+    BadAmount = 33,
+    CardBound = 34, ///< the account has a card
+    CardTaken = 35, ///< another account has this card; told to those only who hold the code
 };
 
-constexpr AccountStatus kLastAccountStatus = AccountStatus::TooManyFavourites;
+constexpr AccountStatus kLastAccountStatus = AccountStatus::CardTaken;
 
 /// What a status means to whoever asked.
 enum class AccountVerdict : std::uint8_t {

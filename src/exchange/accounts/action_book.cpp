@@ -151,6 +151,12 @@ void ActionBook::add(Reply reply)
     m_replies.push_back(std::move(reply));
 }
 
+void ActionBook::answer(AccountAnswer answer, Answered &done)
+{
+    count(answer.status);
+    reply(std::make_shared<const AccountAnswer>(std::move(answer)), std::exchange(done, {}));
+}
+
 void ActionBook::forgetOld()
 {
     const TimeMs now = m_clock.wall();

@@ -53,6 +53,8 @@ public:
 
     /// An answer that belongs to no key.
     void add(Reply reply);
+    /// The answer to an action without a key. Leaves `done` empty.
+    void answer(AccountAnswer answer, Answered &done);
 
     std::vector<Reply> takeReplies() { return std::exchange(m_replies, {}); }
     /// Tells Failed to all whose answers were not taken, and to all who wait.

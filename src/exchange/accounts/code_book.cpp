@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::size_t kHashBytes = 32;
 constexpr std::size_t kDecoyBytes = 32;
+constexpr std::string_view kPairContext = "pair of a code"; ///< no hash of a code begins so
 
 } // namespace
 
@@ -77,6 +78,12 @@ CodeBook::Checked CodeBook::check(const CodeOwner &owner, std::string_view code,
     return {newest->used ? AccountStatus::CodeUsed : AccountStatus::Done, newest->issued};
 }
 
+std::optional<TimeMs> CodeBook::issued(const CodeOwner &owner)
+{
+    const auto newest = m_file.code(owner.purpose, owner.phone);
+    return newest ? std::optional(newest->issued) : std::nullopt;
+}
+
 bool CodeBook::use(const CodeOwner &owner, TimeMs issued)
 {
     auto newest = m_file.code(owner.purpose, owner.phone);
@@ -94,7 +101,24 @@ std::string CodeBook::hash(const CodeOwner &owner, TimeMs issued, std::string_vi
 {
     Digest digest(kHashBytes, m_secret);
     digest << static_cast<std::int64_t>(owner.purpose) << owner.phone << issued.value() << code;
+    if (!owner.bound.empty())
+        digest << owner.bound;
     return digest.finish();
+}
+
+CodePair CodeBook::pair(AccountId account, std::string_view market, ActionKey key) const
+{
+    Digest digest(kHashBytes, m_secret);
+    digest << kPairContext << account.value() << market << static_cast<std::int64_t>(key.high)
+           << static_cast<std::int64_t>(key.low);
+    std::string text;
+    for (const char byte : digest.finish()) {
+        constexpr std::string_view digits = "0123456789abcdef";
+        const auto bits = static_cast<unsigned char>(byte);
+        text.push_back(digits[bits >> 4]);
+        text.push_back(digits[bits & 15]);
+    }
+    return {text.substr(0, kHashBytes), text.substr(kHashBytes)};
 }
 
 } // namespace zvx

@@ -15,6 +15,9 @@ class RandomSource;
 struct CodeOwner {
     CodePurpose purpose = CodePurpose::Register;
     std::string phone;
+    /// What the code is good for and for nothing else, where that is known when it is sent. The
+    /// newest code counts, whatever it was bound to.
+    std::string bound = {};
 };
 
 /**
@@ -42,6 +45,10 @@ public:
     /// Makes a code the newest one of its owner. The text is empty for a decoy.
     Secret issue(const CodeOwner &owner, bool decoy, TimeMs now);
 
+    /// The pair of a code that an account has sent for one market by an action with this key: the
+    /// same each time, and nobody else can tell it. Any thread.
+    CodePair pair(AccountId account, std::string_view market, ActionKey key) const;
+
     struct Checked {
         AccountStatus status = AccountStatus::Done;
         TimeMs issued = {}; ///< names the code that was right
@@ -49,6 +56,8 @@ public:
     /// Done where the code is right, which uses nothing up and counts for nothing; a wrong one is
     /// counted.
     Checked check(const CodeOwner &owner, std::string_view code, std::string_view peer, TimeMs now);
+    /// When the newest code was sent, which names it.
+    std::optional<TimeMs> issued(const CodeOwner &owner);
     /// Uses up the code of that time. False where it was used up before.
     bool use(const CodeOwner &owner, TimeMs issued);
 

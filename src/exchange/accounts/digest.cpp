@@ -62,6 +62,18 @@ std::string Digest::finish()
     return hash;
 }
 
+std::string hexText(std::string_view bytes)
+{
+    static constexpr char digits[] = "0123456789abcdef";
+    std::string text;
+    text.reserve(2 * bytes.size());
+    for (const char c : bytes) {
+        text.push_back(digits[static_cast<unsigned char>(c) >> 4]);
+        text.push_back(digits[static_cast<unsigned char>(c) & 15]);
+    }
+    return text;
+}
+
 bool sameBytes(std::string_view a, std::string_view b)
 {
     return a.size() == b.size() && sodium_memcmp(a.data(), b.data(), a.size()) == 0;

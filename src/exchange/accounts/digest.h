@@ -34,6 +34,9 @@ private:
     std::size_t m_size;
 };
 
+/// Two lower-case hexadecimal digits for each byte.
+std::string hexText(std::string_view bytes);
+
 /// Compares in a time that does not tell where the two differ.
 bool sameBytes(std::string_view a, std::string_view b);
 

@@ -4,6 +4,9 @@
 
 #include <sodium.h>
 
+#include <algorithm>
+#include <array>
+
 namespace zvx {
 
 SystemRandom::SystemRandom()
@@ -25,6 +28,20 @@ std::uint32_t uniform(RandomSource &random, std::uint32_t bound)
         random.fill(&drawn, sizeof drawn);
     while (drawn < surplus);
     return drawn % bound;
+}
+
+Secret randomToken(RandomSource &random, std::size_t bytes)
+{
+    constexpr int kVariant = sodium_base64_VARIANT_URLSAFE_NO_PADDING;
+    std::array<unsigned char, 32> drawn;
+    bytes = std::min(bytes, drawn.size());
+    random.fill(drawn.data(), bytes);
+    char text[sodium_base64_ENCODED_LEN(32, kVariant)];
+    sodium_bin2base64(text, sizeof text, drawn.data(), bytes, kVariant);
+    Secret token{std::string_view(text)};
+    wipe(text, sizeof text);
+    wipe(drawn.data(), drawn.size());
+    return token;
 }
 
 } // namespace zvx

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "exchange/accounts/secret.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -23,5 +25,8 @@ public:
 
 /// A number from 0 to `bound` - 1, each as likely as the others; `bound` is at least 1.
 std::uint32_t uniform(RandomSource &random, std::uint32_t bound);
+
+/// So many random bytes as text of A-Z, a-z, 0-9, "-" and "_", six bits each. At most 32.
+Secret randomToken(RandomSource &random, std::size_t bytes);
 
 } // namespace zvx

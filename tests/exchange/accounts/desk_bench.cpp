@@ -179,7 +179,9 @@ Pending DeskBench::sendCodeLater(CodePurpose purpose, const std::string &phone, 
 {
     Pending pending;
     AccountDesk::Answered done = watch(pending);
-    desk().sendCode({purpose, phone, account, keyOr(key), peer}, std::move(done));
+    key = keyOr(key);
+    m_codeKeys[account.value()] = key;
+    desk().sendCode({purpose, phone, account, key, peer}, std::move(done));
     return pending;
 }
 
@@ -231,7 +233,9 @@ Outcome DeskBench::checkMoney(AccountId account, const std::string &phone, const
 {
     Pending pending;
     AccountDesk::Answered done = watch(pending);
-    desk().checkMoneyCode({account, phone, Secret(code), keyOr(key), peer}, std::move(done));
+    const CodePair pair = desk().codePair(account, {}, m_codeKeys[account.value()]);
+    desk().checkMoneyCode({account, phone, Secret(code), keyOr(key), peer, {}, pair},
+                          std::move(done));
     return await(pending);
 }
 
@@ -263,6 +267,65 @@ Outcome DeskBench::resolve(AccountAction action, ActionKey key, AccountId accoun
 {
     Pending pending = resolveLater(action, key, account);
     return await(pending);
+}
+
+Outcome DeskBench::makeLink(LinkPurpose purpose, AccountId account, const std::string &market)
+{
+    Pending pending;
+    AccountDesk::Answered done = watch(pending);
+    desk().makeLink({purpose, account, market}, std::move(done));
+    return await(pending);
+}
+
+Outcome DeskBench::prepareCard(const std::string &link, const std::string &number,
+                               const std::string &holder, const std::string &bank,
+                               const std::string &peer)
+{
+    Pending pending;
+    AccountDesk::Answered done = watch(pending);
+    desk().prepareCard({Secret(link), bank, holder, Secret(number), peer}, std::move(done));
+    return await(pending);
+}
+
+Outcome DeskBench::prepareAmount(const std::string &link, std::int64_t fen, const std::string &peer)
+{
+    Pending pending;
+    AccountDesk::Answered done = watch(pending);
+    desk().prepareAmount({Secret(link), Fen(fen), peer}, std::move(done));
+    return await(pending);
+}
+
+Outcome DeskBench::sendLinkCode(const std::string &link, const std::string &peer)
+{
+    Pending pending;
+    AccountDesk::Answered done = watch(pending);
+    desk().sendLinkCode({Secret(link), peer}, std::move(done));
+    return await(pending);
+}
+
+Outcome DeskBench::confirmLink(const std::string &link, const std::string &code,
+                               const std::string &peer)
+{
+    Pending pending;
+    AccountDesk::Answered done = watch(pending);
+    desk().confirmLink({Secret(link), Secret(code), peer}, std::move(done));
+    return await(pending);
+}
+
+Outcome DeskBench::giveLinkBack(const std::string &link, ActionKey key)
+{
+    Pending pending;
+    AccountDesk::Answered done = watch(pending);
+    desk().giveLinkBack({Secret(link), key}, std::move(done));
+    return await(pending);
+}
+
+void DeskBench::bindCard(AccountId account, const std::string &number)
+{
+    const std::size_t before = texts->texts().size();
+    const std::string link = makeLink(LinkPurpose::OpenAccount, account).token;
+    EXPECT_EQ(prepareCard(link, number).status, AccountStatus::Done);
+    EXPECT_EQ(confirmLink(link, newestCode(before + 1)).status, AccountStatus::Done);
 }
 
 std::vector<std::int64_t> DeskBench::favourites(AccountId account, std::int64_t page,

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <functional>
 #include <future>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <ostream>
@@ -32,6 +33,10 @@ namespace zvx::test {
 
 constexpr const char *kHere = "192.0.2.1"; ///< where honest users sit
 constexpr const char *kElsewhere = "198.51.100.7";
+
+// Card numbers whose last digit fits, of no bank's.
+constexpr const char *kCard = "9990001234567890121";
+constexpr const char *kOtherCard = "9990005555666678";
 
 /// The same numbers for the same seed.
 class SeededRandom : public RandomSource
@@ -147,6 +152,18 @@ public:
                       const std::string &market = "/lc/youbika/", ActionKey key = {});
     Pending resolveLater(AccountAction action, ActionKey key, AccountId account = {});
     Outcome resolve(AccountAction action, ActionKey key, AccountId account = {});
+    Outcome makeLink(LinkPurpose purpose, AccountId account,
+                     const std::string &market = "/lc/youbika/");
+    Outcome prepareCard(const std::string &link, const std::string &number = kCard,
+                        const std::string &holder = "林晓月", const std::string &bank = "lanchuan",
+                        const std::string &peer = kHere);
+    Outcome prepareAmount(const std::string &link, std::int64_t fen,
+                          const std::string &peer = kHere);
+    Outcome sendLinkCode(const std::string &link, const std::string &peer = kHere);
+    Outcome confirmLink(const std::string &link, const std::string &code = {},
+                        const std::string &peer = kHere);
+    Outcome giveLinkBack(const std::string &link, ActionKey key);
+
     std::vector<std::int64_t> favourites(AccountId account, std::int64_t page = 1,
                                          std::int64_t size = 100,
                                          const std::string &market = "/lc/youbika/");
@@ -154,6 +171,10 @@ public:
 
     /// Has a code sent and returns the one in the text.
     std::string codeFor(CodePurpose purpose, const std::string &phone, AccountId account = {});
+    /// What is in the newest of so many texts.
+    std::string newestCode(std::size_t count) { return codeIn(texts->texts(count).back().text); }
+    /// Binds a card by a link of its own.
+    void bindCard(AccountId account, const std::string &number = kCard);
     /// A code of as many digits that is another one.
     static std::string wrong(const std::string &code);
     /// Registers and returns the account.
@@ -176,6 +197,7 @@ public:
 
 private:
     AccountDesk::Answered watch(Pending &pending);
+    std::map<std::int64_t, ActionKey> m_codeKeys; ///< of the newest codes, by account
     ActionKey keyOr(ActionKey key) { return key.isNull() ? newKey() : key; }
     void open();
 

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
 #include <sys/stat.h>
 
 namespace zvx {
@@ -16,6 +17,10 @@ using test::DeskBench;
 using test::phone;
 using test::TempFolder;
 namespace fs = std::filesystem;
+
+// The links of the fixture of version 2.
+constexpr const char *kUsedLink = "jo3UdCuGzbi7jxj7icLHNUWk";
+constexpr const char *kLiveLink = "bNMYceoULA-e247zE_ua61aH";
 
 int modeOf(const fs::path &file)
 {
@@ -146,6 +151,40 @@ TEST(AccountFiles, OfVersionOneAreUnderstood)
     desk.resolve(AccountAction::Reset, {1, 5}, {},
                  [&](const AccountAnswer &answer) { known.set_value(answer.status); });
     EXPECT_EQ(known.get_future().get(), AccountStatus::Done);
+    // What version 1 did not know is there, and empty.
+    EXPECT_FALSE(desk.cardOf(AccountId(2)));
+    std::promise<std::string> made;
+    desk.makeLink(
+        {LinkPurpose::OpenAccount, AccountId(2), "/lc/youbika/"},
+        [&](const AccountAnswer &answer) { made.set_value(std::string(answer.token.text())); });
+    EXPECT_EQ(desk.link(made.get_future().get()).kind, LinkState::Live);
+    EXPECT_EQ(modeOf(folder / "lc.accounts"), 0600);
+}
+
+TEST(AccountFiles, OfVersionTwoAreUnderstood)
+{
+    const TempFolder folder;
+    {
+        SQLite::Database database((folder / "lc.accounts").string(),
+                                  SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+        database.exec(test::readFile(test::dataFile("accounts-v2.sql")));
+        ASSERT_EQ(database.execAndGet("PRAGMA user_version").getInt(), 2);
+    }
+    AccountDeskOptions options = optionsFor(folder.path());
+    options.clock = std::make_shared<ManualClock>(test::kMorning);
+    const AccountDesk desk(std::move(options));
+    const auto card = desk.cardOf(AccountId(2));
+    ASSERT_TRUE(card);
+    EXPECT_EQ(card->bank + ' ' + card->holder + ' ' + card->tail, "lanchuan 林晓月 0121");
+    const LinkState used = desk.link(kUsedLink);
+    EXPECT_EQ(used.kind, LinkState::Used);
+    ASSERT_TRUE(used.card);
+    EXPECT_EQ(used.card->fingerprint, card->fingerprint);
+    const LinkState live = desk.link(kLiveLink);
+    EXPECT_EQ(live.kind, LinkState::Live);
+    EXPECT_EQ(live.purpose, LinkPurpose::MoneyOut);
+    EXPECT_EQ(live.market, "/lc/youbika/");
+    EXPECT_EQ(live.amount, Fen(12'345));
 }
 
 /// Writes the file that becomes a new version's fixture; run it by name with the folder in
@@ -170,6 +209,12 @@ TEST(AccountFiles, DISABLED_WriteAFixture)
     bench.signIn(phone(1), "correct-2", 3);
     bench.signIn(phone(1), "correct-2", 4);
     bench.resolve(AccountAction::Register, {1, 6});
+    const std::string used = bench.makeLink(LinkPurpose::OpenAccount, account).token;
+    bench.prepareCard(used);
+    bench.confirmLink(used, bench.newestCode(3));
+    const std::string live = bench.makeLink(LinkPurpose::MoneyOut, account).token;
+    bench.prepareAmount(live, 12'345);
+    std::cout << "used link " << used << "\nlive link " << live << std::endl;
 }
 
 } // namespace

@@ -48,7 +48,8 @@ TEST(AccountStatus, KeepsItsNumbersSinceTheyAreStored)
     EXPECT_EQ(static_cast<int>(AccountStatus::KeyUnknown), 12);
     EXPECT_EQ(static_cast<int>(AccountStatus::CodeWrong), 18);
     EXPECT_EQ(static_cast<int>(AccountStatus::AlreadyRegistered), 23);
-    EXPECT_EQ(static_cast<int>(kLastAccountStatus), 26);
+    EXPECT_EQ(static_cast<int>(AccountStatus::LinkUnknown), 27);
+    EXPECT_EQ(static_cast<int>(kLastAccountStatus), 35);
     EXPECT_EQ(static_cast<int>(AccountAction::SignIn), 0);
     EXPECT_EQ(static_cast<int>(AccountAction::Register), 4);
     EXPECT_EQ(static_cast<int>(AccountAction::RemoveFavourite), 8);

@@ -6,6 +6,7 @@ namespace zvx {
 namespace {
 
 using test::await;
+using test::codeIn;
 using test::DeskBench;
 using test::kElsewhere;
 using test::kHere;
@@ -276,6 +277,69 @@ TEST(Codes, AreGoodForTheirPurposeAndPhoneAlone)
     EXPECT_EQ(bench.checkMoney(one, phone(1), money).status, AccountStatus::Done);
     EXPECT_EQ(bench.checkMoney(one, phone(1), money).status, AccountStatus::CodeUsed);
     EXPECT_EQ(bench.reset(phone(1), "correct-2", reset).status, AccountStatus::Done);
+}
+
+TEST(Codes, ForMoneyAreBoundToTheirMarketTheirPairAndTheirAmount)
+{
+    DeskBench bench([](AccountDeskOptions &options) {
+        options.limits.guessesOfPeer = 100;
+        options.limits.guessesOfPhone = 100;
+        options.limits.guessesOfCode = 100;
+    });
+    const AccountId account = bench.makeAccount(phone(1));
+    bench.makeAccount(phone(2));
+    const std::string market = "/lc/youbika/";
+    const ActionKey sent = bench.newKey();
+    const auto send = [&](const std::string &where) {
+        std::promise<AccountStatus> told;
+        bench.desk().sendCode(
+            {CodePurpose::Money, phone(1), account, sent, kHere, where},
+            [&told](const AccountAnswer &answer) { told.set_value(answer.status); });
+        return told.get_future().get();
+    };
+    ASSERT_EQ(send(market), AccountStatus::Done);
+    const CodePair pair = bench.desk().codePair(account, market, sent);
+    EXPECT_EQ(pair.first.size(), 32u);
+    EXPECT_EQ(pair.second.size(), 32u);
+    EXPECT_NE(pair.first, pair.second);
+    EXPECT_EQ(send(market), AccountStatus::Done) << "the same question again";
+    EXPECT_EQ(bench.desk().codePair(account, market, sent).first, pair.first);
+    EXPECT_EQ(send("/lc/chajiu/"), AccountStatus::KeyDiffers);
+    const std::string code = test::codeIn(bench.texts->texts(3).back().text);
+
+    const auto check = [&](AccountId who, const std::string &where, const CodePair &with,
+                           std::int64_t fen, ActionKey key, const std::string &typed) {
+        std::promise<AccountStatus> told;
+        bench.desk().checkMoneyCode(
+            {who, {}, Secret(typed), key, kHere, where, with, Fen(fen)},
+            [&told](const AccountAnswer &answer) { told.set_value(answer.status); });
+        return told.get_future().get();
+    };
+    const auto fresh = [&bench] { return bench.newKey(); };
+    const CodePair elsewhere = bench.desk().codePair(account, "/lc/chajiu/", sent);
+    const CodePair later = bench.desk().codePair(account, market, fresh());
+    EXPECT_EQ(check(account, "/lc/chajiu/", pair, 5, fresh(), code), AccountStatus::CodeWrong);
+    EXPECT_EQ(check(account, "/lc/chajiu/", elsewhere, 5, fresh(), code), AccountStatus::CodeWrong);
+    EXPECT_EQ(check(account, market, elsewhere, 5, fresh(), code), AccountStatus::CodeWrong);
+    EXPECT_EQ(check(account, market, later, 5, fresh(), code), AccountStatus::CodeWrong);
+    EXPECT_EQ(check(account, market, {pair.second, pair.first}, 5, fresh(), code),
+              AccountStatus::CodeWrong);
+    EXPECT_EQ(check(account, market, {pair.first, {}}, 5, fresh(), code), AccountStatus::CodeWrong);
+    EXPECT_EQ(check(account, market, {}, 5, fresh(), code), AccountStatus::CodeWrong);
+    EXPECT_EQ(check(AccountId(2), market, pair, 5, fresh(), code), AccountStatus::CodeMissing);
+    EXPECT_EQ(check(account, market, pair, 5, fresh(), DeskBench::wrong(code)),
+              AccountStatus::CodeWrong);
+    const ActionKey key = fresh();
+    EXPECT_EQ(check(account, market, pair, 5, key, code), AccountStatus::Done);
+    EXPECT_EQ(check(account, market, pair, 5, key, code), AccountStatus::Done) << "the same again";
+    EXPECT_EQ(check(account, market, pair, 6, key, code), AccountStatus::KeyDiffers);
+    EXPECT_EQ(check(account, "/lc/chajiu/", pair, 5, key, code), AccountStatus::KeyDiffers);
+    EXPECT_EQ(check(account, market, pair, 5, fresh(), code), AccountStatus::CodeUsed);
+
+    // Pairs outlive the desk, and nobody's is another's.
+    bench.reopen();
+    EXPECT_EQ(bench.desk().codePair(account, market, sent).second, pair.second);
+    EXPECT_NE(bench.desk().codePair(AccountId(2), market, sent).first, pair.first);
 }
 
 TEST(Codes, FiveWrongGuessesSpendACode)

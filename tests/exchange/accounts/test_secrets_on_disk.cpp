@@ -76,6 +76,40 @@ TEST(SecretsOnDisk, NeitherPasswordNorTokenNorCodeIsThere)
     search("closed", bytesOf(bench.folder()));
 }
 
+TEST(SecretsOnDisk, NeitherCardNumberNorLinkNorItsCodeIsThere)
+{
+    DeskBench bench;
+    const AccountId account = bench.makeAccount(phone(1));
+    bench.pass(AccountLimits::kMinute);
+    std::vector<std::string> secrets = {test::kCard, test::kOtherCard};
+    const std::string link = bench.makeLink(LinkPurpose::OpenAccount, account).token;
+    secrets.push_back(link);
+    ASSERT_EQ(bench.prepareCard(link, test::kOtherCard).status, AccountStatus::Done);
+    secrets.push_back(bench.newestCode(2));
+    bench.clock->advance(AccountLimits::kMinute);
+    ASSERT_EQ(bench.prepareCard(link).status, AccountStatus::Done);
+    secrets.push_back(bench.newestCode(3));
+    ASSERT_EQ(bench.confirmLink(link, secrets.back()).status, AccountStatus::Done);
+    const std::string money = bench.makeLink(LinkPurpose::MoneyIn, account).token;
+    secrets.push_back(money);
+    ASSERT_EQ(bench.prepareAmount(money, 100).status, AccountStatus::CodePause);
+
+    const auto search = [&](const std::string &all) {
+        EXPECT_NE(all.find("林晓月"), std::string::npos);
+        EXPECT_NE(all.find("0121"), std::string::npos);
+        for (const std::string &secret : secrets) {
+            EXPECT_EQ(all.find(secret), std::string::npos) << secret;
+            // Nor a part of a long one; the tail of a card is kept.
+            if (secret.size() > 10) {
+                EXPECT_EQ(all.find(secret.substr(2, 8)), std::string::npos) << secret;
+            }
+        }
+    };
+    search(bytesOf(bench.folder()));
+    bench.close();
+    search(bytesOf(bench.folder()));
+}
+
 TEST(SecretsOnDisk, TheOutboxIsTheOnePlaceForCodes)
 {
     DeskBench bench([](AccountDeskOptions &options) {
