@@ -61,6 +61,11 @@ bool BreltFramlessMoveableDialog::event(QEvent *event)
 {
     const QEvent::Type type = event->type();
     const bool handled = QDialog::event(event);
+    if (type == QEvent::Show && !event->spontaneous() && isWindow()
+        && !testAttribute(Qt::WA_Moved)) {
+        adjustPosition(parentWidget());
+        setAttribute(Qt::WA_Moved, false); // nobody has chosen this place
+    }
     if (type == QEvent::Show) {
         const QPoint place = reachable(pos());
         if (place != pos())

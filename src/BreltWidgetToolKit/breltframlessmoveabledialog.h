@@ -10,7 +10,7 @@
 /// A drag starts with the left button on the band itself or on something passive in it, such as a
 /// caption; buttons and fields in the band keep the mouse for themselves, disabled ones too.
 /// However it is dragged or placed, a part of the band stays on a screen, so that it can be caught
-/// again.
+/// again. Unless it was placed before, it comes up in the middle of its owner.
 class BRELTWIDGETTOOLKIT_EXPORT BreltFramlessMoveableDialog : public QDialog
 {
     Q_OBJECT
@@ -29,7 +29,7 @@ public:
 
 protected:
     // Dialogs of this kind replace showEvent() without calling it here: the show is seen in
-    // event().
+    // event(), and the dialog finds its place there.
     bool event(QEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;

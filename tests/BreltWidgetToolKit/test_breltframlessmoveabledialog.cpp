@@ -63,6 +63,8 @@ private slots:
     void hidingEndsTheDrag();
     void draggedOutItStaysReachable();
     void shownOutsideItComesBack();
+    void standsOverItsOwner();
+    void staysWhereItWasPut();
     void escapeRejects();
 };
 
@@ -222,6 +224,43 @@ void TestBreltFramlessMoveableDialog::shownOutsideItComesBack()
     const QRect band(page.pos(), QSize(page.width(), 50));
     QVERIFY((band & area).width() >= 80);
     QVERIFY(page.y() >= area.top());
+}
+
+// As a dialog does that leaves showEvent() to Qt.
+void TestBreltFramlessMoveableDialog::standsOverItsOwner()
+{
+    QWidget owner;
+    owner.setGeometry(120, 90, 500, 400);
+    owner.show();
+    QDialog plain(&owner, Qt::Dialog | Qt::FramelessWindowHint);
+    plain.resize(300, 200);
+    plain.show();
+    Page page(&owner);
+    page.show();
+    QCOMPARE(page.pos(), plain.pos());
+    QVERIFY((page.geometry().center() - owner.geometry().center()).manhattanLength() <= 60);
+
+    // An owner that has moved meanwhile takes it along to the next show.
+    page.hide();
+    owner.move(240, 150);
+    plain.hide();
+    plain.show();
+    page.show();
+    QCOMPARE(page.pos(), plain.pos());
+}
+
+void TestBreltFramlessMoveableDialog::staysWhereItWasPut()
+{
+    QWidget owner;
+    owner.setGeometry(120, 90, 500, 400);
+    owner.show();
+    Page page(&owner);
+    page.move(33, 44);
+    page.show();
+    QCOMPARE(page.pos(), QPoint(33, 44));
+    page.hide();
+    page.show();
+    QCOMPARE(page.pos(), QPoint(33, 44));
 }
 
 void TestBreltFramlessMoveableDialog::escapeRejects()
