@@ -8,6 +8,8 @@
 #include "ZvNetworkKit/zvserverconfig.h"
 #include "ZvNetworkKit/zvserverengine.h"
 #include "ZvWidgetKit/collection_tableview.h"
+#include "ZvWidgetKit/moneytext.h"
+#include "ZvWidgetKit/widgetbackground.h"
 #include "ZvWidgetKit/zvguidetabpage.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
@@ -56,14 +58,6 @@ void requestOptions()
                                                                                     OptionPageSize);
 }
 
-void setBackground(QWidget *widget, const QColor &colour)
-{
-    QPalette palette;
-    palette.setColor(QPalette::Window, colour);
-    widget->setPalette(palette);
-    widget->setAutoFillBackground(true);
-}
-
 QPushButton *makeFooterButton(const QString &text)
 {
     // A name from the server is no mnemonic.
@@ -91,14 +85,6 @@ void setTabOrderBehind(QWidget *widget, QPushButton *button)
     button->setFocusPolicy(Qt::TabFocus);
     QWidget::setTabOrder(widget, button);
     button->setFocusPolicy(policy);
-}
-
-QString moneyText(double value)
-{
-    QString number;
-    QString unit;
-    globalFunction()->getMoneyValue(value, number, unit);
-    return number + unit;
 }
 
 // A refusal of the server is shown as it comes, one without words as `ownText`.

@@ -1,19 +1,16 @@
 #include "ZvWidgetKit/small_money_overview.h"
 
-#include "BreltWidgetToolKit/breltglobalfunction.h"
 #include "ZvNetworkKit/serverpaths.h"
 #include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverconfig.h"
+#include "ZvWidgetKit/moneytext.h"
 #include "ui_small_money_overview.h"
 
 namespace {
 
-QString moneyText(double yuan)
+QString yuanText(double yuan)
 {
-    QString number;
-    QString unit;
-    BreltGlobalFunction::getMoneyValue(yuan, number, unit);
-    return number + unit + QStringLiteral("元");
+    return moneyText(yuan) + QStringLiteral("元");
 }
 
 } // namespace
@@ -48,8 +45,8 @@ void Small_Money_Overview::showAccount()
 void Small_Money_Overview::showMoney()
 {
     const ZvUBCapInfo money = ZvServerCache::getZvServerCacheInstance()->capInfo;
-    ui->label_money_total_value->setText(moneyText(money.totalAssets()));
-    ui->label_money_available_value->setText(moneyText(money.availableMoney()));
-    ui->label_money_hold_value->setText(moneyText(money.heldMarketValue()));
-    ui->label_money_freeze_value->setText(moneyText(money.frozenMoney()));
+    ui->label_money_total_value->setText(yuanText(money.totalAssets()));
+    ui->label_money_available_value->setText(yuanText(money.availableMoney()));
+    ui->label_money_hold_value->setText(yuanText(money.heldMarketValue()));
+    ui->label_money_freeze_value->setText(yuanText(money.frozenMoney()));
 }

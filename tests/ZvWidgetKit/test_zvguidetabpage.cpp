@@ -5,7 +5,7 @@
 #include "ZvWidgetKit/zvguidetabpage.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 #include "buttonclicks.h"
-#include "support/calltrace.h"
+#include "record.h"
 #include "support/testregistry.h"
 
 #include <QApplication>
@@ -17,7 +17,6 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 #include <memory>
 
@@ -54,60 +53,20 @@ ZvServerConfig *config()
     return ZvServerConfig::getZvServerConfigInstance();
 }
 
-// Notes in one list, while it lives, the debug lines of the category "default", the calls of the
-// kit and the signals of a page and the pool, in their order.
-class Record
+// Notes, beside the debug lines and the calls of the kit, the signals of a page and the pool.
+class Record : public zvtest::Record
 {
 public:
     explicit Record(ZvGuideTabPage *page)
     {
-        s_record = this;
-        m_next = qInstallMessageHandler(take);
-        m_trace = std::make_unique<zvtest::CallTrace>();
         QObject::connect(page, &ZvGuideTabPage::signal_updateCollectionTypes, &m_context,
                          [this](const QString &server) {
                              note(QStringLiteral("signal_updateCollectionTypes(%1)").arg(server));
                          });
-        QObject::connect(pool(), &Pool::signal_loadTradeData_fromServer, &m_context,
-                         [this] { note(QStringLiteral("signal_loadTradeData_fromServer()")); });
+        noteSignal(pool(), &Pool::signal_loadTradeData_fromServer,
+                   QStringLiteral("signal_loadTradeData_fromServer()"));
     }
-    ~Record()
-    {
-        m_trace.reset();
-        qInstallMessageHandler(m_next);
-        s_record = nullptr;
-    }
-    Record(const Record &) = delete;
-    Record &operator=(const Record &) = delete;
-
-    void note(const QString &line)
-    {
-        m_lines += m_trace->take();
-        m_lines << line;
-    }
-
-    QString text()
-    {
-        m_lines += m_trace->take();
-        return m_lines.join(QLatin1Char('\n'));
-    }
-
-private:
-    static void take(QtMsgType type, const QMessageLogContext &context, const QString &text)
-    {
-        if (type == QtDebugMsg && std::strcmp(context.category, "default") == 0)
-            s_record->note(text);
-        else
-            s_record->m_next(type, context, text);
-    }
-
-    static Record *s_record;
-    QtMessageHandler m_next;
-    QObject m_context;
-    QStringList m_lines;
-    std::unique_ptr<zvtest::CallTrace> m_trace;
 };
-Record *Record::s_record = nullptr;
 
 QString logOfAClick(const QString &before, const QString &after)
 {
@@ -444,7 +403,7 @@ private slots:
             Record record(m_page);
             m_page->setServerList(
                 {{QStringLiteral("和田玉2"), jade}, {QStringLiteral("宝玉石"), gems}});
-            QCOMPARE(record.text(), QString());
+            QCOMPARE(record.take(), QString());
         }
         QCOMPARE(m_page->getCurrentServer(), jade);
         QCOMPARE(access()->urlPrefix(), gems);
@@ -466,7 +425,7 @@ private slots:
         const QString before = shown();
         Record record(m_page);
         click(button(0));
-        QCOMPARE(record.text(), logOfAClick(stamps, stamps));
+        QCOMPARE(record.take(), logOfAClick(stamps, stamps));
         QCOMPARE(shown(), before);
         QVERIFY(!disableTimer()->isActive());
         QCOMPARE(access()->urlPrefix(), QStringLiteral("/lc/before/"));
@@ -486,7 +445,7 @@ private slots:
         });
         click(button(1), way);
         QTRY_COMPARE(m_page->getCurrentServer(), gems);
-        QCOMPARE(record.text(), recordOfAChange(stamps, gems));
+        QCOMPARE(record.take(), recordOfAChange(stamps, gems));
         QCOMPARE(seen,
                  QStringLiteral("%2 %2\n邮币 %1 in use\n宝玉石 %2 other\n和田玉 %3 other")
                      .arg(stamps, gems, jade));
@@ -508,7 +467,7 @@ private slots:
             for (int i = 0; i < 3; ++i)
                 click(button(i), way);
         }
-        QCOMPARE(record.text(), QString());
+        QCOMPARE(record.take(), QString());
         QCOMPARE(m_page->getCurrentServer(), gems);
     }
 
@@ -518,7 +477,7 @@ private slots:
         Record record(m_page);
         click(button(1));
         QTest::mouseDClick(button(1), Qt::LeftButton);
-        QCOMPARE(record.text(), recordOfAChange(stamps, gems));
+        QCOMPARE(record.take(), recordOfAChange(stamps, gems));
     }
 
     void blockEndsWithTheTimer()
@@ -533,7 +492,7 @@ private slots:
                      .arg(stamps, gems, jade));
         Record record(m_page);
         click(button(2));
-        QCOMPARE(record.text(), recordOfAChange(gems, jade));
+        QCOMPARE(record.take(), recordOfAChange(gems, jade));
         QCOMPARE(shown(),
                  QStringLiteral("邮币 %1 other blocked\n"
                                 "宝玉石 %2 other blocked bar at 24 every 150\n"
@@ -612,7 +571,7 @@ private slots:
         m_page->setServerList(threeServers());
         Record record(m_page);
         m_page->slot_ServerType_clicked(QStringLiteral("/lc/other/"));
-        QCOMPARE(record.text(), recordOfAChange(stamps, QStringLiteral("/lc/other/")));
+        QCOMPARE(record.take(), recordOfAChange(stamps, QStringLiteral("/lc/other/")));
         QCOMPARE(shown(),
                  QStringLiteral("邮币 %1 other blocked\n宝玉石 %2 other blocked\n"
                                 "和田玉 %3 other blocked")
@@ -636,7 +595,7 @@ private slots:
     {
         Record record(m_page);
         m_page->slot_ServerType_clicked(gems);
-        QCOMPARE(record.text(), recordOfAChange(QString(), gems));
+        QCOMPARE(record.take(), recordOfAChange(QString(), gems));
         QVERIFY(disableTimer()->isActive());
     }
 
@@ -660,7 +619,7 @@ private slots:
         // The kit is still with the other server, and a click on it is a change again.
         Record record(m_page);
         click(button(1));
-        QCOMPARE(record.text(), recordOfAChange(stamps, gems));
+        QCOMPARE(record.take(), recordOfAChange(stamps, gems));
     }
 
     void rebuildBetweenPressAndReleaseLosesTheClick()
@@ -675,7 +634,7 @@ private slots:
         m_page->setServerList(threeServers());
         QCoreApplication::processEvents();
         QTest::mouseRelease(window, Qt::LeftButton, Qt::NoModifier, middle);
-        QCOMPARE(record.text(), QString());
+        QCOMPARE(record.take(), QString());
         // And the next one finds its button.
         QTest::mouseClick(window, Qt::LeftButton, Qt::NoModifier, middle);
         QTRY_COMPARE(m_page->getCurrentServer(), gems);
@@ -701,7 +660,7 @@ private slots:
         for (const QPointer<ZvGuideTabItem> &old : before)
             QVERIFY(!old);
         QCOMPARE(livingItems(), 3);
-        QCOMPARE(record.text(), recordOfAChange(stamps, gems));
+        QCOMPARE(record.take(), recordOfAChange(stamps, gems));
         QCOMPARE(access()->urlPrefix(), gems);
         // The change goes on with the items that are there now.
         if (place == InItemSignal)
@@ -727,7 +686,7 @@ private slots:
         reactOnce(InPageSignal, &context, [&] { m_page->setServerList({}); });
         Record record(m_page);
         click(button(1));
-        QCOMPARE(record.text(), recordOfAChange(stamps, gems));
+        QCOMPARE(record.take(), recordOfAChange(stamps, gems));
         QCOMPARE(livingItems(), 0);
         QVERIFY(disableTimer()->isActive());
     }
@@ -745,7 +704,7 @@ private slots:
         QTRY_VERIFY(!m_page);
         QCoreApplication::processEvents();
         // The trading side has been told all the same.
-        QCOMPARE(record.text(), recordOfAChange(stamps, gems));
+        QCOMPARE(record.take(), recordOfAChange(stamps, gems));
         QCOMPARE(livingItems(), 0);
     }
 
