@@ -21,11 +21,13 @@ constexpr int RowHeight = 25;
 constexpr int SmallHeaderPixels = 14;
 constexpr int SmallRowHeight = 16;
 
-void setFontPixels(QWidget *widget, int pixels)
+// Below a style sheet a font does not reach the viewport by itself, and that is where it is drawn.
+void setFontPixels(QHeaderView *header, int pixels)
 {
-    QFont font = widget->font();
+    QFont font = header->font();
     font.setPixelSize(pixels);
-    widget->setFont(font);
+    header->setFont(font);
+    header->viewport()->setFont(font);
 }
 
 } // namespace

@@ -135,6 +135,40 @@ private slots:
         QCOMPARE(m_view->verticalHeader()->defaultSectionSize(), 16);
     }
 
+    // The header's own font is one thing, what is drawn another.
+    void headersAreDrawnInTheirSize()
+    {
+        const auto inkHeight = [](const QTableView &view) {
+            QCoreApplication::processEvents();
+            const QImage image = view.horizontalHeader()->grab().toImage();
+            int top = image.height();
+            int bottom = -1;
+            for (int y = 2; y < image.height() - 2; ++y) {
+                for (int x = 0; x < image.width(); ++x) {
+                    if (qGray(image.pixel(x, y)) > 128) {
+                        top = qMin(top, y);
+                        bottom = y;
+                    }
+                }
+            }
+            return bottom - top + 1;
+        };
+        // Below a style sheet of the page, and alone.
+        QWidget page;
+        page.setStyleSheet(QStringLiteral("QFrame#none{color: red;}"));
+        auto *inPage = new Collection_DealHistory_View(&page);
+        page.resize(400, 300);
+        page.show();
+        show(400, 300);
+        for (Collection_DealHistory_View *view : {inPage, m_view.get()}) {
+            const int normal = inkHeight(*view);
+            QVERIFY2(normal >= 17 && normal <= 22, qPrintable(QString::number(normal)));
+            view->applySmallStyle();
+            const int small = inkHeight(*view);
+            QVERIFY2(small >= 11 && small <= 15, qPrintable(QString::number(small)));
+        }
+    }
+
     // The style would make rows higher than either, and more of them would be counted than fit.
     void rowsAreAsHighAsTheyAreCounted_data()
     {
