@@ -1,7 +1,11 @@
+#include "ZvWidgetKit/collection_dealhistory_delegate.h"
+#include "ZvWidgetKit/collection_dealhistory_view.h"
+#include "ZvWidgetKit/collection_detailwidget.h"
 #include "ZvWidgetKit/collection_tableview.h"
 #include "ZvWidgetKit/collectionsortfilterproxymodel.h"
 #include "ZvWidgetKit/collectiontabledelegate.h"
 #include "ZvWidgetKit/collectiontablemodel.h"
+#include "ZvWidgetKit/market_detailwidget.h"
 #include "ZvWidgetKit/zvguidetabitem.h"
 #include "ZvWidgetKit/zvguidetabpage.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
@@ -110,6 +114,19 @@ private slots:
             << &ZvGuideTabItem::staticMetaObject << "ZvGuideTabItem" << &QWidget::staticMetaObject;
         QTest::newRow("guide page")
             << &ZvGuideTabPage::staticMetaObject << "ZvGuideTabPage" << &QWidget::staticMetaObject;
+        QTest::newRow("deals model")
+            << &Collection_DealHistory_model::staticMetaObject << "Collection_DealHistory_model"
+            << &QAbstractTableModel::staticMetaObject;
+        QTest::newRow("deals view")
+            << &Collection_DealHistory_View::staticMetaObject << "Collection_DealHistory_View"
+            << &QTableView::staticMetaObject;
+        QTest::newRow("deals delegate")
+            << &Collection_DealHistory_Delegate::staticMetaObject
+            << "Collection_DealHistory_Delegate" << &QStyledItemDelegate::staticMetaObject;
+        QTest::newRow("detail panel") << &Collection_DetailWidget::staticMetaObject
+                                      << "Collection_DetailWidget" << &QWidget::staticMetaObject;
+        QTest::newRow("detail page") << &Market_DetailWidget::staticMetaObject
+                                     << "Market_DetailWidget" << &QWidget::staticMetaObject;
     }
 
     void classesStandBelowTheirQtClass()
@@ -132,6 +149,25 @@ private slots:
                               "public slot slot_kaiguan_clicked(bool checked)",
                               "public slot slot_ServerType_clicked(QString serverPrefix)",
                               "public slot slot_disable_timeout()"}));
+    }
+
+    void dealMethods()
+    {
+        QCOMPARE(ownMethods(Collection_DealHistory_model::staticMetaObject), QStringList());
+        QCOMPARE(ownMethods(Collection_DealHistory_Delegate::staticMetaObject), QStringList());
+        QCOMPARE(ownMethods(Collection_DealHistory_View::staticMetaObject),
+                 QStringList{"public slot slot_updateLatestDeal(QString collectionID)"});
+        QCOMPARE(ownMethods(Collection_DetailWidget::staticMetaObject),
+                 (QStringList{"public slot slot_updateCollectionTradeTop5(QString collectionID)",
+                              "public slot slot_updateCollectionProItem(QString collectionID)",
+                              "public slot slot_adjustSize(QSize mainSize)",
+                              "public slot slot_adjustDealLatestLimit()"}));
+        QCOMPARE(ownMethods(Market_DetailWidget::staticMetaObject),
+                 (QStringList{"public slot slot_updateMarketDetail()",
+                              "public slot slot_clearMarketDetail()",
+                              "public slot selectTiggered(QString collectionId)",
+                              "public slot requestPage_whenWheelOut()",
+                              "public slot requestPage_whenWheelIn()"}));
     }
 
     void tableClassesAddNoMethods()

@@ -1,0 +1,205 @@
+#include "ZvWidgetKit/market_detailwidget.h"
+
+#include "ZvModelKit/zvubbriefinfo.h"
+#include "ZvNetworkKit/serverpaths.h"
+#include "ZvNetworkKit/zvservercache.h"
+#include "ZvNetworkKit/zvserverengine.h"
+#include "ZvWidgetKit/collection_dealhistory_view.h"
+#include "ZvWidgetKit/zvwidgetsignalslotpool.h"
+#include "ui_market_detailwidget.h"
+
+#include <QDebug>
+#include <QTime>
+#include <QWheelEvent>
+
+namespace {
+
+constexpr int ViewWidth = 300; // at least
+constexpr int RowHeight = 25;
+constexpr int HeadHeight = 55; // the title and the header of a list
+constexpr int TurningDelta = 480; // a page takes more of the wheel than this
+constexpr int ViewSpacing = 20;
+constexpr int LoggedView = 2;
+
+ZvServerEngine *engine()
+{
+    return ZvServerEngine::getZvServerEngineInstance();
+}
+
+ZvServerCache *cache()
+{
+    return ZvServerCache::getZvServerCacheInstance();
+}
+
+void setSpacing(QLayout *layout, int spacing)
+{
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(spacing);
+}
+
+void logWithTime(const QString &text)
+{
+    qDebug().noquote() << QTime::currentTime().toString(QStringLiteral("hh:ss:zzz")) + text;
+}
+
+} // namespace
+
+Market_DetailWidget::Market_DetailWidget(QWidget *parent)
+    : QWidget(parent), m_wheelDelta(0), ui(std::make_unique<Ui::Market_DetailWidget>()),
+      m_viewCount(10), m_rowsPerView(10), m_pageSize(m_viewCount * m_rowsPerView), m_currentPage(1),
+      m_requestedPage(1), m_newSelection(false)
+{
+    ui->setupUi(this);
+    m_lines << ui->line_0 << ui->line_1 << ui->line_2 << ui->line_3 << ui->line_4 << ui->line_5
+            << ui->line_6 << ui->line_7 << ui->line_8 << ui->line_9;
+    m_views << ui->tableView_0 << ui->tableView_1 << ui->tableView_2 << ui->tableView_3
+            << ui->tableView_4 << ui->tableView_5 << ui->tableView_6 << ui->tableView_7
+            << ui->tableView_8 << ui->tableView_9;
+    applyLayout();
+    createConnections();
+}
+
+Market_DetailWidget::~Market_DetailWidget() = default;
+
+void Market_DetailWidget::applyLayout()
+{
+    setSpacing(layout(), 0);
+    setSpacing(ui->frame_title->layout(), 0);
+    setSpacing(ui->frame_detail->layout(), ViewSpacing);
+}
+
+void Market_DetailWidget::createConnections()
+{
+    connect(cache(), &ZvServerCache::signal_cache_Market_Detail_changed, this,
+            &Market_DetailWidget::slot_updateMarketDetail);
+    ZvWidgetSignalSLotPool *pool = ZvWidgetSignalSLotPool::getSignalSlotPoolInstance();
+    connect(pool, &ZvWidgetSignalSLotPool::signal_pagedown_clicked, this,
+            &Market_DetailWidget::requestPage_whenWheelIn);
+    connect(pool, &ZvWidgetSignalSLotPool::signal_pageup_clicked, this,
+            &Market_DetailWidget::requestPage_whenWheelOut);
+}
+
+int Market_DetailWidget::usedViews() const
+{
+    return qMin(m_viewCount, m_views.size());
+}
+
+void Market_DetailWidget::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    m_viewCount = width() / ViewWidth;
+    m_rowsPerView = (height() - HeadHeight) / RowHeight;
+    m_pageSize = m_viewCount * m_rowsPerView;
+    selectTiggered(engine()->getGlobalCollectionID());
+    qDebug() << m_viewCount << m_rowsPerView << m_pageSize;
+    for (int i = 0; i < m_views.size(); ++i) {
+        const bool isUsed = i < m_viewCount;
+        m_views.at(i)->setVisible(isUsed);
+        m_lines.at(i)->setVisible(isUsed);
+        // When it comes back, it must not show the deals of long ago beside those of the others.
+        if (!isUsed)
+            m_views.at(i)->setDealList({});
+    }
+}
+
+void Market_DetailWidget::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    slot_clearMarketDetail();
+    const QString id = engine()->getGlobalCollectionID();
+    const ZvUBBriefInfo info = cache()->getCurrentBriefInfo();
+    const QString name = info.getNameFromCollectionID(id);
+    const QString code = info.getCodeFromCollectionID(id);
+    ui->label_title->setText(name + QLatin1Char('(') + code + QLatin1Char(')')
+                             + QStringLiteral("成交明细"));
+    selectTiggered(id);
+}
+
+void Market_DetailWidget::selectTiggered(QString collectionId)
+{
+    m_currentPage = 1;
+    m_requestedPage = 1;
+    m_newSelection = true;
+    engine()->sendRequest_Market_Detail(collectionId, 1, m_pageSize);
+}
+
+void Market_DetailWidget::requestPage_whenWheelOut()
+{
+    requestPage(qMax(1, m_currentPage - 1), QStringLiteral(" ==> Up"));
+}
+
+void Market_DetailWidget::requestPage_whenWheelIn()
+{
+    requestPage(m_currentPage + 1, QStringLiteral(" ==> Down"));
+}
+
+void Market_DetailWidget::requestPage(int page, const QString &direction)
+{
+    if (isHidden())
+        return;
+    slot_clearMarketDetail();
+    m_requestedPage = page;
+    logWithTime(direction);
+    logWithTime(QStringLiteral(" ==> RequestPage: ") + QString::number(m_requestedPage));
+    engine()->sendRequest_Market_Detail(engine()->getGlobalCollectionID(), m_requestedPage,
+                                        m_pageSize);
+}
+
+// Gathers what the wheel turns, so that a fast turn does not run through many pages. A change of
+// direction begins anew, and what brought it does not count.
+void Market_DetailWidget::wheelEvent(QWheelEvent *event)
+{
+    const int y = event->angleDelta().y();
+    const bool turnsUp = y >= 0;
+    if (turnsUp ? m_wheelDelta < 0 : m_wheelDelta > 0) {
+        m_wheelDelta = 0;
+    } else {
+        m_wheelDelta += y;
+        if (m_wheelDelta > TurningDelta) {
+            requestPage_whenWheelOut();
+            m_wheelDelta = 0;
+        } else if (m_wheelDelta < -TurningDelta) {
+            requestPage_whenWheelIn();
+            m_wheelDelta = 0;
+        }
+    }
+    event->accept();
+}
+
+void Market_DetailWidget::slot_clearMarketDetail()
+{
+    qDebug() << "clear clear clear";
+    for (int i = 0; i < usedViews(); ++i)
+        m_views.at(i)->setDealList({});
+}
+
+void Market_DetailWidget::slot_updateMarketDetail()
+{
+    if (isHidden())
+        return;
+    const QList<ZvUBDealItem> deals = cache()->getMarketDetail();
+    if (!deals.isEmpty()) {
+        m_deals = deals;
+        fillViews(Fills);
+        m_currentPage = m_requestedPage;
+    } else if (m_newSelection) {
+        m_deals.clear();
+        fillViews(Fills);
+        m_currentPage = 1;
+    } else {
+        // Past the last page; what was blanked for the answer comes back.
+        fillViews(Restores);
+    }
+    m_newSelection = false;
+}
+
+void Market_DetailWidget::fillViews(Filling filling)
+{
+    const int rows = qMax(0, m_rowsPerView);
+    for (int i = 0; i < usedViews(); ++i) {
+        const QList<ZvUBDealItem> deals = m_deals.mid(i * rows, rows);
+        if (filling == Restores && i == LoggedView)
+            qDebug() << "wo ri" << deals.size();
+        m_views.at(i)->setDealList(deals);
+    }
+}
