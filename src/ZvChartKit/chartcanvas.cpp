@@ -21,7 +21,6 @@ namespace {
 // In pixels of the widget.
 constexpr int fontSize = 12;
 constexpr int tabsLeft = 4;
-constexpr int noticeGap = 8;
 
 constexpr int notch = 120; // of a wheel, in eighths of a degree
 
@@ -82,16 +81,14 @@ void ChartCanvas::prependKLine(const ZvUBKLine &line, int count)
     askForEarlier();
 }
 
-void ChartCanvas::setNotice(Notice notice, qint64 ageMs)
+void ChartCanvas::setNotice(const ChartNotice &notice)
 {
-    const ChartText before = staleText();
-    const bool isSame = m_notice == notice;
+    const ChartNotice before = m_notice;
     m_notice = notice;
-    m_ageMs = ageMs;
-    // The age of stale figures counts on in its own row; every other notice changes the picture.
-    if (isSame && before.view() == staleText().view())
+    if (before.kind() == notice.kind() && before.text().view() == notice.text().view())
         return;
-    if (isSame)
+    // The age of stale figures counts on in its own row; every other notice changes the picture.
+    if (before.kind() == notice.kind())
         updateDevice(overlay().rectOf(ChartOverlay::PriceHead));
     else
         updateAll();
@@ -187,7 +184,7 @@ ChartOverlay ChartCanvas::overlay() const
     const int indent = m_tabs->isHidden()
         ? 0
         : m_plot->frame().px(m_tabs->geometry().right() + 1) - m_plot->panes().indicatorHead.left();
-    return ChartOverlay(*m_plot, m_crosshair, indent, priceReserve());
+    return ChartOverlay(*m_plot, m_crosshair, indent, m_notice.reserve(*m_plot));
 }
 
 ChartCanvas::OverlayRects ChartCanvas::overlayRects() const
@@ -411,62 +408,7 @@ void ChartCanvas::paintEvent(QPaintEvent *event)
             painter.drawImage(copied.topLeft(), picture, copied);
     }
     overlay().paint(&painter, region);
-    paintNotice(&painter, region);
-}
-
-void ChartCanvas::paintNotice(QPainter *painter, const QRegion &region)
-{
-    const QRect frame(QPoint(), m_plot->frame().size);
-    if (m_notice == Notice::Stale && m_plot->panes().isEmpty())
-        return;
-    if (m_notice == Notice::Stale) {
-        const QRect head = m_plot->panes().priceHead;
-        if (!region.intersects(m_plot->frame().toWidget(head)))
-            return;
-        const ChartText text = staleText();
-        const int width = m_glyphs.width(text.view());
-        if (width < head.width())
-            m_glyphs.put(head.right() + 1 - width - m_plot->frame().px(noticeGap),
-                         m_glyphs.baselineBetween(head.top(), head.bottom() + 1), text.view(),
-                         m_colours[Ink::Key]);
-        m_glyphs.draw(painter);
-        return;
-    }
-    if (m_notice == Notice::None || !m_plot->isEmpty())
-        return;
-    const QStringView words
-        = m_notice == Notice::Waiting ? QStringView(u"正在读取行情…") : QStringView(u"暂无数据");
-    const QRect area = m_plot->panes().isEmpty() ? frame : m_plot->panes().price;
-    const int width = m_glyphs.width(words);
-    if (width > area.width() || m_glyphs.height() > area.height())
-        return;
-    m_glyphs.put(area.center().x() - width / 2,
-                 m_glyphs.baselineBetween(area.top(), area.bottom() + 1), words,
-                 m_colours[Ink::Dim]);
-    m_glyphs.draw(painter);
-}
-
-ChartText ChartCanvas::staleText() const
-{
-    ChartText text;
-    if (m_notice != Notice::Stale)
-        return text;
-    const double seconds = std::floor(static_cast<double>(std::max<qint64>(0, m_ageMs)) / 1000);
-    text.add(u"行情停在 ");
-    if (seconds < 60)
-        text.addFixed(seconds, 0).add(u" 秒前");
-    else if (seconds < 3600)
-        text.addFixed(std::floor(seconds / 60), 0).add(u" 分钟前");
-    else
-        text.addFixed(std::floor(seconds / 3600), 0).add(u" 小时前");
-    return text;
-}
-
-int ChartCanvas::priceReserve() const
-{
-    if (m_notice != Notice::Stale)
-        return 0;
-    return m_glyphs.width(staleText().view()) + m_plot->frame().px(2 * noticeGap);
+    m_notice.paint(&painter, *m_plot, region);
 }
 
 void ChartCanvas::mousePressEvent(QMouseEvent *event)

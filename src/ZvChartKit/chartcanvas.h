@@ -2,8 +2,8 @@
 
 #include "ZvChartKit/chartcolours.h"
 #include "ZvChartKit/chartglyphs.h"
+#include "ZvChartKit/chartnotice.h"
 #include "ZvChartKit/chartoverlay.h"
-#include "ZvChartKit/charttext.h"
 #include "ZvChartKit/klineplot.h"
 #include "ZvChartKit/timelineplot.h"
 
@@ -33,9 +33,7 @@ public:
     void growKLine(const ZvUBKLine &line, int first);
     void prependKLine(const ZvUBKLine &line, int count);
 
-    // What is said instead of figures, or of their age.
-    enum class Notice { None, Waiting, NoData, Stale };
-    void setNotice(Notice notice, qint64 ageMs = 0);
+    void setNotice(const ChartNotice &notice);
 
     bool isRedUp() const { return m_colours.isRedUp(); }
     void setRedUp(bool isRedUp);
@@ -93,10 +91,6 @@ private:
     bool handleKey(QKeyEvent *event);
     void askForEarlier();
 
-    void paintNotice(QPainter *painter, const QRegion &region);
-    ChartText staleText() const;
-    int priceReserve() const;
-
     ChartColours m_colours;
     ChartGlyphs m_glyphs;
     TimeLinePlot m_timeLine;
@@ -104,8 +98,7 @@ private:
     ChartPlot *m_plot;
     IndicatorTabs *m_tabs;
 
-    Notice m_notice = Notice::None;
-    qint64 m_ageMs = 0;
+    ChartNotice m_notice;
 
     Crosshair m_crosshair;
     std::optional<QPoint> m_mouse; // over the plots, in pixels of the device

@@ -1,7 +1,6 @@
 #include "ZvChartKit/klineplot.h"
 
 #include "ZvChartKit/chartglyphs.h"
-#include "ZvChartKit/curvepainter.h"
 
 #include "ZvModelKit/zvubkline.h"
 
@@ -20,8 +19,12 @@ constexpr int priceTicks = 44; // distance
 constexpr int lowerTicks = 30;
 constexpr int timeTicks = 96;
 
-constexpr double freeAbovePrices = 0.05;
+constexpr double freeAbove = 0.05; // share of an axis beyond its extremes
 constexpr double leastPriceStep = 0.01; // yuan
+
+// What is cheap and what is dear on the axes of KDJ and RSI.
+constexpr double lowLevel = 20;
+constexpr double highLevel = 80;
 
 // 201912 as 2019 * 12 + 11.
 int monthOf(const Bar &bar)
@@ -57,27 +60,11 @@ QStringView nameOf(KLinePlot::Period period)
 
 } // namespace
 
-void KLinePlot::Folded::resize(std::size_t columns)
-{
-    curves.resize(static_cast<std::size_t>(indicator->curveCount()));
-    for (std::vector<CurvePoint> &curve : curves)
-        curve.resize(columns, CurvePoint(0));
-}
-
-void KLinePlot::Folded::fold(const BarWindow &window, int firstColumn, std::size_t index)
-{
-    for (std::size_t curve = 0; curve < curves.size(); ++curve)
-        curves[curve][index] = foldedCurve(indicator->curve(static_cast<int>(curve)), window,
-                                           firstColumn + static_cast<int>(index));
-}
-
 KLinePlot::KLinePlot()
     : m_priceAverages(MovingAverages::Closes,
                       {{u"MA5", 5}, {u"MA10", 10}, {u"MA20", 20}, {u"MA30", 30}}),
       m_volumeAverages(MovingAverages::Volumes, {{u"MA5", 5}, {u"MA10", 10}})
 {
-    m_foldedPrices.indicator = &m_priceAverages;
-    m_foldedVolumes.indicator = &m_volumeAverages;
 }
 
 KLinePlot::~KLinePlot() = default;
@@ -104,15 +91,15 @@ ChartPlot::Change KLinePlot::load(const ZvUBKLine &line, Period period)
 ChartPlot::Change KLinePlot::grow(const ZvUBKLine &line, int first)
 {
     const int before = m_bars.size();
-    const bool wasInView = isLastInView();
+    const bool wasInView = m_columns.holdNewest();
     updateBars(line, first);
     m_window.grow(m_bars.size());
     if (m_bars.size() != before || first < before - 1)
         return everythingChanged();
     if (!wasInView)
         return {};
-    foldColumn(m_columns.size() - 1);
-    return areAxesKept() ? lastChanged() : everythingChanged();
+    m_columns.foldLast(m_bars, m_window);
+    return axesOfColumns() == m_axes ? lastChanged() : everythingChanged();
 }
 
 ChartPlot::Change KLinePlot::prepend(const ZvUBKLine &line, int count)
@@ -220,18 +207,13 @@ ChartPlot::Figures KLinePlot::figuresOf(int place) const
     return figures;
 }
 
-Ink KLinePlot::curveInk(int curve)
-{
-    return static_cast<Ink>(static_cast<int>(Ink::Curve1) + curve);
-}
-
 Legend KLinePlot::priceLegend(int place) const
 {
     Legend legend;
     legend.next(Ink::Key).add(nameOf(m_period));
     const int bar = place >= 0 ? place : lastPlace();
     for (int curve = 0; bar >= 0 && curve < m_priceAverages.curveCount(); ++curve) {
-        legend.next(curveInk(curve))
+        legend.next(KLinePainter::curveInk(curve))
             .add(m_priceAverages.name(curve))
             .add(u" ")
             .addPrice(m_priceAverages.curve(curve)[static_cast<std::size_t>(bar)]);
@@ -247,7 +229,7 @@ Legend KLinePlot::volumeLegend(int place) const
         return legend;
     legend.next(Ink::Dim).add(u"成交量 ").addQuantity(m_bars.at(bar).volume);
     for (int curve = 0; curve < m_volumeAverages.curveCount(); ++curve) {
-        legend.next(curveInk(curve))
+        legend.next(KLinePainter::curveInk(curve))
             .add(m_volumeAverages.name(curve))
             .add(u" ")
             .addQuantity(m_volumeAverages.curve(curve)[static_cast<std::size_t>(bar)]);
@@ -263,7 +245,7 @@ Legend KLinePlot::indicatorLegend(int place) const
     for (int curve = 0; bar >= 0 && curve < shown.curveCount(); ++curve) {
         const double value = shown.curve(curve)[static_cast<std::size_t>(bar)];
         const bool isBar = m_study == Study::Macd && curve == Macd::Bar;
-        legend.next(isBar ? ChartColours::inkOf(value) : curveInk(curve))
+        legend.next(isBar ? ChartColours::inkOf(value) : KLinePainter::curveInk(curve))
             .add(shown.name(curve))
             .add(u" ")
             .addFixed(value, m_study == Study::Macd ? 3 : 2);
@@ -343,7 +325,7 @@ void KLinePlot::layOut()
     setBoxWidth(std::max({textWidth(ChartText(u"2019-12-31")), textWidth(ChartText(u"9999.99万亿")),
                           textWidth(ChartText().addPrice(-m_allPrices.high))}));
     m_window.setWidth(panes().price.width());
-    fold();
+    m_columns.fold(m_bars, m_window, {&m_priceAverages, &m_volumeAverages, &studied()});
     m_axes = axesOfColumns();
 }
 
@@ -358,153 +340,34 @@ int KLinePlot::axisWidth() const
     return width;
 }
 
-void KLinePlot::fold()
+KLineAxes KLinePlot::axesOfColumns() const
 {
-    m_firstColumn = m_window.firstColumn();
-    const int count = isEmpty() ? 0 : m_window.lastColumn() - m_firstColumn + 1;
-    m_columns.resize(static_cast<std::size_t>(std::max(0, count)));
-    m_foldedStudy.indicator = &studied();
-    for (Folded *folded : {&m_foldedPrices, &m_foldedVolumes, &m_foldedStudy})
-        folded->resize(m_columns.size());
-    for (std::size_t index = 0; index < m_columns.size(); ++index)
-        foldColumn(index);
-}
-
-void KLinePlot::foldColumn(std::size_t index)
-{
-    m_columns[index] = foldedBars(m_bars, m_window, m_firstColumn + static_cast<int>(index));
-    for (Folded *folded : {&m_foldedPrices, &m_foldedVolumes, &m_foldedStudy})
-        folded->fold(m_window, m_firstColumn, index);
-}
-
-KLinePlot::Axes KLinePlot::axesOfColumns() const
-{
-    ValueRange prices;
-    ValueRange volumes;
-    volumes.take(0);
-    for (const BarColumn &column : m_columns) {
-        prices.take(column.high);
-        prices.take(column.low);
-        volumes.take(column.volume);
-    }
-    ValueRange study;
-    for (const std::vector<CurvePoint> &curve : m_foldedStudy.curves) {
-        for (const CurvePoint &point : curve)
-            study.take(point);
-    }
+    ValueRange study = m_columns.values(BarColumns::Study);
     if (m_study == Study::Macd) {
         study.take(0);
     } else {
-        study.take(20);
-        study.take(80);
+        study.take(lowLevel);
+        study.take(highLevel);
     }
-
-    const auto rows = [](const QRect &pane) {
-        return std::array<int, 2>{pane.top(), pane.top() + std::max(0, pane.height())};
-    };
-    const auto price = rows(panes().price);
-    const auto volume = rows(panes().volume);
-    const auto below = rows(panes().indicator);
-    Axes axes;
-    axes.price = ValueAxis::padded(prices.low, prices.high, freeAbovePrices, leastPriceStep * 5,
-                                   price[0], price[1]);
-    axes.volume = ValueAxis(0, volumes.high > 0 ? volumes.high * 1.05 : 1, volume[0], volume[1]);
-    axes.study = ValueAxis::padded(study.low, study.high, 0.05, 0.05, below[0], below[1]);
+    const ValueRange prices = m_columns.prices();
+    const double mostVolume = m_columns.mostVolume();
+    const auto endOf = [](const QRect &pane) { return pane.top() + std::max(0, pane.height()); };
+    const QRect &price = panes().price;
+    const QRect &volume = panes().volume;
+    const QRect &below = panes().indicator;
+    KLineAxes axes;
+    axes.price = ValueAxis::padded(prices.low, prices.high, freeAbove, 5 * leastPriceStep,
+                                   price.top(), endOf(price));
+    axes.volume = ValueAxis(0, mostVolume > 0 ? mostVolume * (1 + freeAbove) : 1, volume.top(),
+                            endOf(volume));
+    axes.study = ValueAxis::padded(study.low, study.high, freeAbove, 5 * leastPriceStep,
+                                   below.top(), endOf(below));
     return axes;
 }
 
-bool KLinePlot::areAxesKept()
+KLinePainter KLinePlot::painter() const
 {
-    return axesOfColumns() == m_axes;
-}
-
-bool KLinePlot::isLastInView() const
-{
-    return !m_columns.empty()
-        && m_columns.back().column == m_window.columnOf(m_window.barCount() - 1);
-}
-
-KLinePlot::CandleShape KLinePlot::candleShape() const
-{
-    const int step = m_window.step();
-    const int wick = std::min(frame().line(), step);
-    CandleShape shape{};
-    shape.wick = wick;
-    // Body and wick have one middle: their widths are both even or both odd.
-    int body = step * 3 / 4;
-    body -= (body - wick) % 2 != 0 ? 1 : 0;
-    shape.body = body >= 3 * wick ? body : 0;
-    shape.wickLeft = (step - wick) / 2;
-    shape.bodyLeft = shape.wickLeft - (shape.body - wick) / 2;
-    shape.isHollow = shape.body >= 5 * wick;
-    return shape;
-}
-
-void KLinePlot::paintCandle(Pixels &pixels, const BarColumn &column, const CandleShape &shape) const
-{
-    const QRgb ink = colour(column.direction < 0 ? Ink::Down : Ink::Up);
-    const int left = panes().price.left() + m_window.leftOf(column.column);
-    const int line = frame().line();
-    const int high = m_axes.price.row(column.high);
-    const int low = m_axes.price.row(column.low);
-    pixels.fill(QRect(left + shape.wickLeft, high, shape.wick, std::max(line, low - high + 1)),
-                ink);
-    if (shape.body == 0)
-        return;
-    const int top = m_axes.price.row(std::max(column.open, column.close));
-    const int bottom = m_axes.price.row(std::min(column.open, column.close));
-    const QRect body(left + shape.bodyLeft, top, shape.body, std::max(line, bottom - top + 1));
-    pixels.fill(body, ink);
-    // A rise is told from a fall without colours, too.
-    if (shape.isHollow && column.direction > 0)
-        pixels.fill(body.adjusted(line, line, -line, -line), colour(Ink::Ground));
-}
-
-void KLinePlot::paintColumns(Pixels pixels, std::size_t begin, std::size_t end) const
-{
-    const CandleShape shape = candleShape();
-    const int line = frame().line();
-    const int barWidth = shape.body > 0 ? shape.body : shape.wick;
-    const int barLeft = shape.body > 0 ? shape.bodyLeft : shape.wickLeft;
-    Pixels prices = pixels.within(panes().price);
-    Pixels volumes = pixels.within(panes().volume);
-    Pixels below = pixels.within(panes().indicator);
-    const int zero = m_axes.study.row(0);
-    for (std::size_t index = begin; index < end; ++index) {
-        const BarColumn &column = m_columns[index];
-        const int left = panes().price.left() + m_window.leftOf(column.column);
-        paintCandle(prices, column, shape);
-        if (column.volume > 0) {
-            const int top
-                = std::min(m_axes.volume.row(column.volume), panes().volume.bottom() + 1 - line);
-            volumes.fill(QRect(left + barLeft, top, barWidth, panes().volume.bottom() + 1 - top),
-                         colour(column.volumeDirection < 0 ? Ink::Down : Ink::Up));
-        }
-        if (m_study != Study::Macd || panes().indicator.isEmpty())
-            continue;
-        const CurvePoint &bar = m_foldedStudy.curves[Macd::Bar][index];
-        const int top = std::min(m_axes.study.row(bar.high), zero - line);
-        const int bottom = std::max(m_axes.study.row(bar.low), zero + line);
-        const int beside = (shape.body - shape.wick) / 6;
-        const int from = left + shape.wickLeft - std::max(0, beside);
-        const int width = shape.wick + 2 * std::max(0, beside);
-        if (bar.high > 0)
-            below.fill(QRect(from, top, width, zero - top), colour(Ink::Up));
-        if (bar.low < 0)
-            below.fill(QRect(from, zero + 1, width, bottom - zero), colour(Ink::Down));
-    }
-}
-
-void KLinePlot::paintCurves(Pixels pixels, const Folded &folded, const QRect &pane,
-                            const ValueAxis &axis, int count, std::size_t begin,
-                            std::size_t end) const
-{
-    if (pane.isEmpty())
-        return;
-    CurvePainter painter(pixels.within(pane), axis, pane.left(), frame().line());
-    for (int curve = 0; curve < count; ++curve)
-        painter.draw(folded.curves[static_cast<std::size_t>(curve)], static_cast<int>(begin),
-                     static_cast<int>(end), colour(curveInk(curve)));
+    return KLinePainter(frame(), panes(), m_window, m_columns, m_axes, m_study == Study::Macd);
 }
 
 void KLinePlot::paintStill(Pixels pixels, QPainter *)
@@ -512,34 +375,19 @@ void KLinePlot::paintStill(Pixels pixels, QPainter *)
     paintGrid(pixels);
     paintTimes(pixels);
     paintFrames(pixels);
-    const std::size_t end = m_columns.size() - (isLastInView() ? 1 : 0);
-    paintColumns(pixels, 0, end);
-    paintAllCurves(pixels, 0, end);
+    painter().paint(pixels, 0, m_columns.size() - (m_columns.holdNewest() ? 1 : 0));
 }
 
 void KLinePlot::paintLast(Pixels pixels)
 {
-    const std::size_t end = m_columns.size();
-    paintColumns(pixels, end - 1, end);
-    paintAllCurves(pixels, end - 1, end);
-}
-
-void KLinePlot::paintAllCurves(Pixels pixels, std::size_t begin, std::size_t end) const
-{
-    paintCurves(pixels, m_foldedPrices, panes().price, m_axes.price, m_priceAverages.curveCount(),
-                begin, end);
-    paintCurves(pixels, m_foldedVolumes, panes().volume, m_axes.volume,
-                m_volumeAverages.curveCount(), begin, end);
-    // The third curve of MACD is its bars.
-    paintCurves(pixels, m_foldedStudy, panes().indicator, m_axes.study,
-                m_study == Study::Macd ? int(Macd::Bar) : studied().curveCount(), begin, end);
+    painter().paint(pixels, m_columns.size() - 1, m_columns.size());
 }
 
 QRect KLinePlot::lastStrip() const
 {
-    if (!isLastInView())
+    if (!m_columns.holdNewest())
         return {};
-    const int column = m_columns.back().column;
+    const int column = m_columns.last().column;
     // The curves come over from the middle of the column before.
     const int left = panes().price.left() + m_window.middleOf(column - 1);
     const int right
@@ -566,7 +414,7 @@ void KLinePlot::paintGrid(Pixels pixels) const
     }
     const std::vector<double> values = m_study == Study::Macd
         ? m_axes.study.ticks(frame().px(lowerTicks), leastPriceStep)
-        : std::vector<double>{20, 50, 80};
+        : std::vector<double>{lowLevel, (lowLevel + highLevel) / 2, highLevel};
     for (const double value : values)
         level(panes().indicator, m_axes.study, value, ChartText().addFixed(value, 2));
 }
@@ -584,9 +432,12 @@ void KLinePlot::paintTimes(Pixels pixels) const
     int endOfLast = panes().times.left();
     bool isMarked = false;
     const auto block = [&](int bar) { return monthOf(m_bars.at(bar)) / months; };
-    for (const BarColumn &column : m_columns) {
-        const int end = m_window.firstBarOf(column.column + 1);
-        int bar = std::max(1, m_window.firstBarOf(column.column));
+    for (std::size_t index = 0; index < m_columns.size(); ++index) {
+        const int column = m_columns.at(index).column;
+        if (column < m_window.firstColumn() || column > m_window.lastColumn())
+            continue;
+        const int end = m_window.firstBarOf(column + 1);
+        int bar = std::max(1, m_window.firstBarOf(column));
         if (bar >= end || block(end - 1) == block(bar - 1))
             continue;
         while (block(bar) == block(bar - 1))
@@ -594,8 +445,8 @@ void KLinePlot::paintTimes(Pixels pixels) const
         if (putTime(pixels, middleOf(bar), ChartText().addMonth(m_bars.at(bar).day), &endOfLast))
             isMarked = true;
     }
-    if (!isMarked && !m_columns.empty()) {
-        const int bar = m_window.firstBarOf(m_columns.front().column);
+    if (!isMarked && !m_columns.isEmpty()) {
+        const int bar = m_window.firstBarOf(std::max(m_window.firstColumn(), m_window.columnOf(0)));
         putTime(pixels, middleOf(bar), timeText(bar), &endOfLast);
     }
 }

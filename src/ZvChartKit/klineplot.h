@@ -2,14 +2,10 @@
 
 #include "ZvChartKit/barwindow.h"
 #include "ZvChartKit/chartplot.h"
-#include "ZvChartKit/folding.h"
 #include "ZvChartKit/indicators.h"
-#include "ZvChartKit/valueaxis.h"
+#include "ZvChartKit/klinepainter.h"
 
 #include <QString>
-
-#include <memory>
-#include <vector>
 
 struct ZvUBKLine;
 
@@ -75,52 +71,13 @@ protected:
     Figures figuresOf(int place) const override;
 
 private:
-    // A set of curves in one pane, folded to the columns in view.
-    struct Folded {
-        const Indicator *indicator = nullptr;
-        std::vector<std::vector<CurvePoint>> curves;
-
-        void resize(std::size_t columns);
-        void fold(const BarWindow &window, int firstColumn, std::size_t index);
-    };
-
-    struct Axes {
-        ValueAxis price;
-        ValueAxis volume;
-        ValueAxis study;
-        bool operator==(const Axes &other) const
-        {
-            return price == other.price && volume == other.volume && study == other.study;
-        }
-    };
-
-    // How the parts of one candle stand in its column.
-    struct CandleShape {
-        int wickLeft;
-        int wick;
-        int bodyLeft;
-        int body; // 0: a column too narrow for one
-        bool isHollow;
-    };
-
     void updateBars(const ZvUBKLine &line, int first);
     const Indicator &studied() const;
     int axisWidth() const;
-    void fold();
-    void foldColumn(std::size_t index);
-    bool areAxesKept();
-    Axes axesOfColumns() const;
-    bool isLastInView() const;
-
-    CandleShape candleShape() const;
-    void paintCandle(Pixels &pixels, const BarColumn &column, const CandleShape &shape) const;
-    void paintColumns(Pixels pixels, std::size_t begin, std::size_t end) const;
+    KLineAxes axesOfColumns() const;
+    KLinePainter painter() const;
     void paintGrid(Pixels pixels) const;
     void paintTimes(Pixels pixels) const;
-    static Ink curveInk(int curve);
-    void paintCurves(Pixels pixels, const Folded &folded, const QRect &pane, const ValueAxis &axis,
-                     int count, std::size_t begin, std::size_t end) const;
-    void paintAllCurves(Pixels pixels, std::size_t begin, std::size_t end) const;
 
     BarSeries m_bars;
     BarWindow m_window;
@@ -137,12 +94,8 @@ private:
     Kdj m_kdj;
     Rsi m_rsi;
 
-    int m_firstColumn = 0;
-    std::vector<BarColumn> m_columns; // in view
-    Folded m_foldedPrices;
-    Folded m_foldedVolumes;
-    Folded m_foldedStudy;
-    Axes m_axes;
+    BarColumns m_columns;
+    KLineAxes m_axes;
 };
 
 } // namespace zvplot

@@ -23,6 +23,7 @@ public:
 
 private:
     bool isTimeLine() const { return feed->chart() == ZvChartFeed::TimeLine; }
+    zvplot::ChartNotice notice() const;
     zvplot::KLinePlot::Period period() const;
     QString name() const;
 };
@@ -70,25 +71,27 @@ void Zv_CollectionCharts::Private::showGrown(int first)
 
 void Zv_CollectionCharts::Private::showState()
 {
-    using Notice = zvplot::ChartCanvas::Notice;
-    switch (feed->state()) {
-    case ZvChartFeed::Waiting:
-        canvas->setNotice(Notice::Waiting);
-        break;
-    case ZvChartFeed::Ready:
-        canvas->setNotice(Notice::None);
-        break;
-    case ZvChartFeed::NoData:
-        canvas->setNotice(Notice::NoData);
-        break;
-    case ZvChartFeed::Stale:
-        canvas->setNotice(Notice::Stale, feed->ageMs());
-        break;
-    }
+    canvas->setNotice(notice());
     if (feed->state() == ZvChartFeed::Stale && q->isVisible())
         ageTimer->start();
     else
         ageTimer->stop();
+}
+
+zvplot::ChartNotice Zv_CollectionCharts::Private::notice() const
+{
+    using zvplot::ChartNotice;
+    switch (feed->state()) {
+    case ZvChartFeed::Waiting:
+        return ChartNotice(ChartNotice::Waiting);
+    case ZvChartFeed::NoData:
+        return ChartNotice(ChartNotice::NoData);
+    case ZvChartFeed::Stale:
+        return ChartNotice(ChartNotice::Stale, feed->ageMs());
+    case ZvChartFeed::Ready:
+        break;
+    }
+    return ChartNotice();
 }
 
 zvplot::KLinePlot::Period Zv_CollectionCharts::Private::period() const

@@ -471,25 +471,25 @@ private slots:
     {
         m_canvas->showTimeLine(ZvUBTimeLine());
         const QImage bare = picture();
-        m_canvas->setNotice(ChartCanvas::Notice::Waiting);
+        m_canvas->setNotice(ChartNotice(ChartNotice::Waiting));
         const QImage waiting = picture();
-        m_canvas->setNotice(ChartCanvas::Notice::NoData);
+        m_canvas->setNotice(ChartNotice(ChartNotice::NoData));
         const QImage none = picture();
         QVERIFY(bare != waiting && waiting != none && bare != none);
 
         m_canvas->showTimeLine(chartsamples::timeLine(50));
         const QImage figures = picture();
-        m_canvas->setNotice(ChartCanvas::Notice::Waiting);
+        m_canvas->setNotice(ChartNotice(ChartNotice::Waiting));
         QCOMPARE(picture(), figures);
-        m_canvas->setNotice(ChartCanvas::Notice::Stale, 3000);
+        m_canvas->setNotice(ChartNotice(ChartNotice::Stale, 3000));
         const QImage stale = picture();
         QVERIFY(stale != figures);
         turn();
         PaintWatch watch(m_canvas);
-        m_canvas->setNotice(ChartCanvas::Notice::Stale, 3400);
+        m_canvas->setNotice(ChartNotice(ChartNotice::Stale, 3400));
         turn();
         QVERIFY(watch.take().isEmpty());
-        m_canvas->setNotice(ChartCanvas::Notice::Stale, 4000);
+        m_canvas->setNotice(ChartNotice(ChartNotice::Stale, 4000));
         turn();
         QVERIFY(areaOf(watch.take()) <= 900 * 24);
         QVERIFY(picture() != stale);
@@ -498,10 +498,10 @@ private slots:
     void nothingMovesNothingIsPainted()
     {
         m_canvas->showKLine(chartsamples::kLine(500), KLinePlot::Period::Day);
-        m_canvas->setNotice(ChartCanvas::Notice::None);
+        m_canvas->setNotice(ChartNotice(ChartNotice::None));
         turn();
         PaintWatch watch(m_canvas);
-        m_canvas->setNotice(ChartCanvas::Notice::None);
+        m_canvas->setNotice(ChartNotice(ChartNotice::None));
         m_canvas->setRedUp(true);
         QTest::qWait(50);
         QVERIFY(watch.take().isEmpty());

@@ -1,0 +1,90 @@
+#include "ZvChartKit/chartnotice.h"
+
+#include "ZvChartKit/chartglyphs.h"
+#include "ZvChartKit/chartplot.h"
+
+#include <QPainter>
+#include <QRegion>
+
+#include <algorithm>
+
+namespace zvplot {
+
+namespace {
+
+constexpr int gap = 8; // in pixels of the widget
+
+} // namespace
+
+ChartText ChartNotice::text() const
+{
+    ChartText text;
+    switch (m_kind) {
+    case None:
+        break;
+    case Waiting:
+        text.add(u"正在读取行情…");
+        break;
+    case NoData:
+        text.add(u"暂无数据");
+        break;
+    case Stale: {
+        const qint64 seconds = std::max<qint64>(0, m_ageMs) / 1000;
+        text.add(u"行情停在 ");
+        if (seconds < 60)
+            text.addFixed(static_cast<double>(seconds), 0).add(u" 秒前");
+        else if (seconds < 3600)
+            text.addFixed(static_cast<double>(seconds / 60), 0).add(u" 分钟前");
+        else
+            text.addFixed(static_cast<double>(seconds / 3600), 0).add(u" 小时前");
+        break;
+    }
+    }
+    return text;
+}
+
+int ChartNotice::reserve(const ChartPlot &plot) const
+{
+    if (m_kind != Stale)
+        return 0;
+    return plot.frame().glyphs->width(text().view()) + plot.frame().px(2 * gap);
+}
+
+void ChartNotice::paint(QPainter *painter, const ChartPlot &plot, const QRegion &region) const
+{
+    const QRect head = plot.frame().toWidget(plot.panes().priceHead);
+    if (m_kind == Stale && !plot.panes().isEmpty() && region.intersects(head))
+        paintAge(painter, plot);
+    if ((m_kind == Waiting || m_kind == NoData) && plot.isEmpty())
+        paintInstead(painter, plot);
+}
+
+void ChartNotice::paintAge(QPainter *painter, const ChartPlot &plot) const
+{
+    ChartGlyphs &glyphs = *plot.frame().glyphs;
+    const QRect &head = plot.panes().priceHead;
+    const ChartText words = text();
+    const int width = glyphs.width(words.view());
+    if (width > head.width())
+        return;
+    glyphs.put(head.right() + 1 - width - plot.frame().px(gap),
+               glyphs.baselineBetween(head.top(), head.bottom() + 1), words.view(),
+               (*plot.frame().colours)[Ink::Key]);
+    glyphs.draw(painter);
+}
+
+void ChartNotice::paintInstead(QPainter *painter, const ChartPlot &plot) const
+{
+    ChartGlyphs &glyphs = *plot.frame().glyphs;
+    const QRect area
+        = plot.panes().isEmpty() ? QRect(QPoint(), plot.frame().size) : plot.panes().price;
+    const ChartText words = text();
+    const int width = glyphs.width(words.view());
+    if (width > area.width() || glyphs.height() > area.height())
+        return;
+    glyphs.put(area.center().x() - width / 2, glyphs.baselineBetween(area.top(), area.bottom() + 1),
+               words.view(), (*plot.frame().colours)[Ink::Dim]);
+    glyphs.draw(painter);
+}
+
+} // namespace zvplot
