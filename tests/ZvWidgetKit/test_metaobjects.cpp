@@ -6,6 +6,9 @@
 #include "ZvWidgetKit/collectiontabledelegate.h"
 #include "ZvWidgetKit/collectiontablemodel.h"
 #include "ZvWidgetKit/market_detailwidget.h"
+#include "ZvWidgetKit/market_ktimewidget.h"
+#include "ZvWidgetKit/market_widget.h"
+#include "ZvWidgetKit/small_money_inout.h"
 #include "ZvWidgetKit/zvguidetabitem.h"
 #include "ZvWidgetKit/zvguidetabpage.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
@@ -110,6 +113,13 @@ private slots:
         QTest::newRow("delegate") << &CollectionTableDelegate::staticMetaObject
                                   << "CollectionTableDelegate"
                                   << &QStyledItemDelegate::staticMetaObject;
+        QTest::newRow("money in and out")
+            << &Small_Money_InOut::staticMetaObject << "Small_Money_InOut"
+            << &BreltFramlessMoveableDialog::staticMetaObject;
+        QTest::newRow("chart page") << &Market_KTimeWidget::staticMetaObject << "Market_KTimeWidget"
+                                    << &QWidget::staticMetaObject;
+        QTest::newRow("market half")
+            << &Market_Widget::staticMetaObject << "Market_Widget" << &QWidget::staticMetaObject;
         QTest::newRow("guide item")
             << &ZvGuideTabItem::staticMetaObject << "ZvGuideTabItem" << &QWidget::staticMetaObject;
         QTest::newRow("guide page")
@@ -168,6 +178,50 @@ private slots:
                               "public slot selectTiggered(QString collectionId)",
                               "public slot requestPage_whenWheelOut()",
                               "public slot requestPage_whenWheelIn()"}));
+    }
+
+    void marketMethods()
+    {
+        const QStringList expected{
+            "public slot showButtonsNeedLog()",
+            "public slot hideButtonsNeedLog()",
+            "public slot slot_showIntroduction_clicked()",
+            "public slot slot_moneyOverview_clicked()",
+            "public slot slot_inputoutput_clicked()",
+            "public slot slot_showInputOutput()",
+            "public slot slot_showNotBankCardFind(QString qrcode)",
+            "public slot slot_gotoUrl_input()",
+            "public slot slot_gotoUrl_output()",
+            "public slot slot_purchaseApply_clicked()",
+            "public slot slot_showOpenApplyList()",
+            "public slot slot_changeToPage_marketTable()",
+            "public slot slot_changeToPage_TimeChart()",
+            "public slot slot_changeToPage_KLine_day()",
+            "public slot slot_changeToPage_KLine_week()",
+            "public slot slot_changeToPage_KLine_month()",
+            "public slot slot_changeToPage_marketDetail()",
+            "public slot slot_turnoverOption()",
+            "public slot slot_turnoverKTime()",
+            "public slot slot_changePageWhenKeybordFairy(QString code)",
+            "public slot slot_escapeToTimeKline()",
+            "public slot slot_escapeToTableView()",
+            "private slot slot_flushQrcodeWhenShow()",
+        };
+        const QMetaObject &meta = Market_Widget::staticMetaObject;
+        QCOMPARE(ownMethods(meta).join('\n'), expected.join('\n'));
+        for (const char *escape : {"slot_escapeToTimeKline()", "slot_escapeToTableView()"})
+            QCOMPARE(meta.method(meta.indexOfSlot(escape)).returnType(), int(QMetaType::Bool));
+    }
+
+    void chartPageMethods()
+    {
+        QCOMPARE(ownMethods(Market_KTimeWidget::staticMetaObject),
+                 QStringList("public slot timer_wheelCard_timeout()"));
+    }
+
+    void moneyDialogAddsNoMethods()
+    {
+        QCOMPARE(ownMethods(Small_Money_InOut::staticMetaObject), QStringList());
     }
 
     void tableClassesAddNoMethods()
