@@ -4,7 +4,10 @@
 
 class ConnectionStrip;
 class EmbeddedExchange;
+class KeyboardSprite;
+class Market_Widget;
 class QSplitter;
+class QStackedWidget;
 class QTableView;
 class QUrl;
 
@@ -38,11 +41,15 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
-    void createShortcuts();
+    void createConnections();
+    void goBack();
     void noteRows();
 
     QSplitter *m_halves;
-    QTableView *m_table; // of the market half
+    Market_Widget *m_market;
+    QStackedWidget *m_pages; // of the market half: its table, the chart, the deals
+    QTableView *m_table; // the market table
     ConnectionStrip *m_strip;
+    KeyboardSprite *m_sprite;
     bool m_hasMarket = false;
 };

@@ -1,20 +1,28 @@
 #include "client/accountbutton.h"
 #include "client/connectionstrip.h"
+#include "client/keyboardsprite.h"
 #include "client/mainwindow.h"
 
 #include "support/calltrace.h"
 #include "support/testregistry.h"
 
+#include "ZvModelKit/zvubbriefinfo.h"
 #include "ZvModelKit/zvubobject.h"
 #include "ZvNetworkKit/zvscriptedtransport.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverconfig.h"
 #include "ZvNetworkKit/zvserverengine.h"
+#include "ZvWidgetKit/market_detailwidget.h"
+#include "ZvWidgetKit/market_ktimewidget.h"
 #include "ZvWidgetKit/market_tablewidget.h"
+#include "ZvWidgetKit/market_widget.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
 #include <QButtonGroup>
+#include <QMenu>
+#include <QPushButton>
+#include <QStackedWidget>
 #include <QTableView>
 #include <QtTest/QtTest>
 
@@ -44,6 +52,30 @@ QList<ZvUBObject> someRows()
     return rows;
 }
 
+ZvUBBriefInfo someNames()
+{
+    ZvUBBriefInfo::Data data;
+    for (const ZvUBObject &row : someRows()) {
+        ZvUBBriefItem::Data item;
+        item.collectionId = row.data().collectionId;
+        item.code = row.data().code;
+        item.name = row.data().name;
+        item.initials = QStringList{"cp"};
+        data.items << ZvUBBriefItem(item);
+    }
+    return ZvUBBriefInfo(data);
+}
+
+ZvServerEngine *engine()
+{
+    return ZvServerEngine::getZvServerEngineInstance();
+}
+
+ZvWidgetSignalSLotPool *pool()
+{
+    return ZvWidgetSignalSLotPool::getSignalSlotPoolInstance();
+}
+
 } // namespace
 
 // What the window adds to its parts.
@@ -54,13 +86,52 @@ class MainWindowTest : public QObject
 private:
     std::unique_ptr<MainWindow> m_window;
 
-    QTableView *table() const { return m_window->findChild<QTableView *>(); }
+    QTableView *table() const
+    {
+        return m_window->findChild<Market_TableWidget *>()->findChild<QTableView *>();
+    }
     QString checked() const
     {
         const QAbstractButton *button = m_window->findChild<Market_TableWidget *>()
                                             ->findChild<QButtonGroup *>()
                                             ->checkedButton();
         return button ? button->text() : QString();
+    }
+
+    // The class of the page of the market half that is in front.
+    QString page() const
+    {
+        const auto *pages = m_window->findChild<Market_Widget *>()->findChild<QStackedWidget *>(
+            QString(), Qt::FindDirectChildrenOnly);
+        return pages->currentWidget()->metaObject()->className();
+    }
+
+    KeyboardSprite *sprite() const { return m_window->findChild<KeyboardSprite *>(); }
+
+    QPushButton *marketButton(const QString &text) const
+    {
+        for (QPushButton *button :
+             m_window->findChild<Market_Widget *>()->findChildren<QPushButton *>()) {
+            if (button->text() == text)
+                return button;
+        }
+        return nullptr;
+    }
+
+    void press(Qt::Key key) const
+    {
+        QWidget *focus = m_window->focusWidget();
+        QTest::keyClick(focus ? focus : m_window.get(), key);
+    }
+
+    // On the screen with the keys in it, and a market of three collections.
+    void open()
+    {
+        m_window->show();
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        cache()->storeBriefInfo(someNames());
+        cache()->storeMarketList(someRows());
     }
 
 private slots:
@@ -70,12 +141,13 @@ private slots:
         static int windows = 0;
         access()->setUrlPrefix(QStringLiteral("/window/%1/").arg(++windows));
         m_window = std::make_unique<MainWindow>();
-        m_window->resize(790, 500);
+        m_window->resize(1000, 700);
     }
 
     void cleanup()
     {
         m_window.reset();
+        engine()->startUnloggedEngine();
         access()->stop();
         access()->setTransport(nullptr);
     }
@@ -124,6 +196,144 @@ private slots:
         QVERIFY(ZvServerEngine::getZvServerEngineInstance()->getIsOptionalCollectionIds());
         QTest::keyClick(table(), Qt::Key_F6);
         QCOMPARE(checked(), QStringLiteral("行情"));
+    }
+
+    void f5TurnsBetweenTheCharts()
+    {
+        open();
+        press(Qt::Key_F5);
+        QCOMPARE(page(), QStringLiteral("Market_KTimeWidget"));
+        QVERIFY(marketButton("分时")->isChecked());
+        press(Qt::Key_F5);
+        QVERIFY(marketButton("日K")->isChecked());
+        press(Qt::Key_F5);
+        QVERIFY(marketButton("分时")->isChecked());
+    }
+
+    void escapeGoesBackStepByStep()
+    {
+        open();
+        press(Qt::Key_Return);
+        QTest::mouseClick(marketButton("月K"), Qt::LeftButton);
+        pool()->slot_marketDeatil_clicked();
+        QCOMPARE(page(), QStringLiteral("Market_DetailWidget"));
+        press(Qt::Key_Escape);
+        QCOMPARE(page(), QStringLiteral("Market_KTimeWidget"));
+        QVERIFY(marketButton("月K")->isChecked());
+        press(Qt::Key_Escape);
+        QCOMPARE(page(), QStringLiteral("Market_TableWidget"));
+        QVERIFY(table()->hasFocus());
+        zvtest::CallTrace trace;
+        press(Qt::Key_Escape);
+        QCOMPARE(page(), QStringLiteral("Market_TableWidget"));
+        QCOMPARE(trace.take(), QStringList());
+    }
+
+    void pageKeysWalkOnTheChartAlone()
+    {
+        open();
+        QCOMPARE(engine()->getGlobalCollectionID(), QStringLiteral("1001"));
+        press(Qt::Key_Return);
+        press(Qt::Key_PageDown);
+        QCOMPARE(engine()->getGlobalCollectionID(), QStringLiteral("1002"));
+        press(Qt::Key_PageDown);
+        press(Qt::Key_PageDown);
+        QCOMPARE(engine()->getGlobalCollectionID(), QStringLiteral("1003"));
+        press(Qt::Key_PageUp);
+        QCOMPARE(engine()->getGlobalCollectionID(), QStringLiteral("1002"));
+        // The table follows behind the chart.
+        press(Qt::Key_Escape);
+        QCOMPARE(table()->currentIndex().row(), 1);
+    }
+
+    void aTypedCodeOpensItsChart()
+    {
+        open();
+        QSignalSpy typed(pool(), &ZvWidgetSignalSLotPool::signal_keyboardFairy_clicked);
+        QTest::keyClick(table(), Qt::Key_1);
+        QCOMPARE(typed.count(), 1);
+        QCOMPARE(typed.first().first().toInt(), int(Qt::Key_1));
+        QVERIFY(sprite()->isVisible());
+        QTest::keyClicks(m_window->focusWidget(), "003");
+        zvtest::CallTrace trace;
+        press(Qt::Key_Return);
+        QVERIFY(sprite()->isHidden());
+        QCOMPARE(page(), QStringLiteral("Market_KTimeWidget"));
+        QCOMPARE(engine()->getGlobalCollectionID(), QStringLiteral("1003"));
+        const QStringList calls = trace.take();
+        QVERIFY2(calls.indexOf("ZvServerEngine::setGlobalCollectionID(\"1003\")")
+                     < calls.indexOf("ZvServerEngine::changedToTimeLine()"),
+                 qPrintable(calls.join('\n')));
+        // On the chart the mode stays.
+        QTest::mouseClick(marketButton("周K"), Qt::LeftButton);
+        press(Qt::Key_C);
+        press(Qt::Key_P);
+        press(Qt::Key_Return);
+        QCOMPARE(engine()->getGlobalCollectionID(), QStringLiteral("1001"));
+        QVERIFY(marketButton("周K")->isChecked());
+    }
+
+    void theSpriteClosesWithTheServer()
+    {
+        open();
+        sprite()->begin(Qt::Key_1);
+        QVERIFY(sprite()->isVisible());
+        emit pool()->signal_loadTradeData_fromServer();
+        QVERIFY(sprite()->isHidden());
+    }
+
+    void theSpriteStandsAboveTheStrip()
+    {
+        open();
+        sprite()->begin(Qt::Key_1);
+        const QRect place(sprite()->mapTo(m_window.get(), QPoint()), sprite()->size());
+        QVERIFY(place.bottom() < m_window->connectionStrip()->y());
+        QVERIFY(m_window->rect().contains(place));
+        QCOMPARE(m_window->childAt(place.center())->window(), m_window.get());
+        QVERIFY(sprite()->isAncestorOf(m_window->childAt(place.center())));
+    }
+
+    void buttonsOfTheAccountComeAndGoWithIt()
+    {
+        open();
+        const QStringList names{"资金总览", "藏品申购", "入金", "出金"};
+        const auto shown = [&] {
+            QStringList found;
+            for (const QString &name : names) {
+                if (marketButton(name)->isVisible())
+                    found << name;
+            }
+            return found;
+        };
+        QCOMPARE(shown(), QStringList());
+        engine()->isLogged = true;
+        pool()->slot_login_succeed();
+        QCOMPARE(shown(), names);
+        pool()->slot_loggedOtherPlace();
+        QCOMPARE(shown(), QStringList());
+        pool()->slot_login_succeed();
+        // And with a sign-out by hand.
+        m_window->findChild<AccountButton *>()->findChild<QMenu *>()->actions().last()->trigger();
+        QCOMPARE(shown(), QStringList());
+        QVERIFY(!engine()->isLogged);
+    }
+
+    void theMenuOfTheAccountAsksForTheBankCard()
+    {
+        open();
+        zvtest::CallTrace trace;
+        m_window->findChild<AccountButton *>()->findChild<QMenu *>()->actions().first()->trigger();
+        QCOMPARE(trace.take(), QStringList("ZvServerEngine::sendRequest_Mybankcard()"));
+    }
+
+    void aWindowThatComesBackTellsThePageInFront()
+    {
+        open();
+        press(Qt::Key_Return);
+        m_window->hide();
+        zvtest::CallTrace trace;
+        m_window->show();
+        QVERIFY(!trace.take().contains("ZvServerEngine::changedToMarketList()"));
     }
 
     void accountStandsAtTheEndOfTheStrip()
@@ -177,9 +387,9 @@ private slots:
         QSignalSpy sizes(ZvWidgetSignalSLotPool::getSignalSlotPoolInstance(),
                          &ZvWidgetSignalSLotPool::signal_adjustSize);
         m_window->show();
-        m_window->resize(780, 480);
+        m_window->resize(880, 640);
         QTRY_VERIFY(!sizes.isEmpty());
-        QTRY_COMPARE(sizes.last().first().toSize(), QSize(780, 480));
+        QTRY_COMPARE(sizes.last().first().toSize(), QSize(880, 640));
     }
 };
 

@@ -27,6 +27,11 @@ QAbstractButton *buttonOf(const QWidget &window, const QString &text)
 
 } // namespace
 
+QTableView *marketTable(const QWidget &window)
+{
+    return window.findChild<Market_TableWidget *>()->findChild<QTableView *>();
+}
+
 bool choose(const QWidget &window, const QString &text)
 {
     if (!until([&] { return buttonOf(window, text) != nullptr; }))
@@ -57,7 +62,7 @@ QString chosen(const QWidget &window)
 
 QStringList textsOfColumn(const QWidget &window, int column)
 {
-    const QAbstractItemModel *model = window.findChild<QTableView *>()->model();
+    const QAbstractItemModel *model = marketTable(window)->model();
     QStringList texts;
     for (int row = 0; row < model->rowCount(); ++row)
         texts << model->index(row, column).data().toString();

@@ -3,10 +3,14 @@
 #include <QString>
 #include <QStringList>
 
+class QTableView;
 class QWidget;
 
 // The page of the market table in the window, as a user takes it.
 namespace endtoend {
+
+// The market table. Other tables stand on the other pages.
+QTableView *marketTable(const QWidget &window);
 
 // Clicks a button of the footer by its text; waits for it to be there. False where it does not
 // come.

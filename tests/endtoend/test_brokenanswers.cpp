@@ -107,7 +107,7 @@ private slots:
         QFETCH(QByteArray, answer);
         QFETCH(bool, isWarning);
         auto *access = ZvServerAccessManager::getZvServerAccessManagerInstance();
-        QTableView *table = m_window->findChild<QTableView *>();
+        QTableView *table = endtoend::marketTable(*m_window);
         QTRY_VERIFY_WITH_TIMEOUT(access->isConnected(), patience);
         table->selectRow(2);
         const int rows = table->model()->rowCount();

@@ -68,7 +68,7 @@ private slots:
         QCOMPARE(ticks.count(), 0);
         QCOMPARE(paints.count, 0);
         // And the count does count.
-        window.findChild<QTableView *>()->selectRow(3);
+        endtoend::marketTable(window)->selectRow(3);
         QTRY_VERIFY(paints.count > 0);
         access->stop();
     }

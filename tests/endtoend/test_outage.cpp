@@ -28,7 +28,7 @@ private slots:
         auto *access = ZvServerAccessManager::getZvServerAccessManagerInstance();
         MainWindow window;
         ConnectionStrip *strip = window.connectionStrip();
-        QTableView *table = window.findChild<QTableView *>();
+        QTableView *table = endtoend::marketTable(window);
         window.show();
         access->setExchangeAddress(exchange.address());
         access->start();

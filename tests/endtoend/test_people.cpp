@@ -65,7 +65,7 @@ private slots:
         m_window = std::make_unique<MainWindow>();
         m_window->resize(1600, 700);
         m_window->show();
-        m_table = m_window->findChild<QTableView *>();
+        m_table = endtoend::marketTable(*m_window);
         QVERIFY(m_table);
         m_window->useExchange(m_exchange.address());
         QTRY_VERIFY_WITH_TIMEOUT(m_window->hasMarket(), patience);

@@ -79,7 +79,7 @@ private slots:
     void favouriteWithoutASignInIsLocal()
     {
         QVERIFY(endtoend::choose(*m_window, "邮票"));
-        auto *table = m_window->findChild<QTableView *>();
+        auto *table = endtoend::marketTable(*m_window);
         const QPoint place = table->visualRect(table->model()->index(1, codeColumn)).center();
         QTest::mouseClick(table->viewport(), Qt::RightButton, Qt::NoModifier, place);
         QContextMenuEvent ask(QContextMenuEvent::Mouse, place,
