@@ -9,12 +9,12 @@ stop() {
     exit "${2:-1}"
 }
 
-# Installs what packages.txt names and this machine lacks. Touches nothing when all is there, so
-# that both commands work offline from the second time on.
+# install_packages LIST...: installs what the lists name and this machine lacks. Touches nothing when
+# all is there, so that both commands work offline from the second time on.
 install_packages() {
-    command -v dpkg-query >/dev/null || stop "this is not a Debian machine; install what packages.txt names by hand, then build with cmake --preset release"
+    command -v dpkg-query >/dev/null || stop "this is not a Debian machine; install what $* name by hand, then build with cmake --preset release"
     local wanted missing=() present name
-    mapfile -t wanted < <(sed -e 's/#.*//' -e 's/[[:space:]]//g' -e '/^$/d' packages.txt)
+    mapfile -t wanted < <(sed -e 's/#.*//' -e 's/[[:space:]]//g' -e '/^$/d' "$@")
     # It fails as soon as one package is unknown to it, and still tells of all the others.
     present=$(dpkg-query -W -f='${Package} ${db:Status-Status}\n' "${wanted[@]}" 2>/dev/null) || true
     for name in "${wanted[@]}"; do

@@ -60,7 +60,7 @@ class CommandsTest(unittest.TestCase):
         self.elsewhere = base / "else where"
         for folder in (self.house / "tools", self.bin, self.elsewhere, base / "home"):
             folder.mkdir(parents=True)
-        for name in ("run", "test", "packages.txt", "tools/build.sh"):
+        for name in ("run", "test", "packages.txt", "packages-test.txt", "tools/build.sh"):
             shutil.copy(ROOT / name, self.house / name)
         for name, body in {**STAND_INS, "client": CLIENT}.items():
             self.put(name, body)
@@ -124,6 +124,12 @@ class CommandsTest(unittest.TestCase):
             "apt-get [update] [-q]",
             "apt-get [install] [-q] [-y] [--no-install-recommends] [ninja-build] [ccache]"])
         self.assertFalse([c for c in calls if c.startswith("sudo")])
+
+    def test_who_trades_gets_nothing_that_tests_alone_need(self):
+        missing = "ccache xvfb chromium"
+        for command, wanted in (("run", "[ccache]"), ("test", "[ccache] [xvfb] [chromium]")):
+            _, calls = self.start(command, MISSING=missing)
+            self.assertEqual(calls[1], "apt-get [install] [-q] [-y] [--no-install-recommends] " + wanted)
 
     def test_another_user_is_asked_for_sudo_once(self):
         for command in ("run", "test"):
