@@ -253,12 +253,17 @@ void ChartCanvas::forgetMouse()
 
 void ChartCanvas::followMouse()
 {
+    setCrosshair(crosshairAtMouse());
+}
+
+Crosshair ChartCanvas::crosshairAtMouse() const
+{
     Crosshair crosshair;
     if (m_mouse)
         crosshair.place = m_plot->placeAt(m_mouse->x());
     if (crosshair.isShown())
         crosshair.row = rowAt(crosshair.place);
-    setCrosshair(crosshair);
+    return crosshair;
 }
 
 // The mouse's row, or that of a figure within its reach; the place's price where keys rule.
@@ -270,18 +275,17 @@ int ChartCanvas::rowAt(int place) const
     return isOverPrices ? m_plot->magnet(place, m_mouse->y()) : m_mouse->y();
 }
 
-// After the figures or their places have changed: the crosshair stays where the mouse is, or on the
-// bar that keys or the zoom hold it on.
+// After the figures or their places have changed and everything is painted anew: the crosshair
+// stays where the mouse is, or on the bar that keys or the zoom hold it on. Where it stood may not
+// be a place any more.
 void ChartCanvas::settleCrosshair()
 {
     if (m_hold == Hold::None || !m_crosshair.isShown() || m_plot->isEmpty()) {
-        followMouse();
+        m_crosshair = crosshairAtMouse();
         return;
     }
-    Crosshair crosshair;
-    crosshair.place = std::clamp(m_crosshair.place, m_plot->firstPlace(), m_plot->lastPlace());
-    crosshair.row = rowAt(crosshair.place);
-    setCrosshair(crosshair);
+    m_crosshair.place = std::clamp(m_crosshair.place, m_plot->firstPlace(), m_plot->lastPlace());
+    m_crosshair.row = rowAt(m_crosshair.place);
 }
 
 void ChartCanvas::moveByPlaces(int places)
@@ -341,7 +345,10 @@ int ChartCanvas::zoomAnchor() const
 // holds on to the bar, so that a turn of many notches goes around one bar.
 void ChartCanvas::zoom(int levels)
 {
-    applyAll(m_kLine.zoom(levels, zoomAnchor()));
+    const ChartPlot::Change change = m_kLine.zoom(levels, zoomAnchor());
+    if (!change.isEverything)
+        return;
+    updateAll();
     if (m_hold == Hold::None)
         m_hold = Hold::Zoom;
     settleCrosshair();

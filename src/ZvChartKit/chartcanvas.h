@@ -80,6 +80,7 @@ private:
     void moveMouse(const QPoint &device);
     void forgetMouse();
     void followMouse();
+    Crosshair crosshairAtMouse() const;
     int rowAt(int place) const;
     void setCrosshair(const Crosshair &crosshair);
     void settleCrosshair();

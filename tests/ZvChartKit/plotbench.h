@@ -6,6 +6,7 @@
 
 #include <QGuiApplication>
 #include <QImage>
+#include <QPainter>
 
 // A frame for plots, as a canvas would give them one.
 struct PlotBench {
@@ -32,6 +33,16 @@ inline int countOf(const QImage &image, QRgb colour, const QRect &within = QRect
             count += image.pixel(x, y) == colour ? 1 : 0;
     }
     return count;
+}
+
+// True where two pictures are the same but for what stands within a rectangle.
+inline bool areEqualBut(QImage one, QImage two, const QRect &within)
+{
+    for (QImage *image : {&one, &two}) {
+        QPainter painter(image);
+        painter.fillRect(within, Qt::black);
+    }
+    return one == two;
 }
 
 // The rows of a colour in one column; the first above the last where there is none.

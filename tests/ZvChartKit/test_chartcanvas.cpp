@@ -323,6 +323,26 @@ private slots:
         QCOMPARE(picture(), before);
     }
 
+    void fewerBarsThanBeforeAreNoTrap()
+    {
+        m_canvas->showKLine(chartsamples::kLine(500), KLinePlot::Period::Day);
+        QTest::mouseMove(m_canvas, QPoint(800, 200));
+        turn();
+        QVERIFY(crossColumn(picture()) > 700);
+        m_canvas->showKLine(chartsamples::kLine(10), KLinePlot::Period::Day);
+        QVERIFY(crossColumn(picture()) < 80); // on the nearest bar
+        QTest::keyClick(m_canvas, Qt::Key_Left);
+        m_canvas->showKLine(chartsamples::kLine(2), KLinePlot::Period::Day);
+        QVERIFY(crossColumn(picture()) < 16);
+        m_canvas->showKLine(ZvUBKLine(), KLinePlot::Period::Day);
+        QCOMPARE(crossColumn(picture()), -1);
+        m_canvas->showTimeLine(chartsamples::timeLine(200));
+        QTest::mouseMove(m_canvas, QPoint(600, 200));
+        turn();
+        m_canvas->showTimeLine(chartsamples::timeLine(3));
+        QVERIFY(crossColumn(picture()) < 100);
+    }
+
     // What the crosshair leaves behind is what stood there.
     void theCrosshairRepaintsOnlyItself_data()
     {
