@@ -8,6 +8,7 @@
 #include "ZvWidgetKit/collection_detailwidget.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 #include "dealrows.h"
+#include "detailfigures.h"
 #include "renamedfont.h"
 #include "support/calltrace.h"
 #include "support/testregistry.h"
@@ -130,40 +131,14 @@ ZvServerEngine *engine()
     return ZvServerEngine::getZvServerEngineInstance();
 }
 
-// A quote whose figures all differ, around a previous close of 100.00.
 ZvUBTopFive::Data quoteData()
 {
-    ZvUBTopFive::Data data;
-    data.collectionId = current;
-    data.code = QStringLiteral("600137");
-    data.name = QStringLiteral("庚申猴票");
-    for (int level = 0; level < 5; ++level) {
-        data.sells[std::size_t(level)] = {10003 + level, 31 + level};
-        data.buys[std::size_t(level)] = {10001 - level, 51 + level};
-    }
-    data.latest = 10002;
-    data.previousClose = 10000;
-    data.lowerLimit = 9000;
-    data.upperLimit = 11000;
-    return data;
+    return zvtest::quoteData(current);
 }
 
-// Figures of a day that all differ.
 ZvUBProItem::Data dayData()
 {
-    ZvUBProItem::Data data;
-    data.collectionId = current;
-    data.open = 10010;
-    data.high = 10900;
-    data.low = 9100;
-    data.volume = 700;
-    data.amount = 7007000;
-    data.listed = 100000;
-    data.outer = 400;
-    data.inner = 300;
-    data.buyQuantity = 265;
-    data.sellQuantity = 165;
-    return data;
+    return zvtest::dayData(current);
 }
 
 QString colourOfChange(const QLabel *label, const QLabel *rate)
@@ -747,23 +722,8 @@ private slots:
     void extremeFiguresAreNotCut()
     {
         showPanel();
-        ZvUBTopFive::Data data = quoteData();
-        for (std::size_t level = 0; level < 5; ++level) {
-            data.sells[level] = {13107199, 9999999999};
-            data.buys[level] = {13107199, 9999999999};
-        }
-        data.latest = 13107199;
-        data.previousClose = 1;
-        data.upperLimit = 13107199;
-        storeQuote(data);
-        ZvUBProItem::Data day = dayData();
-        day.open = day.high = day.low = 13107199;
-        day.volume = 99999999999;
-        day.amount = 900000000000000000;
-        day.outer = day.inner = 99999999999;
-        day.listed = 1000000000;
-        day.sellQuantity = 0;
-        cache()->storeProItem(current, ZvUBProItem(day));
+        storeQuote(zvtest::longestQuoteData(current));
+        cache()->storeProItem(current, ZvUBProItem(zvtest::longestDayData(current)));
         QCoreApplication::processEvents();
         QCOMPARE(m_panel->width(), 325);
         for (const QLabel *each : m_panel->findChildren<QLabel *>()) {

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QImage>
+#include <QString>
+
+class QWidget;
+
+namespace zvtest {
+
+// The client's look: its font, its style, no blinking.
+void wearTheClientsLook();
+
+// A shown widget as a screen of this scale would show it.
+QImage picture(QWidget *widget, double scale);
+
+// Empty when the picture is equal to pictures/NAME.png, to the pixel, else what is wrong and where
+// the picture was left to be looked at. With ZV_RENEW_PICTURES in the environment it becomes the
+// new one.
+QString differenceFromPicture(const QImage &image, const QString &name);
+
+// The same for a picture of which only the hash is kept, in pictures/hashes.txt.
+QString differenceFromHash(const QImage &image, const QString &name);
+
+} // namespace zvtest
