@@ -6,7 +6,7 @@
 #include "ZvNetworkKit/zvkittrace.h"
 #include "ZvNetworkKit/zvmarketpoller.h"
 #include "ZvNetworkKit/zvnewestquestion.h"
-#include "ZvNetworkKit/zvretry.h"
+#include "ZvNetworkKit/zvpace.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverengine.h"
@@ -82,6 +82,7 @@ private:
     bool isTimeLine() const { return chart == TimeLine; }
     bool stands() const { return !timeLine.minutes.isEmpty() || !kLine.bars.isEmpty(); }
     bool hasCollection() const;
+    bool isAway() const;
     bool canAsk() const;
 
     void restart();
@@ -90,12 +91,10 @@ private:
     void changeConnection(bool connected);
     void stop();
 
-    void schedule();
     void renew();
-    void ask();
-    void askIfDue();
+    bool ask();
     int wantedBars() const;
-    void send(ZvNewestQuestion &question, const ZvRequest::Parameters &parameters,
+    bool send(ZvNewestQuestion &question, const ZvRequest::Parameters &parameters,
               ZvExchangeLink::Done done);
     void take(Extent extent, const ZvOutcome &outcome, int wanted);
     void takeNone();
@@ -118,17 +117,13 @@ private:
     QString m_boot; // the run of the service that the figures are of
 
     ZvNewestQuestion m_question;
-    bool m_isScheduled = false;
-    bool m_isDue = false; // there is more to ask for as soon as it may be
+    ZvNewestQuestion m_earlier; // for bars before those that stand
+    ZvPace m_pace; // of the former
+    ZvTimer m_earlierPause;
     bool m_needsWhole = false; // what stands cannot be gone on from
+    bool m_hasAllEarlier = false;
     bool m_isBehind = false; // the exchange is away, or was away since the last answer
     bool m_isLogged = false; // that the last question failed
-    ZvTimer m_distance; // since the last question
-    ZvRetry m_retry;
-
-    ZvNewestQuestion m_earlier; // for bars before those that stand
-    bool m_hasAllEarlier = false;
-    ZvTimer m_earlierPause;
 
     qint64 m_heldAt = 0; // when the figures were last known to hold
     State m_told = NoData;
@@ -137,12 +132,8 @@ private:
 };
 
 ZvChartFeed::Private::Private(ZvChartFeed *feed, ZvExchangeLink *link, ZvMarketPoller *poller)
-    : q(feed), m_link(link), m_poller(poller), m_question(link), m_retry(link,
-                                                                         [this] {
-                                                                             if (canAsk())
-                                                                                 ask();
-                                                                         }),
-      m_earlier(link)
+    : q(feed), m_link(link), m_poller(poller), m_question(link), m_earlier(link),
+      m_pace(link, shortestDistance, [this] { return ask(); })
 {
     connect(link, &ZvExchangeLink::started, this, &Private::restart);
     connect(link, &ZvExchangeLink::stopped, this, &Private::stop);
@@ -158,12 +149,19 @@ ZvChartFeed::Private::Private(ZvChartFeed *feed, ZvExchangeLink *link, ZvMarketP
             });
     collection = poller->collection();
     state = m_told = hasCollection() ? Waiting : NoData;
+    m_isBehind = isAway();
 }
 
 // An empty id is none, and a negative one stands for more than one collection.
 bool ZvChartFeed::Private::hasCollection() const
 {
     return !collection.isEmpty() && !collection.startsWith(QLatin1Char('-'));
+}
+
+// Nobody would say that figures have changed. Before the first answer to a poll nothing is away.
+bool ZvChartFeed::Private::isAway() const
+{
+    return m_link && !m_link->isConnected() && m_link->dataAge() >= 0;
 }
 
 bool ZvChartFeed::Private::canAsk() const
@@ -191,32 +189,32 @@ void ZvChartFeed::Private::setActive(bool active)
         return;
     }
     isActive = true;
-    m_isDue = true;
-    if (!m_distance || !stands())
-        schedule();
+    if (stands())
+        m_pace.follow();
+    else
+        m_pace.begin();
 }
 
 // Everything is about something else from here on.
 void ZvChartFeed::Private::restart()
 {
     dropQuestions();
-    m_distance.reset();
+    m_pace.forgetDistance();
     m_earlierPause.reset();
     m_isLogged = false;
-    m_isBehind = false;
+    m_isBehind = isAway();
     collection = m_poller ? m_poller->collection() : QString();
     forgetFigures();
     state = hasCollection() ? Waiting : NoData;
     tellLater(News::Replaced);
-    schedule();
+    m_pace.begin();
 }
 
 void ZvChartFeed::Private::dropQuestions()
 {
     m_question.drop();
     m_earlier.drop();
-    m_isDue = false;
-    m_retry.reset();
+    m_pace.drop();
 }
 
 void ZvChartFeed::Private::forgetFigures()
@@ -237,8 +235,8 @@ void ZvChartFeed::Private::changeConnection(bool connected)
             state = Stale;
             tellLater(News::None);
         }
-    } else if (m_isBehind && !m_question.isOpen()) {
-        schedule();
+    } else if (m_isBehind) {
+        m_pace.begin();
     }
 }
 
@@ -248,54 +246,29 @@ void ZvChartFeed::Private::stop()
     changeConnection(false);
 }
 
-// From the event loop, so that many changes in a row are one question.
-void ZvChartFeed::Private::schedule()
-{
-    if (m_isScheduled)
-        return;
-    m_isScheduled = true;
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            m_isScheduled = false;
-            if (canAsk() && !m_question.isOpen())
-                ask();
-        },
-        Qt::QueuedConnection);
-}
-
+// The figures may be others by now.
 void ZvChartFeed::Private::renew()
 {
-    if (!canAsk() || m_isScheduled || m_retry.isWaiting())
-        return; // asked for anyway, sooner or later
+    if (!canAsk())
+        return; // it catches up when it can
     noteAge();
-    m_isDue = true;
-    askIfDue();
+    m_pace.follow();
 }
 
-void ZvChartFeed::Private::askIfDue()
+bool ZvChartFeed::Private::ask()
 {
-    if (m_isDue && !m_question.isOpen() && !m_distance && canAsk())
-        ask();
-}
-
-void ZvChartFeed::Private::ask()
-{
-    m_retry.stop();
-    m_isDue = false;
+    if (!canAsk())
+        return false;
     const Extent extent = stands() && !m_needsWhole ? Tail : Whole;
     ZvRequest::Parameters parameters{parameter("collection", collection)};
     if (!isTimeLine())
         parameters.append(parameter("count", extent == Tail ? tailBars : wantedBars()));
     else if (extent == Tail)
         parameters.append(parameter("from", timeLine.minutes.last().time));
-    send(m_question, parameters, [this, extent, wanted = wantedBars()](const ZvOutcome &outcome) {
-        take(extent, outcome, wanted);
-    });
-    m_distance = m_link->clock()->after(shortestDistance, [this] {
-        m_distance.reset();
-        askIfDue();
-    });
+    return send(m_question, parameters,
+                [this, extent, wanted = wantedBars()](const ZvOutcome &outcome) {
+                    take(extent, outcome, wanted);
+                });
 }
 
 // Bars that were asked for earlier are asked for again.
@@ -304,13 +277,13 @@ int ZvChartFeed::Private::wantedBars() const
     return std::clamp(kLine.bars.size(), int(usualBars), int(mostBars));
 }
 
-void ZvChartFeed::Private::send(ZvNewestQuestion &question, const ZvRequest::Parameters &parameters,
+bool ZvChartFeed::Private::send(ZvNewestQuestion &question, const ZvRequest::Parameters &parameters,
                                 ZvExchangeLink::Done done)
 {
     ZvDecodeTask task;
     task.shape = nameOf(chart).shape;
-    question.ask(m_link->makeRequest(nameOf(chart).path, parameters),
-                 ZvExchangeLink::DiesWithServer, task, std::move(done));
+    return question.ask(m_link->makeRequest(nameOf(chart).path, parameters),
+                        ZvExchangeLink::DiesWithServer, task, std::move(done));
 }
 
 void ZvChartFeed::Private::take(Extent extent, const ZvOutcome &outcome, int wanted)
@@ -329,8 +302,6 @@ void ZvChartFeed::Private::take(Extent extent, const ZvOutcome &outcome, int wan
         fail(QStringLiteral("it is about another collection"));
     else if (extent == Whole)
         takeWhole(reply, wanted);
-    else if (reply.envelope.boot != m_boot)
-        askAnew();
     else
         takeTail(reply);
 }
@@ -341,9 +312,8 @@ void ZvChartFeed::Private::takeNone()
     forgetFigures();
     state = NoData;
     m_isLogged = false;
-    m_isBehind = false;
-    m_retry.reset();
-    askIfDue();
+    m_isBehind = isAway();
+    m_pace.end();
     tell(hadFigures ? News::Replaced : News::None);
 }
 
@@ -372,15 +342,18 @@ void ZvChartFeed::Private::takeWhole(const ZvReply &reply, int wanted)
 
 void ZvChartFeed::Private::takeTail(const ZvReply &reply)
 {
-    const zvchart::Laid laid = isTimeLine()
-        ? zvchart::layTail(timeLine, *reply.timeLine)
-        : zvchart::layTail(kLine, *reply.kLine, nameOf(chart).period);
+    zvchart::Laid laid{zvchart::Laid::Gap, 0}; // to what another run of the service has
+    if (reply.envelope.boot == m_boot) {
+        laid = isTimeLine() ? zvchart::layTail(timeLine, *reply.timeLine)
+                            : zvchart::layTail(kLine, *reply.kLine, nameOf(chart).period);
+    }
     switch (laid.kind) {
     case zvchart::Laid::Older:
         fail(QStringLiteral("it is about a session that is over"));
         break;
     case zvchart::Laid::Gap:
         askAnew();
+        m_pace.end();
         break;
     case zvchart::Laid::Same:
         accept(reply, News::None, 0);
@@ -396,29 +369,24 @@ void ZvChartFeed::Private::accept(const ZvReply &reply, News news, int index)
 {
     m_boot = reply.envelope.boot;
     m_heldAt = m_link->clock()->now();
-    // Where the exchange is away nobody would say that they have changed.
-    m_isBehind = m_isBehind && !m_link->isConnected();
+    m_isBehind = isAway();
     state = !stands() ? NoData : m_isBehind ? Stale : Ready;
     m_isLogged = false;
-    m_retry.reset();
-    askIfDue();
+    m_pace.end();
     tell(news, index);
 }
 
 void ZvChartFeed::Private::askAnew()
 {
     m_needsWhole = true;
-    m_isDue = true;
-    m_retry.reset();
-    askIfDue();
+    m_pace.follow();
 }
 
 // What stands stays, and the question comes again.
 void ZvChartFeed::Private::fail(const QString &reason)
 {
     note(reason);
-    m_isDue = false;
-    m_retry.later();
+    m_pace.fail();
     if (state == Ready)
         state = Stale;
     tell(News::None);
@@ -473,7 +441,7 @@ qint64 ZvChartFeed::Private::age() const
         return -1;
     const qint64 now = m_link->clock()->now();
     // While it watches, each answer to a poll that says nothing says that they hold.
-    const bool watches = state == Ready && isActive && !m_question.isOpen() && !m_isDue;
+    const bool watches = state == Ready && isActive && !m_pace.isBusy();
     const qint64 polled = watches && m_link->dataAge() >= 0 ? now - m_link->dataAge() : m_heldAt;
     return now - std::max(m_heldAt, polled);
 }

@@ -26,6 +26,7 @@ const NamedValue sharedValues[] = {
 // 澄湖: vermilion.
 const NamedValue chenghuValues[] = {
     {"accent", "#d84a22"},
+    {"accentDeep", "#c9431d"}, // dark enough for small white text
     {"accentHover", "#ec6139"},
     {"accentPressed", "#b13a18"},
     {"accentText", "#ff8a62"},
@@ -46,6 +47,7 @@ const NamedValue chenghuValues[] = {
 // 岚川: clear blue.
 const NamedValue lanchuanValues[] = {
     {"accent", "#1f7be0"},
+    {"accentDeep", "#1a70d0"}, // dark enough for small white text
     {"accentHover", "#3d93f2"},
     {"accentPressed", "#175fb0"},
     {"accentText", "#6bb2ff"},
@@ -342,7 +344,8 @@ QString sheetOf(Style style)
                             checkedHover,
                             disabledPlain});
     case Style::VertiCodeButton:
-        return buttonSheet(accentButton("border-radius:4px;padding:4px 8px;"));
+        return buttonSheet(solid("border-radius:4px;padding:4px 8px;", "@accentDeep",
+                                 "@accentPressed", "@accentTint"));
     case Style::LoginDlgCloseBtn:
         return pictureSheet(20, "smallwidget/close1", "smallwidget/close2", "smallwidget/close1");
     case Style::LoginDlgReturnBtn:

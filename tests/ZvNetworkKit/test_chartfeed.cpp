@@ -121,6 +121,7 @@ private slots:
     void hostileAnswersLeaveWhatStands();
     void failureIsAskedForAgainAndLoggedOnce();
     void lostConnectionMakesItStale();
+    void figuresThatComeWithoutPollsAreStale();
     void ageIsThatOfTheFigures();
     void hiddenFeedCatchesUp();
     void otherRunOfTheServiceBeginsAnew();
@@ -751,6 +752,24 @@ void ChartFeedTest::lostConnectionMakesItStale()
     answer(zvPath_market_jit, KitBench::timeLine("1001", {KitBench::minute(1, 1010)}));
     QCOMPARE(m_words->take(), QStringList("Ready"));
     QCOMPARE(m_feed->ageMs(), qint64(0));
+}
+
+void ChartFeedTest::figuresThatComeWithoutPollsAreStale()
+{
+    standWithMinutes();
+    exchange()->fail(zvPath_sync, ZvAnswer::Failed);
+    m_bench->settle();
+    engine()->setGlobalCollectionID(QStringLiteral("1002"));
+    m_bench->settle();
+    QCOMPARE(m_words->take(), QStringList({"Stale", "replaced", "Waiting"}));
+    answer(zvPath_market_jit, KitBench::timeLine("1002", {KitBench::minute(0)}));
+    QCOMPARE(m_words->take(), QStringList({"replaced", "Stale"}));
+    m_bench->clock.advance(2000);
+    m_bench->settle();
+    m_bench->answerPoll("");
+    QVERIFY(access()->isConnected());
+    answer(zvPath_market_jit, KitBench::timeLine("1002", {KitBench::minute(0)}));
+    QCOMPARE(m_words->take(), QStringList("Ready"));
 }
 
 void ChartFeedTest::ageIsThatOfTheFigures()
