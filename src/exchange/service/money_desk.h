@@ -24,8 +24,9 @@ struct MoneyLimits {
     Fen ofTransfer{100'000'000}; ///< the most that one transfer moves
     /// The most that an account moves one way in one market in a day of UTC+8.
     Fen ofDay{500'000'000};
+    std::size_t transfersOfDay = 200; ///< of an account one way in one market, refused ones as well
     std::size_t queueBound = 1'024; ///< transfers that may wait for the desk's thread
-    std::int64_t answerWait = 5'000; ///< ms until whoever waits for a silent bank is told Pending
+    std::int64_t answerWait = 3'000; ///< ms until whoever waits for a silent bank is told Pending
     std::int64_t askAgainEvery = 30'000; ///< ms after which a silent bank is asked again
 };
 
@@ -102,13 +103,14 @@ public:
     void moneyOut(AccountId account, MarketServer &market, Fen amount, ActionKey key,
                   const std::optional<BankCard> &card, Done done);
     /// What became of a key; one that was not used is burnt, and refused from then on.
-    void resolve(AccountId account, MarketServer &market, ActionKey key, Done done);
+    void resolve(AccountId account, MarketServer &market, bool incoming, ActionKey key, Done done);
 
     /// Takes no more requests, ends what waits in the queue, and tells those who wait for the bank
     /// Pending. The markets and the bank must stand until then. Idempotent.
     void stop();
 
     const MoneyCounters &counters() const;
+    const MoneyLimits &limits() const;
     /// Transfers that wait for the bank's word.
     std::size_t underWay() const;
 
