@@ -29,18 +29,32 @@ QString folded(const QString &text)
     return plain;
 }
 
+// How many characters a name spends on its year, as in "85年放鸢全品"; its initials keep them.
+int yearLength(const QString &name)
+{
+    int length = 0;
+    while (length < name.size() && name.at(length).isDigit())
+        ++length;
+    return length > 0 && name.midRef(length).startsWith(QChar(u'年')) ? length + 1 : 0;
+}
+
 } // namespace
 
 CollectionSearch::CollectionSearch(const ZvUBBriefInfo &info)
 {
     m_entries.reserve(info.data().items.size());
     for (const ZvUBBriefItem &item : info.data().items) {
-        Entry entry{{item.code(), item.name(), item.initials().value(0)},
-                    folded(item.code()),
-                    folded(item.name()),
-                    {}};
+        Entry entry{{item.code(), item.name(), item.initials().value(0)}, folded(item.code()), {}};
+        const int year = yearLength(item.name());
+        const auto add = [&entry, year](const QString &text, const QString &initials) {
+            const QString key = folded(text);
+            entry.keys.append({key, initials});
+            if (year > 0)
+                entry.keys.append({key.mid(year), initials});
+        };
+        add(item.name(), entry.match.initials);
         for (const QString &reading : item.initials())
-            entry.initials.append(folded(reading));
+            add(reading, reading);
         m_entries.append(entry);
     }
 }
@@ -49,12 +63,12 @@ CollectionSearch::CollectionSearch(const ZvUBBriefInfo &info)
 int CollectionSearch::rankOf(const Entry &entry, const QString &typed, CollectionMatch &match)
 {
     match = entry.match;
-    int rank = qMin(2 * fit(entry.code, typed), 2 * fit(entry.name, typed) + 1);
-    for (const QString &reading : entry.initials) {
-        const int other = 2 * fit(reading, typed) + 1;
+    int rank = 2 * fit(entry.code, typed);
+    for (const Key &key : entry.keys) {
+        const int other = 2 * fit(key.text, typed) + 1;
         if (other < rank) {
             rank = other;
-            match.initials = reading;
+            match.initials = key.initials;
         }
     }
     return qMin(rank, Ranks);

@@ -14,7 +14,8 @@ struct CollectionMatch {
 };
 
 // Finds collections by what a trader remembers of them: the code or a part of it, the pinyin
-// initials of the name in any of its readings, or a part of the name itself.
+// initials of the name in any of its readings, or a part of the name itself. A year at the head of
+// a name may be left out.
 class CollectionSearch
 {
 public:
@@ -31,11 +32,14 @@ public:
     QVector<CollectionMatch> find(const QString &typed, int most) const;
 
 private:
+    struct Key {
+        QString text; // folded
+        QString initials; // to be shown with it
+    };
     struct Entry {
         CollectionMatch match;
-        QString code; // folded, as is all that stands below
-        QString name;
-        QStringList initials;
+        QString code; // folded
+        QVector<Key> keys; // the name and its readings
     };
     static int rankOf(const Entry &entry, const QString &typed, CollectionMatch &match);
 

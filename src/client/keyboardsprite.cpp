@@ -14,12 +14,12 @@
 
 namespace {
 
-constexpr QSize usualSize(320, 308);
+constexpr QSize usualSize(340, 308);
 constexpr int distance = 8; // from the edges of the area
 constexpr int rowHeight = 28;
 constexpr int longestText = 32;
 constexpr int mostMatches = 100;
-constexpr int codeWidth = 88;
+constexpr int codeWidth = 76;
 constexpr int initialsWidth = 84;
 
 enum Column { CodeColumn, NameColumn, InitialsColumn, ColumnCount };

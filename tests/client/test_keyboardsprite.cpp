@@ -484,7 +484,7 @@ private slots:
         cache()->storeBriefInfo(market({{"500", name, "z"}}));
         m_sprite->begin(Qt::Key_5);
         QCOMPARE(list()->topLevelItem(0)->toolTip(1), name);
-        QVERIFY(m_sprite->width() <= 320);
+        QVERIFY(m_sprite->width() <= 340);
     }
 };
 
