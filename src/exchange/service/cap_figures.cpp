@@ -15,13 +15,6 @@ Fen capped(Wide sum)
     return Fen(static_cast<std::int64_t>(std::clamp<Wide>(sum, -kAmountBound, kAmountBound)));
 }
 
-/// `cost` over `quantity`, which is positive.
-Fen average(Fen cost, Quantity quantity)
-{
-    return Fen(static_cast<std::int64_t>((Wide(cost.value()) * 2 + quantity.value())
-                                         / (Wide(quantity.value()) * 2)));
-}
-
 } // namespace
 
 CapFigures capFigures(const AccountState &account, const MarketSnapshot &market)
@@ -34,9 +27,7 @@ CapFigures capFigures(const AccountState &account, const MarketSnapshot &market)
         holding.collection = held.collection;
         holding.quantity = held.quantity;
         holding.sellable = held.quantity - held.frozen;
-        holding.cost = average(held.cost, held.quantity);
-        // What was listed while the service runs is not on the list yet; it counts as paid.
-        holding.latest = holding.cost;
+        holding.cost = held.cost;
         if (const std::optional<Row> row = market.rowOf(held.collection)) {
             const CollectionSnapshot &collection = *market.collections[*row];
             const TradeLevels &trade = *collection.trade.data;
@@ -44,7 +35,8 @@ CapFigures capFigures(const AccountState &account, const MarketSnapshot &market)
             holding.name = collection.info->name;
             holding.latest = trade.latest.value_or(trade.previousClose);
         }
-        value += Wide(holding.latest.value()) * held.quantity.value();
+        value += holding.latest ? Wide(holding.latest->value()) * held.quantity.value()
+                                : Wide(held.cost.value());
         paid += held.cost.value();
         figures.holdings.push_back(std::move(holding));
     }
@@ -71,7 +63,12 @@ void writeCap(JsonText &json, const CapFigures &figures)
         json.key("quantity").number(holding.quantity.value());
         json.key("sellable").number(holding.sellable.value());
         json.key("cost").number(holding.cost.value());
-        json.key("latest").number(holding.latest.value()).close('}');
+        json.key("latest");
+        if (holding.latest)
+            json.number(holding.latest->value());
+        else
+            json.null();
+        json.close('}');
     }
     json.close(']').close('}');
 }

@@ -2,6 +2,7 @@
 
 #include "exchange/core/types.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,13 +19,15 @@ struct CapHolding {
     std::string name;
     Quantity quantity; ///< all pieces
     Quantity sellable; ///< those that no open order holds
-    Fen cost; ///< the average price paid, rounded to the nearest fen, halves up
-    Fen latest; ///< the latest price or, where nothing was dealt, the previous close
+    Fen cost; ///< what was paid for all of them, fees included
+    /// The latest price or, where nothing was dealt, the previous close; none for a collection that
+    /// was listed while the service runs, whose pieces are worth what was paid for them.
+    std::optional<Fen> latest;
 };
 
 /// An account's money and holdings with what follows from them. Sums stop at kAmountBound.
 struct CapFigures {
-    Fen heldMarketValue; ///< of all pieces, at CapHolding::latest
+    Fen heldMarketValue; ///< of all pieces, at CapHolding::latest or as paid
     Fen profit; ///< heldMarketValue less what was paid for the pieces, fees included
     Fen available;
     Fen frozen; ///< of open buys

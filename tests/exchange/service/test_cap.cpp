@@ -63,20 +63,19 @@ TEST(CapFigures, CountHoldingsAtTheLatestPriceOrThePreviousClose)
     EXPECT_EQ(json::parse(text.view()), json::parse(R"({
         "heldMarketValue": 6800, "profit": 279, "available": 1000, "frozen": 50, "total": 7850,
         "items": [{"collection": "2100", "code": "211000", "name": "青石桥大版", "quantity": 3,
-                   "sellable": 2, "cost": 1003, "latest": 1100},
+                   "sellable": 2, "cost": 3010, "latest": 1100},
                   {"collection": "2101", "code": "211001", "name": "重阳", "quantity": 7,
-                   "sellable": 7, "cost": 502, "latest": 500}]})"));
+                   "sellable": 7, "cost": 3511, "latest": 500}]})"));
 }
 
-TEST(CapFigures, RoundTheAveragePriceHalvesUp)
+TEST(CapFigures, TellWhatWasPaidToTheFen)
 {
-    const std::pair<std::int64_t, std::int64_t> table[] = {{4, 1}, {5, 1}, {6, 2}, {14, 4}};
-    for (const auto &[cost, expected] : table) {
+    for (const std::int64_t cost : {0, 4, 5, 6, 14}) {
         AccountState account;
         account.holdings = {holding(2100, 4, 0, cost)};
         const CapFigures figures = capFigures(account, twoCollections());
-        EXPECT_EQ(figures.holdings[0].cost, Fen(expected)) << cost;
-        EXPECT_EQ(figures.profit, Fen(4'400 - cost)) << "profit counts what was paid, unrounded";
+        EXPECT_EQ(figures.holdings[0].cost, Fen(cost));
+        EXPECT_EQ(figures.profit, Fen(4'400 - cost));
     }
 }
 
@@ -96,12 +95,17 @@ TEST(CapFigures, StopAtTheBound)
 TEST(CapFigures, WhatIsNotOnTheListCountsAsPaid)
 {
     AccountState account;
-    account.holdings = {holding(9999, 2, 0, 700)};
+    account.holdings = {holding(9999, 3, 0, 700)}; // which no price of one piece makes
     const CapFigures figures = capFigures(account, twoCollections());
     EXPECT_EQ(figures.heldMarketValue, Fen(700));
     EXPECT_EQ(figures.profit, Fen(0));
     ASSERT_EQ(figures.holdings.size(), 1u);
     EXPECT_EQ(figures.holdings[0].name, "");
+    JsonText text;
+    writeCap(text, figures);
+    EXPECT_EQ(json::parse(text.view())["items"], json::parse(R"([
+        {"collection": "9999", "code": "", "name": "", "quantity": 3, "sellable": 3, "cost": 700,
+         "latest": null}])"));
 }
 
 class CapTest : public zvxtest::TradingTest
@@ -280,9 +284,7 @@ TEST_F(CapTest, EqualsASlowRecountAfterRandomTrading)
             EXPECT_EQ(item["quantity"], held[i].quantity.value());
             EXPECT_EQ(item["sellable"], held[i].quantity.value() - held[i].frozen.value());
             EXPECT_EQ(item["latest"], latestOf(held[i].collection).value());
-            const double average = static_cast<double>(held[i].cost.value())
-                / static_cast<double>(held[i].quantity.value());
-            EXPECT_NEAR(item["cost"].get<double>(), average, 0.5);
+            EXPECT_EQ(item["cost"], held[i].cost.value());
         }
     }
 }

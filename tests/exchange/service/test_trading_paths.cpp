@@ -35,7 +35,7 @@ TEST_F(TradingPathsTest, TwoAccountsTradeWithEachOther)
     EXPECT_EQ(buyer["frozen"], 0);
     EXPECT_EQ(buyer["items"][0]["quantity"], 20);
     EXPECT_EQ(buyer["items"][0]["sellable"], 20);
-    EXPECT_EQ(buyer["items"][0]["cost"], 1003);
+    EXPECT_EQ(buyer["items"][0]["cost"], 20'060);
     const json seller = cap(2);
     EXPECT_EQ(seller["available"], 1'000'000 + 20'000 - 60);
     EXPECT_EQ(seller["items"][0]["quantity"], 30);
