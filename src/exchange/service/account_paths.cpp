@@ -1,5 +1,6 @@
 #include "exchange/service/account_paths.h"
 
+#include "exchange/service/account_refusal.h"
 #include "exchange/service/action_form.h"
 #include "exchange/service/json_text.h"
 #include "exchange/service/market_board.h"
@@ -109,24 +110,6 @@ std::string favouritesJson(const std::vector<CollectionId> &collections)
     return json.close(']').close('}').take();
 }
 
-/// The answer to an operation that was not done.
-HttpAnswer refusal(const WireAnswers &answers, AccountStatus status, std::int64_t wait = 0)
-{
-    const auto tell = [&](WireStatus wire, std::string_view word = {}) {
-        return answers.envelope().refusal(wire, sentence(status, wait), word);
-    };
-    switch (verdict(status)) {
-    case AccountVerdict::Malformed:
-        return tell(WireStatus::BadRequest, reason(status));
-    case AccountVerdict::Busy:
-        return tell(WireStatus::Busy);
-    case AccountVerdict::Failed:
-        return tell(WireStatus::Failed);
-    default:
-        return tell(WireStatus::Refused, reason(status));
-    }
-}
-
 /// The desk's callbacks are copied about, a responder is not.
 std::shared_ptr<HttpResponder> shared(HttpResponder &responder)
 {
@@ -165,7 +148,7 @@ AccountDesk::Answered AccountPaths::answering(PathCall &call) const
     return [this, &market = call.market,
             responder = shared(call.responder)](const AccountAnswer &result) {
         if (verdict(result.status) != AccountVerdict::Done)
-            responder->answer(refusal(m_answers, result.status, result.wait));
+            responder->answer(accountRefusal(m_answers, result.status, result.wait));
         else if (result.token.empty())
             responder->answer(m_answers.doneWith());
         else
@@ -279,7 +262,7 @@ void AccountPaths::showAccount(PathCall call, AccountId account)
                        if (result.status == AccountStatus::Done)
                            tellAccount(market, std::move(*responder), result.profile);
                        else
-                           responder->answer(refusal(m_answers, result.status));
+                           responder->answer(accountRefusal(m_answers, result.status));
                    });
 }
 
@@ -301,7 +284,7 @@ void AccountPaths::showFavourites(PathCall call, AccountId account)
         [&answers = m_answers, responder = shared(call.responder)](const FavouritesAnswer &result) {
             responder->answer(result.status == AccountStatus::Done
                                   ? answers.doneWith(favouritesJson(result.collections))
-                                  : refusal(answers, result.status));
+                                  : accountRefusal(answers, result.status));
         });
 }
 

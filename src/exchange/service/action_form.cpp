@@ -11,7 +11,14 @@ namespace {
 
 constexpr std::string_view kFormType = "application/x-www-form-urlencoded";
 
-/// Whether a Content-Type names a form, whatever its case and parameters.
+/// Keys are lower case on the wire, so that one key has one text.
+bool isKeyText(std::string_view text)
+{
+    return std::none_of(text.begin(), text.end(), [](char c) { return c >= 'A' && c <= 'F'; });
+}
+
+} // namespace
+
 bool isForm(std::string_view contentType)
 {
     std::string_view name = contentType.substr(0, contentType.find(';'));
@@ -22,14 +29,6 @@ bool isForm(std::string_view contentType)
                return (given >= 'A' && given <= 'Z' ? given - 'A' + 'a' : given) == wanted;
            });
 }
-
-/// Keys are lower case on the wire, so that one key has one text.
-bool isKeyText(std::string_view text)
-{
-    return std::none_of(text.begin(), text.end(), [](char c) { return c >= 'A' && c <= 'F'; });
-}
-
-} // namespace
 
 std::variant<ActionForm, HttpAnswer> readActionForm(const HttpRequest &request,
                                                     const WireAnswers &answers)

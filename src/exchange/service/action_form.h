@@ -3,11 +3,15 @@
 #include "exchange/core/types.h"
 #include "exchange/service/http_message.h"
 
+#include <string_view>
 #include <variant>
 
 namespace zvx {
 
 class WireAnswers;
+
+/// Whether a Content-Type names a form, whatever its case and parameters.
+bool isForm(std::string_view contentType);
 
 /// The fields of an action, which every POST carries in its body.
 struct ActionForm {

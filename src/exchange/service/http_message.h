@@ -70,6 +70,8 @@ struct HttpRequest {
     /// The address up to its question mark, not decoded: no path of this service needs escapes.
     std::string path;
     HttpParameters query;
+    /// The Host header as it was sent, with the port where there was one.
+    std::string host;
     std::string authorization;
     std::string contentType;
     std::string body;

@@ -47,10 +47,14 @@ const char *reasonOf(int status)
         return "Bad Request";
     case 401:
         return "Unauthorized";
+    case 403:
+        return "Forbidden";
     case 404:
         return "Not Found";
     case 405:
         return "Method Not Allowed";
+    case 410:
+        return "Gone";
     case 413:
         return "Payload Too Large";
     case 500:
@@ -381,7 +385,7 @@ private:
             m_text.append("Allow: ").append(answer.allow).append("\r\n");
         if (!answer.contentSecurity.empty()) {
             m_text.append("Content-Security-Policy: ").append(answer.contentSecurity);
-            m_text.append("\r\nReferrer-Policy: no-referrer\r\n");
+            m_text.append("\r\nReferrer-Policy: no-referrer\r\nX-Frame-Options: DENY\r\n");
         }
         m_text.append(m_closeAfter ? "Connection: close\r\n\r\n"
                                    : "Connection: keep-alive\r\n\r\n");
@@ -543,6 +547,7 @@ void HttpServer::Impl::Connection::dispatch()
     request.method = m_head.method;
     request.path = m_head.path();
     request.query = std::move(*query);
+    request.host = m_head.host;
     request.authorization = std::move(m_head.authorization);
     request.contentType = std::move(m_head.contentType);
     if (m_parser)

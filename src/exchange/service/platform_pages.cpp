@@ -1,10 +1,14 @@
 #include "exchange/service/platform_pages.h"
 
+#include "exchange/service/html_text.h"
+
 namespace zvx {
 
 namespace {
 
-constexpr std::string_view style = R"(html { background: #16181c; color: #d8dade; }
+constexpr std::string_view style
+    = R"(html { background: #16181c; color: #d8dade; color-scheme: dark;
+       -webkit-text-size-adjust: 100%; text-size-adjust: 100%; }
 body { max-width: 42em; margin: 0 auto; padding: 2em 1.25em 4em; line-height: 1.8;
        font-family: "Noto Sans CJK SC", "Microsoft YaHei", "PingFang SC", sans-serif; }
 h1 { color: #ffffff; font-size: 1.6em; line-height: 1.4; }
@@ -12,11 +16,37 @@ h2 { color: #ffffff; font-size: 1.1em; margin: 2em 0 0.5em; }
 p, li { margin: 0.5em 0; }
 a { color: #6bb2ff; }
 footer { margin-top: 3em; padding-top: 1em; border-top: 1px solid #3a3d44; color: #9a9da3; }
+main { max-width: 26em; margin: 0 auto; }
+main h1 { margin: 0 0 0.3em; }
+main + footer { max-width: 26em; margin-left: auto; margin-right: auto; }
+.hint a { white-space: nowrap; }
+.who, .hint, .back { color: #9a9da3; font-size: 0.9em; }
+.notice { margin: 1em 0; padding: 0.7em 1em; border-left: 4px solid #e73c3c;
+          background: #2d2023; color: #ffdcdc; }
+.good { border-color: #3d9a63; background: #1c2821; color: #d5f2e0; }
+dl { display: grid; grid-template-columns: max-content 1fr; gap: 0.4em 1em; margin: 1.5em 0;
+     padding: 1em 0; border: solid #3a3d44; border-width: 1px 0; }
+dt { color: #9a9da3; }
+dd { margin: 0; color: #ffffff; text-align: right; overflow-wrap: anywhere; }
+label { display: block; margin: 1.3em 0 0.3em; color: #ffffff; }
+input, select { display: block; box-sizing: border-box; width: 100%; height: 3em; padding: 0 0.8em;
+                border: 1px solid #565a63; border-radius: 6px; background: #22252b; color: #ffffff;
+                font: inherit; line-height: 1.4; }
+input::placeholder { color: #8b8f98; }
+input:focus, select:focus, button:focus { outline: 2px solid #6bb2ff; outline-offset: 1px; }
+input[aria-invalid], select[aria-invalid] { border-color: #ff7b7b; }
+.fault { margin: 0.35em 0 0; color: #ff8f8f; font-size: 0.9em; }
+button { display: block; width: 100%; min-height: 3em; margin: 1.8em 0 0; padding: 0.5em;
+         border: 0; border-radius: 6px; background: #d32f2f; color: #ffffff;
+         font: inherit; font-weight: bold; cursor: pointer; }
+button.quiet { margin-top: 0.9em; border: 1px solid #565a63; background: none; color: #6bb2ff;
+               font-weight: normal; }
+.back { margin-top: 1.5em; text-align: center; }
 @media print { html { background: none; color: #000000; } h1, h2 { color: #000000; } }
 )";
 
 constexpr std::string_view agreement = R"(<h1>用户服务协议</h1>
-<p>本协议由您与@交易中心（以下称“本平台”）订立，约定您注册账户、使用行情与交易服务时双方的权利和义务。
+<p>本协议由您与{platform}交易中心（以下称“本平台”）订立，约定您注册账户、使用行情与交易服务时双方的权利和义务。
 注册账户即表示您已阅读、理解并同意本协议与<a href="risk.html">《风险揭示书》</a>的全部内容。</p>
 <h2>一、账户</h2>
 <p>账户以您本人的手机号码注册，一个手机号码在本平台只有一个账户。账户仅限本人使用，不得转让、出借或代他人交易。</p>
@@ -43,7 +73,7 @@ constexpr std::string_view agreement = R"(<h1>用户服务协议</h1>
 )";
 
 constexpr std::string_view risk = R"(<h1>风险揭示书</h1>
-<p>藏品交易有风险。在@交易中心（以下称“本平台”）开始交易之前，请仔细阅读以下内容，
+<p>藏品交易有风险。在{platform}交易中心（以下称“本平台”）开始交易之前，请仔细阅读以下内容，
 并根据自己的经济状况和承受能力决定是否参与。</p>
 <h2>一、价格波动的风险</h2>
 <p>藏品的价格受供求、题材、发行与存世数量以及市场情绪的影响，可能在短时间内大幅涨跌。过去的价格不代表将来的价格，
@@ -65,36 +95,10 @@ constexpr std::string_view risk = R"(<h1>风险揭示书</h1>
 另请阅读<a href="agreement.html">《用户服务协议》</a>。</p>
 )";
 
-std::string escaped(std::string_view text)
-{
-    std::string out;
-    for (const char c : text) {
-        if (c == '&')
-            out += "&amp;";
-        else if (c == '<')
-            out += "&lt;";
-        else
-            out += c;
-    }
-    return out;
-}
-
-/// The whole page, with the platform's name in the place of each "@".
 HttpFragment makePage(std::string_view title, std::string_view text, std::string_view platform)
 {
-    const std::string name = escaped(platform);
-    std::string page = "<!DOCTYPE html>\n<html lang=\"zh-CN\">\n<head>\n<meta charset=\"utf-8\">\n"
-                       "<meta name=\"viewport\" content=\"width=device-width\">\n<title>";
-    page.append(title).append(" - ").append(name);
-    page += "</title>\n<link rel=\"stylesheet\" href=\"page.css\">\n</head>\n<body>\n";
-    for (const char c : text) {
-        if (c == '@')
-            page += name;
-        else
-            page += c;
-    }
-    page.append("<footer>").append(name).append("交易中心</footer>\n</body>\n</html>\n");
-    return std::make_shared<const std::string>(std::move(page));
+    return std::make_shared<const std::string>(
+        htmlPage(title, platform, filledHtml(text, {{"platform", platform}})));
 }
 
 } // namespace

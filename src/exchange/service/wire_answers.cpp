@@ -53,6 +53,11 @@ HttpAnswer WireAnswers::unknownCollection() const
     return m_envelope.refusal(WireStatus::NotFound, "没有这个藏品。");
 }
 
+HttpAnswer WireAnswers::unknownCode() const
+{
+    return m_envelope.refusal(WireStatus::NotFound, "二维码已失效，请重新获取。");
+}
+
 HttpAnswer WireAnswers::wrongMethod(std::string_view allowed) const
 {
     HttpAnswer answer = m_envelope.refusal(WireStatus::Method, "此地址不支持这种请求方法。");

@@ -32,6 +32,8 @@ public:
     HttpAnswer wrongProtocol() const;
     HttpAnswer notFound() const;
     HttpAnswer unknownCollection() const;
+    /// A code that never was, or has expired, or has done its work.
+    HttpAnswer unknownCode() const;
     HttpAnswer wrongMethod(std::string_view allowed) const;
     HttpAnswer signInNeeded() const;
     HttpAnswer signedInElsewhere() const;

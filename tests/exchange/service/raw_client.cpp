@@ -108,9 +108,9 @@ std::optional<RawAnswer> RawClient::answer(Wait wait)
     RawAnswer answer;
     answer.head = m_received.substr(0, end + 4);
     answer.status = std::stoi(answer.head.substr(9, 3));
-    const std::size_t length = answer.head.find("Content-Length: ");
+    const std::size_t length = answer.head.find("Content-Length:");
     const std::size_t size
-        = length == std::string::npos ? 0 : std::stoul(answer.head.substr(length + 16));
+        = length == std::string::npos ? 0 : std::stoul(answer.head.substr(length + 15));
     while (m_received.size() < end + 4 + size) {
         if (!receive(until))
             return std::nullopt;

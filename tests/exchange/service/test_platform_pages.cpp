@@ -50,7 +50,7 @@ TEST(PlatformPages, TakeANameAsText)
 {
     const PlatformPages pages("A<b>&c");
     const std::string text = *pages.page("risk.html")->body.front();
-    EXPECT_NE(text.find("A&lt;b>&amp;c"), std::string::npos);
+    EXPECT_NE(text.find("A&lt;b&gt;&amp;c"), std::string::npos);
     EXPECT_EQ(text.find("<b>"), std::string::npos);
 }
 
