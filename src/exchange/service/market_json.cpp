@@ -163,20 +163,20 @@ void writeTrade(JsonText &json, const CollectionInfo &info, const TradeLevels &t
     json.close('}');
 }
 
+void writeDeal(JsonText &json, const DealSnapshot &deal)
+{
+    json.open('{').key("sequence").number(deal.sequence.value());
+    json.key("time").number(deal.time.value()).key("price").number(deal.price.value());
+    json.key("quantity").number(deal.quantity.value());
+    json.key("side").number(deal.taker == Side::Buy ? 1 : 2).close('}');
+}
+
 void writeLatest(JsonText &json, const CollectionInfo &info, const LatestDeals &deals,
                  std::size_t limit)
 {
     json.open('{').key("id").text(idText(info)).key("deals").open('[');
-    for (std::size_t i = deals.size() - std::min(limit, deals.size()); i < deals.size(); ++i) {
-        const DealSnapshot &deal = deals[i];
-        json.open('{').key("sequence").number(deal.sequence.value());
-        json.key("time").number(deal.time.value()).key("price").number(deal.price.value());
-        json.key("quantity")
-            .number(deal.quantity.value())
-            .key("side")
-            .number(deal.taker == Side::Buy ? 1 : 2);
-        json.close('}');
-    }
+    for (std::size_t i = deals.size() - std::min(limit, deals.size()); i < deals.size(); ++i)
+        writeDeal(json, deals[i]);
     json.close(']').close('}');
 }
 

@@ -18,6 +18,7 @@ void writeListChanges(JsonText &json, const ListSnapshot &list,
                       const std::vector<ListDelta::Change> &changes);
 void writeItem(JsonText &json, const CollectionInfo &info, const ItemFigures &item);
 void writeTrade(JsonText &json, const CollectionInfo &info, const TradeLevels &trade);
+void writeDeal(JsonText &json, const DealSnapshot &deal);
 /// The last `limit` of the deals.
 void writeLatest(JsonText &json, const CollectionInfo &info, const LatestDeals &deals,
                  std::size_t limit);

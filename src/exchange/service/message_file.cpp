@@ -4,7 +4,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <fstream>
 #include <stdexcept>
 
 namespace zvx {
@@ -14,19 +13,6 @@ namespace {
 constexpr std::size_t fileBound = 64 * 1024;
 constexpr std::size_t messageBound = 100;
 constexpr std::size_t textBound = 1000;
-
-std::string readBounded(const std::filesystem::path &file)
-{
-    std::ifstream in(file, std::ios::binary);
-    if (!in)
-        throw std::runtime_error("it cannot be read");
-    std::string text(fileBound + 1, '\0');
-    in.read(text.data(), static_cast<std::streamsize>(text.size()));
-    text.resize(static_cast<std::size_t>(in.gcount()));
-    if (text.size() > fileBound)
-        throw std::runtime_error("it is longer than 64 KiB");
-    return text;
-}
 
 std::string boundedText(const nlohmann::json &entry, const char *name)
 {
@@ -49,24 +35,24 @@ Announcement readAnnouncement(const nlohmann::json &entry)
 
 } // namespace
 
-MessageFile::MessageFile(std::filesystem::path folder) : m_file(std::move(folder) / fileName) { }
+MessageFile::MessageFile(const std::filesystem::path &folder) : m_file(folder / fileName, fileBound)
+{
+}
 
 bool MessageFile::refresh(std::string &fault)
 {
-    std::error_code error;
-    const auto changed = std::filesystem::last_write_time(m_file, error);
-    if (error) {
-        const bool vanished = m_changed.has_value();
-        m_changed.reset();
-        m_platforms.clear();
-        return vanished;
-    }
-    if (m_changed == changed)
+    switch (m_file.look()) {
+    case WatchedFile::Look::Same:
         return false;
-    m_changed = changed;
+    case WatchedFile::Look::Gone:
+        m_platforms.clear();
+        return true;
+    case WatchedFile::Look::Changed:
+        break;
+    }
     try {
         std::vector<PlatformMessages> platforms;
-        const auto document = nlohmann::json::parse(readBounded(m_file));
+        const auto document = nlohmann::json::parse(m_file.read());
         for (const auto &[platform, entries] : document.get<nlohmann::json::object_t>()) {
             PlatformMessages read{platform, {}};
             for (const auto &entry : entries.get<nlohmann::json::array_t>())
@@ -78,7 +64,7 @@ bool MessageFile::refresh(std::string &fault)
         m_platforms = std::move(platforms);
         return true;
     } catch (const std::exception &reason) {
-        fault = m_file.string() + " is not used: " + reason.what();
+        fault = m_file.path().string() + " is not used: " + reason.what();
         return false;
     }
 }

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "exchange/service/watched_file.h"
+
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,7 @@ class MessageFile
 public:
     static constexpr const char *fileName = "messages.json";
 
-    explicit MessageFile(std::filesystem::path folder);
+    explicit MessageFile(const std::filesystem::path &folder);
 
     /// Looks at the file. True when the announcements may have changed. A file that is not right
     /// leaves everything as it was and sets `fault` to one sentence for the log.
@@ -42,8 +43,7 @@ private:
         std::vector<Announcement> messages;
     };
 
-    std::filesystem::path m_file;
-    std::optional<std::filesystem::file_time_type> m_changed;
+    WatchedFile m_file;
     std::vector<PlatformMessages> m_platforms;
 };
 

@@ -1,6 +1,7 @@
 #include "exchange/service/parameters.h"
 
 #include "exchange/service/protocol.h"
+#include "exchange/store/calendar.h"
 
 #include <charconv>
 
@@ -39,22 +40,53 @@ std::optional<std::int64_t> ParameterReader::integer(std::string_view name, std:
     return value;
 }
 
-std::optional<CollectionId> ParameterReader::collection()
+std::optional<std::int64_t> ParameterReader::signedInteger(std::string_view name,
+                                                           std::int64_t least, std::int64_t most)
 {
-    const std::string *text = m_parameters.find("collection");
+    const std::string *text = m_parameters.find(name);
     if (!text)
         return std::nullopt;
-    // Rows that stand for more than one collection have negative ids; nothing is asked of them.
     std::string_view digits = *text;
     const bool negative = !digits.empty() && digits.front() == '-';
     if (negative)
         digits.remove_prefix(1);
-    const auto value = readInteger(digits, 0, INT64_MAX);
-    if (!value) {
-        blame("collection");
+    const auto size = readInteger(digits, 0, INT64_MAX);
+    const std::int64_t value = negative ? -size.value_or(0) : size.value_or(0);
+    if (!size || value < least || value > most) {
+        blame(name);
         return std::nullopt;
     }
-    return CollectionId(negative || *value > CollectionId::most ? 0 : *value);
+    return value;
+}
+
+std::optional<TradingDay> ParameterReader::readDayOf(std::string_view name, const std::string &text,
+                                                     char separator)
+{
+    const auto value = readDay(text, separator);
+    if (!value)
+        blame(name);
+    return value;
+}
+
+std::optional<TradingDay> ParameterReader::day(std::string_view name)
+{
+    const std::string *text = m_parameters.find(name);
+    return text ? readDayOf(name, *text, '-') : std::nullopt;
+}
+
+std::optional<TradingDay> ParameterReader::dayBound(std::string_view name)
+{
+    const std::string *text = m_parameters.find(name);
+    return text && !text->empty() ? readDayOf(name, *text, '/') : std::nullopt;
+}
+
+std::optional<CollectionId> ParameterReader::collection()
+{
+    // Rows that stand for more than one collection have negative ids; nothing is asked of them.
+    const auto value = signedInteger("collection", -INT64_MAX, INT64_MAX);
+    if (!value)
+        return std::nullopt;
+    return CollectionId(*value < 0 || *value > CollectionId::most ? 0 : *value);
 }
 
 bool ParameterReader::protocolFits(Need need)

@@ -30,6 +30,16 @@ public:
     std::optional<std::int64_t> integer(std::string_view name, std::int64_t least,
                                         std::int64_t most);
 
+    /// The same for a number that may have a minus sign.
+    std::optional<std::int64_t> signedInteger(std::string_view name, std::int64_t least,
+                                              std::int64_t most);
+
+    /// The trading day, such as "2019-12-31".
+    std::optional<TradingDay> day(std::string_view name);
+    /// The first or the last day of those that are asked for, such as "2020/01/01"; nothing where
+    /// there is no such bound, which an empty text says as well.
+    std::optional<TradingDay> dayBound(std::string_view name);
+
     /// The id named by `collection`. An id that no collection can have is CollectionId(0).
     std::optional<CollectionId> collection();
 
@@ -38,6 +48,8 @@ public:
 
 private:
     void blame(std::string_view name);
+    std::optional<TradingDay> readDayOf(std::string_view name, const std::string &text,
+                                        char separator);
 
     const HttpParameters &m_parameters;
     std::string m_fault;

@@ -46,11 +46,11 @@ const std::array<PathEntry, 46> &contractPaths()
         {"collection/trade.html", get, PathKind::Trade},
         {"market/latest-list.html", get, PathKind::Latest},
         {"collection/type.html", get, PathKind::Type},
-        {"market/jit.html", get, PathKind::Unserved},
-        {"market/day.html", get, PathKind::Unserved},
-        {"market/week.html", get, PathKind::Unserved},
-        {"market/month.html", get, PathKind::Unserved},
-        {"market/detail.html", get, PathKind::Unserved},
+        {"market/jit.html", get, PathKind::Minutes},
+        {"market/day.html", get, PathKind::DayBars},
+        {"market/week.html", get, PathKind::WeekBars},
+        {"market/month.html", get, PathKind::MonthBars},
+        {"market/detail.html", get, PathKind::DealPage},
         {"myaccount.html", get, PathKind::Account},
         {"cap.html", get, PathKind::Cap},
         {"myaccount/gather.html", get, PathKind::Unserved},
@@ -73,7 +73,7 @@ const std::array<PathEntry, 46> &contractPaths()
         {"pay/send.html", post, PathKind::Unserved},
         {"pay/trade.html", post, PathKind::Unserved},
         {"pay/cash-deal.html", post, PathKind::Unserved},
-        {"hold/list.html", get, PathKind::Unserved},
+        {"hold/list.html", get, PathKind::Applications},
         {"pay/hx.html", get, PathKind::Unserved},
         {"trade/buy.html", post, PathKind::Buy},
         {"trade/sell.html", post, PathKind::Sell},
@@ -95,6 +95,14 @@ const PathEntry *findPath(std::string_view path)
 PathRoom roomOf(PathKind kind)
 {
     switch (kind) {
+    case PathKind::Minutes:
+    case PathKind::DayBars:
+    case PathKind::WeekBars:
+    case PathKind::MonthBars:
+    case PathKind::DealPage:
+        return PathRoom::Charts;
+    case PathKind::Applications:
+        return PathRoom::Applications;
     case PathKind::SignIn:
     case PathKind::Register:
     case PathKind::RegisterCode:

@@ -50,6 +50,12 @@ enum class PathKind {
     Trade,
     Latest,
     Type,
+    Minutes,
+    DayBars,
+    WeekBars,
+    MonthBars,
+    DealPage,
+    Applications,
     SignIn,
     Register,
     RegisterCode,
@@ -69,6 +75,8 @@ enum class PathKind {
 /// Who answers a path.
 enum class PathRoom {
     Market, ///< what everybody may read
+    Charts, ///< the same, of one collection's past and from the market's store
+    Applications, ///< what can be applied for, and who did
     Accounts, ///< signing in, registering, favourites
     Trading, ///< what an account has and does in one market
 };

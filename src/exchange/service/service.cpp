@@ -3,6 +3,9 @@
 #include "exchange/accounts/account_desk.h"
 #include "exchange/accounts/password_pool.h"
 #include "exchange/service/account_paths.h"
+#include "exchange/service/application_file.h"
+#include "exchange/service/application_paths.h"
+#include "exchange/service/chart_paths.h"
 #include "exchange/service/demo_gifts.h"
 #include "exchange/service/http_server.h"
 #include "exchange/service/initials.h"
@@ -50,16 +53,18 @@ HttpFragment fragment(std::string text)
 
 /// The accounts of one platform, and who asks for them.
 struct AccountRoom {
-    AccountRoom(AccountDeskOptions options, QueryPool &queries, const WireAnswers &answers)
+    AccountRoom(AccountDeskOptions options, QueryPool &queries,
+                const ApplicationFile &applicationFile, const WireAnswers &answers)
         : desk(std::move(options)),
           gate([this](std::string_view token) { return desk.session(token); }, answers),
-          paths(desk, gate, queries, answers)
+          paths(desk, gate, queries, answers), applications(desk, gate, applicationFile, answers)
     {
     }
 
     AccountDesk desk;
     SessionGate gate;
     AccountPaths paths;
+    ApplicationPaths applications;
 };
 
 /// What a platform has outside of its markets.
@@ -128,7 +133,8 @@ private:
     void refresh(Place &place);
     void accountsChanged(const MarketServer &market, const std::vector<AccountId> &accounts);
     void tellChangedAccounts(Place &place);
-    void lookAtMessages();
+    void lookAtFiles();
+    void lookAtApplications();
     Place *placeOf(std::string_view path, std::string_view &rest);
 
     HttpAnswer answerRoot(const HttpRequest &request);
@@ -150,6 +156,8 @@ private:
     std::unique_ptr<WireAnswers> m_answers;
     std::unique_ptr<QueryPool> m_queries;
     std::unique_ptr<TradingPaths> m_trading;
+    std::unique_ptr<ChartPaths> m_charts;
+    std::unique_ptr<ApplicationFile> m_applications;
     MessageFile m_messages;
     BuildCounters m_builds{};
     std::optional<DemoGifts> m_demo;
@@ -184,6 +192,12 @@ Service::Impl::Impl(ServiceOptions options, ServiceLog &log)
     m_answers = std::make_unique<WireAnswers>(*m_envelope);
     m_queries = std::make_unique<QueryPool>(*m_answers, m_log);
     m_trading = std::make_unique<TradingPaths>(*m_answers, *m_queries);
+    m_charts = std::make_unique<ChartPaths>(*m_answers, *m_queries);
+    std::vector<std::string> prefixes;
+    for (const auto &market : m_exchange->markets())
+        prefixes.push_back(market->prefix());
+    m_applications = std::make_unique<ApplicationFile>(m_options.folder, std::move(prefixes));
+    lookAtApplications();
     openAccounts();
     giveToDemo();
     makeBoards();
@@ -203,7 +217,7 @@ Service::Impl::Impl(ServiceOptions options, ServiceLog &log)
     m_server->post([this] {
         for (auto &[prefix, place] : m_places)
             refresh(place);
-        lookAtMessages();
+        lookAtFiles();
     });
     m_server->start();
     m_log.info("serving address=" + m_options.address + " port=" + std::to_string(m_server->port())
@@ -265,7 +279,8 @@ void Service::Impl::openAccounts()
         };
         options.notice
             = [this, id = platform.id](const std::string &line) { m_log.info(id + ": " + line); };
-        room = std::make_unique<AccountRoom>(std::move(options), *m_queries, *m_answers);
+        room = std::make_unique<AccountRoom>(std::move(options), *m_queries, *m_applications,
+                                             *m_answers);
     }
 }
 
@@ -352,7 +367,15 @@ void Service::Impl::tellChangedAccounts(Place &place)
     m_polls->wake(*place.board, accounts);
 }
 
-void Service::Impl::lookAtMessages()
+void Service::Impl::lookAtApplications()
+{
+    std::string fault;
+    m_applications->refresh(fault);
+    if (!fault.empty())
+        m_log.warn(fault);
+}
+
+void Service::Impl::lookAtFiles()
 {
     if (m_ending)
         return;
@@ -367,7 +390,8 @@ void Service::Impl::lookAtMessages()
         for (auto &[prefix, place] : m_places)
             m_polls->wake(*place.board);
     }
-    m_server->callAt(Steady::now() + m_options.messagesEvery, [this] { lookAtMessages(); });
+    lookAtApplications();
+    m_server->callAt(Steady::now() + m_options.messagesEvery, [this] { lookAtFiles(); });
 }
 
 Service::Impl::Place *Service::Impl::placeOf(std::string_view path, std::string_view &rest)
@@ -420,6 +444,14 @@ void Service::Impl::handle(HttpRequest request, HttpResponder responder)
         trade(
             {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)},
             place->accounts->gate);
+        break;
+    case PathRoom::Charts:
+        m_charts->handle(
+            {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)});
+        break;
+    case PathRoom::Applications:
+        place->accounts->applications.handle(
+            {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)});
         break;
     case PathRoom::Market:
         if (entry->kind == PathKind::Sync)

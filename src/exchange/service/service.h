@@ -36,7 +36,7 @@ struct ServiceOptions {
     bool demo = false;
     /// Polls that may wait for a change at once; one more is told to come back.
     std::size_t parkedPolls = 4000;
-    /// How often the announcements' file is looked at.
+    /// How often the files of announcements and of applications are looked at.
     std::chrono::milliseconds messagesEvery{2'000};
     /// A market cannot go on; the process has to end with a failure. From any thread.
     std::function<void(const std::string &reason)> fatal;

@@ -167,7 +167,8 @@ std::string expected(const PathEntry &entry)
 {
     if (entry.kind == PathKind::Unserved)
         return "unserved";
-    if (roomOf(entry.kind) == PathRoom::Market)
+    const PathRoom room = roomOf(entry.kind);
+    if (room == PathRoom::Market || room == PathRoom::Charts || room == PathRoom::Applications)
         return "ok";
     const bool isOpen = entry.kind == PathKind::SignIn || entry.kind == PathKind::Register
         || entry.kind == PathKind::RegisterCode || entry.kind == PathKind::Reset

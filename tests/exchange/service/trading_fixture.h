@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exchange/service/chart_paths.h"
 #include "exchange/service/http_server.h"
 #include "exchange/service/market_board.h"
 #include "exchange/service/query_pool.h"
@@ -24,8 +25,8 @@
 
 namespace zvxtest {
 
-/// The trading paths on a real server and real markets. Who asks stands in the token, which is the
-/// account's number.
+/// The trading and chart paths on a real server and real markets. Who asks stands in the token,
+/// which is the account's number.
 class TradingFloor : private zvx::HttpHandler
 {
 public:
@@ -40,6 +41,7 @@ public:
 
     std::uint16_t port() const { return m_server->port(); }
     zvx::MarketServer &market() const { return *m_exchange->market("/lc/youbika/"); }
+    zvx::Exchange &exchange() const { return *m_exchange; }
     zvx::QueryPool &queries() { return *m_queries; }
     const zvx::HttpCounters &counters() const { return m_server->counters(); }
 
@@ -55,6 +57,7 @@ private:
     std::unique_ptr<zvx::WireAnswers> m_answers;
     std::unique_ptr<zvx::QueryPool> m_queries;
     std::unique_ptr<zvx::TradingPaths> m_paths;
+    std::unique_ptr<zvx::ChartPaths> m_charts;
     std::unique_ptr<zvx::HttpServer> m_server;
     std::unique_ptr<zvx::Exchange> m_exchange;
 };
