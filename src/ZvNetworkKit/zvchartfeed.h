@@ -66,7 +66,10 @@ public:
 
 signals:
     void replaced(); // everything is new: another collection, server, chart or session; first data
-    void grown(int firstChanged); // from this minute or bar on figures changed or were appended
+
+    // From this minute or bar on figures changed or were appended; a time line's hours may be
+    // others.
+    void grown(int firstChanged);
     void prepended(int count); // so many earlier bars stand in front now
     void stateChanged();
 
