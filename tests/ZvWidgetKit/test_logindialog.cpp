@@ -493,6 +493,15 @@ private slots:
                                                 ground(each, QPoint(0, 0)));
                 QVERIFY2(reached >= 4.5, qPrintable(each->objectName()));
             }
+            for (const char *name : {"pushButton_register_getVerificationCode",
+                                     "pushButton_changePassword_getVerificationCode"}) {
+                const QPushButton *each = button(name);
+                if (!each->isVisible())
+                    continue;
+                const QColor inside = ground(each, QPoint(6, 6));
+                QVERIFY2(contrast(each->palette().color(QPalette::ButtonText), inside) >= 4.5,
+                         name);
+            }
             for (const QLineEdit *each : dialog()->findChildren<QLineEdit *>()) {
                 if (!each->isVisible())
                     continue;

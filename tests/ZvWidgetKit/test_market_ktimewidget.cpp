@@ -10,6 +10,7 @@
 #include "support/testregistry.h"
 #include "wheel.h"
 
+#include <QAbstractScrollArea>
 #include <QElapsedTimer>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -323,6 +324,17 @@ private slots:
         QVERIFY(turnWheel(charts(), -120));
         tick();
         QCOMPARE(current(), QStringLiteral("1003"));
+    }
+
+    void theWheelOverTheDetailReachesThePage()
+    {
+        for (QAbstractScrollArea *list : m_page->findChild<Collection_DetailWidget *>()
+                                             ->findChildren<QAbstractScrollArea *>()) {
+            choose("1002");
+            turnWheel(list->viewport(), -120);
+            tick();
+            QCOMPARE(current(), QStringLiteral("1003"));
+        }
     }
 
     void theWheelOfThePoolCountsOnAHiddenPage()
