@@ -112,4 +112,17 @@ QString differenceFromHash(const QImage &image, const QString &name)
     return QStringLiteral("%1 is not as it was, see %2").arg(name, leave(image, name));
 }
 
+QString differenceFromPictures(QWidget *widget, const QString &name, bool isKept)
+{
+    for (const double scale : {1.0, 1.25, 1.5, 2.0}) {
+        const QImage image = picture(widget, scale);
+        const QString difference = isKept && scale == 1.0
+            ? differenceFromPicture(image, name)
+            : differenceFromHash(image, QStringLiteral("%1@%2").arg(name).arg(scale));
+        if (!difference.isEmpty())
+            return difference;
+    }
+    return {};
+}
+
 } // namespace zvtest

@@ -21,4 +21,8 @@ QString differenceFromPicture(const QImage &image, const QString &name);
 // The same for a picture of which only the hash is kept, in pictures/hashes.txt.
 QString differenceFromHash(const QImage &image, const QString &name);
 
+// Both for a widget at the scales 1, 1.25, 1.5 and 2: the picture at scale 1 where it is kept,
+// hashes named NAME@SCALE for the others.
+QString differenceFromPictures(QWidget *widget, const QString &name, bool isKept = true);
+
 } // namespace zvtest
