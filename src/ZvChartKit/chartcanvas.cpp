@@ -27,7 +27,7 @@ constexpr int notch = 120; // of a wheel, in eighths of a degree
 } // namespace
 
 ChartCanvas::ChartCanvas(QWidget *parent)
-    : QWidget(parent), m_plot(&m_timeLine), m_tabs(new IndicatorTabs(this))
+    : QWidget(parent), m_plot(&m_timeLine), m_tabs(new IndicatorTabs(this)), m_guide(m_plot)
 {
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
@@ -36,7 +36,6 @@ ChartCanvas::ChartCanvas(QWidget *parent)
     m_tabs->hide();
     connect(m_tabs, &IndicatorTabs::chosen, this, [this](int index) {
         applyAll(m_kLine.setStudy(static_cast<KLinePlot::Study>(index)));
-        settleCrosshair();
     });
     syncFrame();
 }
@@ -48,7 +47,6 @@ void ChartCanvas::showTimeLine(const ZvUBTimeLine &line)
     const ChartPlot::Change change = m_timeLine.load(line);
     setPlot(&m_timeLine);
     applyAll(change);
-    settleCrosshair();
 }
 
 void ChartCanvas::growTimeLine(const ZvUBTimeLine &line, int first)
@@ -62,7 +60,6 @@ void ChartCanvas::showKLine(const ZvUBKLine &line, KLinePlot::Period period)
     const ChartPlot::Change change = m_kLine.load(line, period);
     setPlot(&m_kLine);
     applyAll(change);
-    settleCrosshair();
     askForEarlier();
 }
 
@@ -75,8 +72,7 @@ void ChartCanvas::growKLine(const ZvUBKLine &line, int first)
 void ChartCanvas::prependKLine(const ZvUBKLine &line, int count)
 {
     const ChartPlot::Change change = m_kLine.prepend(line, count);
-    if (m_crosshair.isShown())
-        m_crosshair.place += count;
+    m_guide.prepend(count);
     applyAll(change);
     askForEarlier();
 }
@@ -89,7 +85,7 @@ void ChartCanvas::setNotice(const ChartNotice &notice)
         return;
     // The age of stale figures counts on in its own row; every other notice changes the picture.
     if (before.kind() == notice.kind())
-        updateDevice(overlay().rectOf(ChartOverlay::PriceHead));
+        updateDevice(m_plot->panes().priceHead);
     else
         updateAll();
 }
@@ -110,8 +106,7 @@ void ChartCanvas::setPlot(ChartPlot *plot)
     if (m_plot == plot)
         return;
     m_plot = plot;
-    m_crosshair = Crosshair();
-    m_hold = Hold::None;
+    m_guide.setPlot(plot);
     m_grip.reset();
     m_isDragging = false;
     unsetCursor();
@@ -160,21 +155,24 @@ void ChartCanvas::updateDevice(const QRect &rect)
 
 void ChartCanvas::applyAll(const ChartPlot::Change &change)
 {
-    if (change.isEverything)
-        updateAll();
+    if (!change.isEverything)
+        return;
+    // Where the crosshair stood may not be a place any more.
+    m_guide.settle();
+    updateAll();
 }
 
 void ChartCanvas::apply(const ChartPlot::Change &change, const OverlayRects &before)
 {
     if (change.isEverything) {
-        settleCrosshair();
-        updateAll();
+        applyAll(change);
         return;
     }
     updateDevice(change.strip);
     const OverlayRects after = overlayRects();
     updateParts(before, after, ChartOverlay::LastPrice, ChartOverlay::LastPrice);
-    const bool showsLast = !m_crosshair.isShown() || m_crosshair.place == m_plot->lastPlace();
+    const Crosshair &crosshair = m_guide.crosshair();
+    const bool showsLast = !crosshair.isShown() || crosshair.place == m_plot->lastPlace();
     if (showsLast)
         updateParts(before, after, ChartOverlay::Box, ChartOverlay::IndicatorHead);
 }
@@ -184,7 +182,7 @@ ChartOverlay ChartCanvas::overlay() const
     const int indent = m_tabs->isHidden()
         ? 0
         : m_plot->frame().px(m_tabs->geometry().right() + 1) - m_plot->panes().indicatorHead.left();
-    return ChartOverlay(*m_plot, m_crosshair, indent, m_notice.reserve(*m_plot));
+    return ChartOverlay(*m_plot, m_guide.crosshair(), indent, m_notice.reserve(*m_plot));
 }
 
 ChartCanvas::OverlayRects ChartCanvas::overlayRects() const
@@ -213,100 +211,35 @@ QPoint ChartCanvas::toDevice(const QPointF &position) const
                   static_cast<int>(std::floor(position.y() * scale)));
 }
 
-bool ChartCanvas::isOverPlots(const QPoint &device) const
+// Moves the crosshair by `move` and repaints what it leaves and where it comes to.
+template <typename Move>
+void ChartCanvas::moveCrosshair(Move move)
 {
-    const ChartPanes &panes = m_plot->panes();
-    return !panes.isEmpty() && device.x() >= panes.price.left() && device.x() <= panes.price.right()
-        && device.y() >= panes.price.top() && device.y() < panes.bottom();
-}
-
-void ChartCanvas::setCrosshair(const Crosshair &crosshair)
-{
-    if (crosshair == m_crosshair)
-        return;
+    const Crosshair from = m_guide.crosshair();
     const OverlayRects before = overlayRects();
-    const bool isAnotherPlace = crosshair.place != m_crosshair.place;
-    m_crosshair = crosshair;
+    move();
+    const Crosshair to = m_guide.crosshair();
+    if (to == from)
+        return;
     const OverlayRects after = overlayRects();
     updateParts(before, after, ChartOverlay::RowLine, ChartOverlay::RightLabel);
-    if (isAnotherPlace)
+    if (to.place != from.place)
         updateParts(before, after, ChartOverlay::PlaceLine, ChartOverlay::IndicatorHead);
-}
-
-void ChartCanvas::moveMouse(const QPoint &device)
-{
-    if (m_mouse == device)
-        return;
-    m_mouse = device;
-    if (!isOverPlots(device))
-        m_mouse.reset();
-    m_hold = Hold::None;
-    followMouse();
-}
-
-void ChartCanvas::forgetMouse()
-{
-    m_mouse.reset();
-    m_hold = Hold::None;
-    followMouse();
-}
-
-void ChartCanvas::followMouse()
-{
-    setCrosshair(crosshairAtMouse());
-}
-
-Crosshair ChartCanvas::crosshairAtMouse() const
-{
-    Crosshair crosshair;
-    if (m_mouse)
-        crosshair.place = m_plot->placeAt(m_mouse->x());
-    if (crosshair.isShown())
-        crosshair.row = rowAt(crosshair.place);
-    return crosshair;
-}
-
-// The mouse's row, or that of a figure within its reach; the place's price where keys rule.
-int ChartCanvas::rowAt(int place) const
-{
-    if (m_hold == Hold::Keys || !m_mouse)
-        return m_plot->priceRow(place);
-    const bool isOverPrices = m_plot->panes().paneAt(m_mouse->y()) == &m_plot->panes().price;
-    return isOverPrices ? m_plot->magnet(place, m_mouse->y()) : m_mouse->y();
-}
-
-// After the figures or their places have changed and everything is painted anew: the crosshair
-// stays where the mouse is, or on the bar that keys or the zoom hold it on. Where it stood may not
-// be a place any more.
-void ChartCanvas::settleCrosshair()
-{
-    if (m_hold == Hold::None || !m_crosshair.isShown() || m_plot->isEmpty()) {
-        m_crosshair = crosshairAtMouse();
-        return;
-    }
-    m_crosshair.place = std::clamp(m_crosshair.place, m_plot->firstPlace(), m_plot->lastPlace());
-    m_crosshair.row = rowAt(m_crosshair.place);
 }
 
 void ChartCanvas::moveByPlaces(int places)
 {
-    Crosshair crosshair = m_crosshair;
-    if (crosshair.isShown())
-        crosshair.place += places * m_plot->stride();
-    else
-        crosshair.place = m_plot->placeAt(m_plot->panes().price.right());
-    crosshair.place = std::clamp(crosshair.place, m_plot->firstPlace(), m_plot->lastPlace());
-    if (isKLine()) {
-        const int middle = m_plot->middleOf(crosshair.place);
-        const QRect &plot = m_plot->panes().price;
-        if (middle < plot.left() || middle > plot.right()) {
-            applyAll(m_kLine.show(crosshair.place));
-            askForEarlier();
-        }
+    const Crosshair &from = m_guide.crosshair();
+    int place = from.isShown() ? from.place + places * m_plot->stride()
+                               : m_plot->placeAt(m_plot->panes().price.right());
+    place = std::clamp(place, m_plot->firstPlace(), m_plot->lastPlace());
+    const int middle = m_plot->middleOf(place);
+    const QRect &plot = m_plot->panes().price;
+    if (isKLine() && (middle < plot.left() || middle > plot.right())) {
+        applyAll(m_kLine.show(place));
+        askForEarlier();
     }
-    m_hold = Hold::Keys;
-    crosshair.row = rowAt(crosshair.place);
-    setCrosshair(crosshair);
+    moveCrosshair([this, place] { m_guide.moveTo(place); });
 }
 
 void ChartCanvas::jumpTo(bool isLast)
@@ -315,43 +248,33 @@ void ChartCanvas::jumpTo(bool isLast)
         applyAll(isLast ? m_kLine.showLast() : m_kLine.showFirst());
         askForEarlier();
     }
-    Crosshair crosshair;
-    crosshair.place = isLast ? m_plot->lastPlace() : m_plot->firstPlace();
-    m_hold = Hold::Keys;
-    crosshair.row = rowAt(crosshair.place);
-    setCrosshair(crosshair);
+    moveCrosshair(
+        [this, isLast] { m_guide.moveTo(isLast ? m_plot->lastPlace() : m_plot->firstPlace()); });
 }
 
 bool ChartCanvas::moveByFigure(bool isAbove)
 {
-    if (!m_crosshair.isShown())
+    if (!m_guide.crosshair().isShown())
         return false;
-    Crosshair crosshair = m_crosshair;
-    crosshair.row = m_plot->nextFigure(crosshair.place, crosshair.row, isAbove);
-    m_hold = Hold::Keys;
-    setCrosshair(crosshair);
+    moveCrosshair([this, isAbove] { m_guide.moveToFigure(isAbove); });
     return true;
 }
 
 // The bar under the crosshair, or the last one in view.
 int ChartCanvas::zoomAnchor() const
 {
-    if (m_crosshair.isShown())
-        return m_crosshair.place;
+    if (m_guide.crosshair().isShown())
+        return m_guide.crosshair().place;
     return m_plot->placeAt(m_plot->panes().price.right());
 }
 
-// The bar keeps its pixel, but the one under the cursor may be its neighbour now: the crosshair
-// holds on to the bar, so that a turn of many notches goes around one bar.
 void ChartCanvas::zoom(int levels)
 {
     const ChartPlot::Change change = m_kLine.zoom(levels, zoomAnchor());
     if (!change.isEverything)
         return;
-    updateAll();
-    if (m_hold == Hold::None)
-        m_hold = Hold::Zoom;
-    settleCrosshair();
+    m_guide.holdForZoom();
+    applyAll(change);
     askForEarlier();
 }
 
@@ -381,7 +304,7 @@ void ChartCanvas::changeEvent(QEvent *event)
 void ChartCanvas::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    forgetMouse();
+    m_guide.forgetMouse();
     syncFrame();
     askForEarlier();
 }
@@ -390,8 +313,8 @@ void ChartCanvas::paintEvent(QPaintEvent *event)
 {
     if (m_plot->frame().scale != devicePixelRatioF())
         syncFrame();
-    const QImage &picture = m_plot->picture();
     const QRegion &region = event->region();
+    compose(region);
     QPainter painter(this);
     // From here on a unit is a pixel of the device, and the widget begins on a whole one, wherever
     // a scale such as 1.25 has put it.
@@ -400,28 +323,38 @@ void ChartCanvas::paintEvent(QPaintEvent *event)
     painter.setWorldTransform(
         QTransform::fromTranslate(std::round(origin.x()), std::round(origin.y()))
         * toDevice.inverted());
-
     for (const QRect &rect : region) {
-        const double scale = m_plot->frame().scale;
-        const QPoint first(static_cast<int>(std::floor(rect.left() * scale)) - 1,
-                           static_cast<int>(std::floor(rect.top() * scale)) - 1);
-        const QPoint last(static_cast<int>(std::ceil((rect.right() + 1) * scale)) + 1,
-                          static_cast<int>(std::ceil((rect.bottom() + 1) * scale)) + 1);
-        const QRect area(first, last);
-        if (!picture.rect().contains(area))
+        const QRect area = m_plot->frame().toDevice(rect);
+        if (!m_shown.rect().contains(area))
             painter.fillRect(area, QColor(m_colours[Ink::Ground]));
-        const QRect copied = area & picture.rect();
+        const QRect copied = area & m_shown.rect();
         if (!copied.isEmpty())
-            painter.drawImage(copied.topLeft(), picture, copied);
+            painter.drawImage(copied.topLeft(), m_shown, copied);
     }
-    overlay().paint(&painter, region);
-    m_notice.paint(&painter, *m_plot, region);
+}
+
+// Puts the picture and what stands over it together, for a region of the widget. Words are drawn
+// here rather than in the window, where the many rectangles of a crosshair's region clip them.
+void ChartCanvas::compose(const QRegion &region)
+{
+    const QImage &picture = m_plot->picture();
+    if (m_shown.size() != picture.size())
+        m_shown = QImage(picture.size(), QImage::Format_RGB32);
+    if (m_shown.isNull())
+        return;
+    for (const QRect &rect : region) {
+        const QRect area = m_plot->frame().toDevice(rect) & picture.rect();
+        if (!area.isEmpty())
+            copyPixels(picture, area, &m_shown, area.topLeft());
+    }
+    overlay().paint(&m_shown, region);
+    m_notice.paint(&m_shown, *m_plot, region);
 }
 
 void ChartCanvas::mousePressEvent(QMouseEvent *event)
 {
     const QPoint at = toDevice(event->localPos());
-    if (event->button() != Qt::LeftButton || !isOverPlots(at)) {
+    if (event->button() != Qt::LeftButton || !m_guide.isOverPlots(at)) {
         event->ignore();
         return;
     }
@@ -445,7 +378,7 @@ void ChartCanvas::mouseMoveEvent(QMouseEvent *event)
             askForEarlier();
         }
     }
-    moveMouse(at);
+    moveCrosshair([this, at] { m_guide.moveMouse(at); });
 }
 
 void ChartCanvas::mouseReleaseEvent(QMouseEvent *event)
@@ -463,7 +396,7 @@ void ChartCanvas::mouseReleaseEvent(QMouseEvent *event)
 void ChartCanvas::leaveEvent(QEvent *event)
 {
     QWidget::leaveEvent(event);
-    forgetMouse();
+    moveCrosshair([this] { m_guide.forgetMouse(); });
 }
 
 void ChartCanvas::wheelEvent(QWheelEvent *event)
@@ -478,7 +411,8 @@ void ChartCanvas::wheelEvent(QWheelEvent *event)
     m_wheelRest += event->angleDelta().y();
     const int notches = m_wheelRest / notch;
     m_wheelRest -= notches * notch;
-    moveMouse(toDevice(event->position()));
+    const QPoint at = toDevice(event->position());
+    moveCrosshair([this, at] { m_guide.moveMouse(at); });
     if (notches != 0)
         zoom(notches);
 }

@@ -7,7 +7,7 @@
 #include "ZvChartKit/klineplot.h"
 #include "ZvChartKit/timelineplot.h"
 
-#include <QPoint>
+#include <QImage>
 #include <QWidget>
 
 #include <optional>
@@ -75,15 +75,10 @@ private:
     OverlayRects overlayRects() const;
     void updateParts(const OverlayRects &before, const OverlayRects &after, Part first, Part last);
 
+    void compose(const QRegion &region);
     QPoint toDevice(const QPointF &position) const;
-    bool isOverPlots(const QPoint &device) const;
-    void moveMouse(const QPoint &device);
-    void forgetMouse();
-    void followMouse();
-    Crosshair crosshairAtMouse() const;
-    int rowAt(int place) const;
-    void setCrosshair(const Crosshair &crosshair);
-    void settleCrosshair();
+    template <typename Move>
+    void moveCrosshair(Move move);
     void moveByPlaces(int places);
     void jumpTo(bool isLast);
     bool moveByFigure(bool isAbove);
@@ -98,14 +93,11 @@ private:
     KLinePlot m_kLine;
     ChartPlot *m_plot;
     IndicatorTabs *m_tabs;
+    QImage m_shown; // the picture with what stands over it
 
     ChartNotice m_notice;
 
-    Crosshair m_crosshair;
-    std::optional<QPoint> m_mouse; // over the plots, in pixels of the device
-    // What keeps the crosshair on its place until the mouse moves.
-    enum class Hold { None, Keys, Zoom };
-    Hold m_hold = Hold::None;
+    CrosshairGuide m_guide;
     std::optional<int> m_grip; // the column that a drag holds
     bool m_isDragging = false;
     int m_wheelRest = 0; // eighths of a degree that are no whole notch yet

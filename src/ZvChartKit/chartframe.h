@@ -37,6 +37,18 @@ struct ChartFrame {
         return QRect(left, top, high(device.right() + 1) - left, high(device.bottom() + 1) - top);
     }
 
+    // All pixels of the device that a rectangle of the widget touches; some more on each side where
+    // these are not its own.
+    QRect toDevice(const QRect &widget) const
+    {
+        const int margin = scale == std::floor(scale) ? 0 : 1;
+        const auto low = [&](int at) { return static_cast<int>(std::floor(at * scale)) - margin; };
+        const auto high = [&](int at) { return static_cast<int>(std::ceil(at * scale)) + margin; };
+        const int left = low(widget.left());
+        const int top = low(widget.top());
+        return QRect(left, top, high(widget.right() + 1) - left, high(widget.bottom() + 1) - top);
+    }
+
     // How thick lines are.
     int line() const { return std::max(1, static_cast<int>(scale)); }
 };

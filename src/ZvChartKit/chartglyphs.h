@@ -1,21 +1,20 @@
 #pragma once
 
-#include <QColor>
-#include <QGlyphRun>
-#include <QPointF>
+#include "ZvChartKit/pixels.h"
+
 #include <QRawFont>
 #include <QStringView>
 
+#include <unordered_map>
 #include <vector>
 
 class QFont;
-class QPainter;
 
 namespace zvplot {
 
-// The one font of a chart at one size in pixels. Texts are looked up glyph by glyph and drawn
-// without shaping; all texts of one colour go out as one run. Once its tables are as large as a
-// frame needs, it asks for no memory.
+// The one font of a chart at one size in pixels. Every glyph is drawn once, and its shape is kept;
+// a text is put together from shapes on whole pixels, so digits stand in columns. Once it knows the
+// glyphs that a chart uses, it asks for no memory.
 class ChartGlyphs
 {
 public:
@@ -34,24 +33,30 @@ public:
 
     // Collects a text whose baseline begins at (x, baseline). draw() puts out what was collected.
     void put(int x, int baseline, QStringView text, QRgb colour);
-    void draw(QPainter *painter);
+    void draw(Pixels pixels);
 
 private:
-    static constexpr int longest = 48;
+    static constexpr int longest = 48; // characters of a text
 
-    struct Run {
-        QRgb colour = 0;
-        std::vector<quint32> glyphs;
-        std::vector<QPointF> positions;
+    struct Shape {
+        QPoint place; // of its top left pixel, from the baseline's begin
+        QSize size;
+        std::vector<uchar> cover; // row by row
     };
 
-    int lookUp(QStringView text, quint32 *glyphs, QPointF *advances) const;
-    Run &runOf(QRgb colour);
+    struct Placed {
+        const Shape *shape;
+        QPoint at;
+        QRgb colour;
+    };
+
+    int lookUp(QStringView text, quint32 *glyphs, int *advances) const;
+    const Shape &shapeOf(quint32 glyph);
+    Shape drawn(quint32 glyph) const;
 
     QRawFont m_font;
-    QGlyphRun m_glyphRun;
-    std::vector<Run> m_runs;
-    std::size_t m_usedRuns = 0;
+    std::unordered_map<quint32, Shape> m_shapes;
+    std::vector<Placed> m_collected;
     int m_height = 0;
     int m_digitHeight = 0;
 };

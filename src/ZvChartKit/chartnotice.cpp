@@ -3,7 +3,6 @@
 #include "ZvChartKit/chartglyphs.h"
 #include "ZvChartKit/chartplot.h"
 
-#include <QPainter>
 #include <QRegion>
 
 #include <algorithm>
@@ -50,16 +49,19 @@ int ChartNotice::reserve(const ChartPlot &plot) const
     return plot.frame().glyphs->width(text().view()) + plot.frame().px(2 * gap);
 }
 
-void ChartNotice::paint(QPainter *painter, const ChartPlot &plot, const QRegion &region) const
+void ChartNotice::paint(QImage *image, const ChartPlot &plot, const QRegion &region) const
 {
     const QRect head = plot.frame().toWidget(plot.panes().priceHead);
     if (m_kind == Stale && !plot.panes().isEmpty() && region.intersects(head))
-        paintAge(painter, plot);
-    if ((m_kind == Waiting || m_kind == NoData) && plot.isEmpty())
-        paintInstead(painter, plot);
+        putAge(plot);
+    else if ((m_kind == Waiting || m_kind == NoData) && plot.isEmpty())
+        putInstead(plot);
+    else
+        return;
+    plot.frame().glyphs->draw(Pixels(image, image->rect()));
 }
 
-void ChartNotice::paintAge(QPainter *painter, const ChartPlot &plot) const
+void ChartNotice::putAge(const ChartPlot &plot) const
 {
     ChartGlyphs &glyphs = *plot.frame().glyphs;
     const QRect &head = plot.panes().priceHead;
@@ -70,10 +72,9 @@ void ChartNotice::paintAge(QPainter *painter, const ChartPlot &plot) const
     glyphs.put(head.right() + 1 - width - plot.frame().px(gap),
                glyphs.baselineBetween(head.top(), head.bottom() + 1), words.view(),
                (*plot.frame().colours)[Ink::Key]);
-    glyphs.draw(painter);
 }
 
-void ChartNotice::paintInstead(QPainter *painter, const ChartPlot &plot) const
+void ChartNotice::putInstead(const ChartPlot &plot) const
 {
     ChartGlyphs &glyphs = *plot.frame().glyphs;
     const QRect area
@@ -84,7 +85,6 @@ void ChartNotice::paintInstead(QPainter *painter, const ChartPlot &plot) const
         return;
     glyphs.put(area.center().x() - width / 2, glyphs.baselineBetween(area.top(), area.bottom() + 1),
                words.view(), (*plot.frame().colours)[Ink::Dim]);
-    glyphs.draw(painter);
 }
 
 } // namespace zvplot

@@ -4,7 +4,7 @@
 
 #include <QRect>
 
-class QPainter;
+class QImage;
 class QRegion;
 
 namespace zvplot {
@@ -26,11 +26,11 @@ public:
     // Room at the end of the words above the prices that the age takes, in pixels of the device.
     int reserve(const ChartPlot &plot) const;
 
-    void paint(QPainter *painter, const ChartPlot &plot, const QRegion &region) const;
+    void paint(QImage *image, const ChartPlot &plot, const QRegion &region) const;
 
 private:
-    void paintAge(QPainter *painter, const ChartPlot &plot) const;
-    void paintInstead(QPainter *painter, const ChartPlot &plot) const;
+    void putAge(const ChartPlot &plot) const;
+    void putInstead(const ChartPlot &plot) const;
 
     Kind m_kind;
     qint64 m_ageMs;

@@ -2,8 +2,6 @@
 
 #include "ZvChartKit/chartglyphs.h"
 
-#include <QPainter>
-
 namespace zvplot {
 
 namespace {
@@ -53,11 +51,12 @@ QRect ChartOverlay::rectOf(Part part) const
     case Box:
         return isShown ? boxRect() : QRect();
     case PriceHead:
-        return m_panes.priceHead;
+        return wordsIn(m_panes.priceHead, 5) & m_panes.priceHead.adjusted(0, 0, -m_priceReserve, 0);
     case VolumeHead:
-        return m_panes.volumeHead;
+        return wordsIn(m_panes.volumeHead, 3);
     case IndicatorHead:
-        return m_panes.indicatorHead;
+        // Without the tabs in it, which would be painted along.
+        return wordsIn(m_panes.indicatorHead.adjusted(m_indicatorIndent, 0, 0, 0), 3);
     case LastPrice:
         return m_plot.lastPriceLabel().rect;
     case PartCount:
@@ -66,38 +65,48 @@ QRect ChartOverlay::rectOf(Part part) const
     return {};
 }
 
-void ChartOverlay::paint(QPainter *painter, const QRegion &region) const
+// As wide as so many entries may be: the rest of a head is not painted with every move.
+QRect ChartOverlay::wordsIn(const QRect &head, int entries) const
+{
+    const int entry
+        = m_frame.glyphs->width(u"RSI24 ") + m_plot.valueBoxWidth() + m_frame.px(entryGap);
+    return head
+        & QRect(head.left(), head.top(), m_frame.px(headIndent) + entries * entry, head.height());
+}
+
+void ChartOverlay::paint(QImage *image, const QRegion &region) const
 {
     const auto isTouched = [this, &region](Part part) {
         const QRect rect = rectOf(part);
         return !rect.isEmpty() && region.intersects(m_frame.toWidget(rect));
     };
+    Pixels pixels(image, image->rect());
     const int place = m_crosshair.place;
     if (isTouched(PriceHead))
-        paintHead(m_panes.priceHead, m_plot.priceLegend(place), 0, m_priceReserve);
+        paintHead(rectOf(PriceHead), m_plot.priceLegend(place));
     if (isTouched(VolumeHead))
-        paintHead(m_panes.volumeHead, m_plot.volumeLegend(place), 0, 0);
+        paintHead(rectOf(VolumeHead), m_plot.volumeLegend(place));
     if (isTouched(IndicatorHead))
-        paintHead(m_panes.indicatorHead, m_plot.indicatorLegend(place), m_indicatorIndent, 0);
+        paintHead(rectOf(IndicatorHead), m_plot.indicatorLegend(place));
     if (isTouched(LastPrice))
-        paintLabel(painter, m_plot.lastPriceLabel());
-    m_frame.glyphs->draw(painter);
+        paintLabel(&pixels, m_plot.lastPriceLabel());
+    m_frame.glyphs->draw(pixels);
     if (!m_crosshair.isShown())
         return;
 
     for (const Part line : {RowLine, PlaceLine}) {
         if (isTouched(line))
-            painter->fillRect(rectOf(line), colour(Ink::Cross));
+            pixels.fill(rectOf(line), colour(Ink::Cross));
     }
     if (isTouched(LeftLabel))
-        paintLabel(painter, m_plot.leftLabel(m_crosshair.row));
+        paintLabel(&pixels, m_plot.leftLabel(m_crosshair.row));
     if (isTouched(RightLabel))
-        paintLabel(painter, m_plot.rightLabel(m_crosshair.row));
+        paintLabel(&pixels, m_plot.rightLabel(m_crosshair.row));
     if (isTouched(TimeLabel))
-        paintLabel(painter, m_plot.timeLabel(place));
+        paintLabel(&pixels, m_plot.timeLabel(place));
     if (isTouched(Box))
-        paintBox(painter);
-    m_frame.glyphs->draw(painter);
+        paintBox(&pixels);
+    m_frame.glyphs->draw(pixels);
 }
 
 QRect ChartOverlay::boxRect() const
@@ -117,58 +126,58 @@ QRect ChartOverlay::boxRect() const
     return QRect(left, pane.top() + distance, width, height);
 }
 
-void ChartOverlay::paintHead(const QRect &head, const Legend &legend, int indent, int reserve) const
+void ChartOverlay::paintHead(const QRect &head, const Legend &legend) const
 {
     ChartGlyphs &glyphs = *m_frame.glyphs;
-    int x = head.left() + m_frame.px(headIndent) + indent;
-    const int end = head.right() + 1 - reserve;
+    int x = head.left() + m_frame.px(headIndent);
+    const int end = head.right() + 1;
     const int baseline = glyphs.baselineBetween(head.top(), head.bottom() + 1);
     for (std::size_t i = 0; i < legend.count; ++i) {
         const Legend::Entry &entry = legend.entries[i];
         const int width = glyphs.width(entry.text.view());
         if (x + width > end)
             return;
-        glyphs.put(x, baseline, entry.text.view(), (*m_frame.colours)[entry.ink]);
+        glyphs.put(x, baseline, entry.text.view(), colour(entry.ink));
         x += width + m_frame.px(entryGap);
     }
 }
 
-void ChartOverlay::paintLabel(QPainter *painter, const AxisLabel &label) const
+void ChartOverlay::paintLabel(Pixels *pixels, const AxisLabel &label) const
 {
     ChartGlyphs &glyphs = *m_frame.glyphs;
-    painter->fillRect(label.rect, colour(label.ground));
+    pixels->fill(label.rect, colour(label.ground));
     // The words of the left axis stand at its right, beside the plot.
     const bool isLeft = label.rect.right() < m_panes.price.left();
     const int gap = m_frame.px(labelGap);
     const int x = isLeft ? label.rect.right() + 1 - gap - glyphs.width(label.text.view())
                          : label.rect.left() + gap;
     glyphs.put(x, glyphs.baselineBetween(label.rect.top(), label.rect.bottom() + 1),
-               label.text.view(), (*m_frame.colours)[label.ink]);
+               label.text.view(), colour(label.ink));
 }
 
-void ChartOverlay::paintBox(QPainter *painter) const
+void ChartOverlay::paintBox(Pixels *pixels) const
 {
     ChartGlyphs &glyphs = *m_frame.glyphs;
     const QRect rect = boxRect();
     const int line = m_frame.line();
-    painter->fillRect(rect, colour(Ink::Frame));
-    painter->fillRect(rect.adjusted(line, line, -line, -line), colour(Ink::Raised));
+    pixels->fill(rect, colour(Ink::Frame));
+    pixels->fill(rect.adjusted(line, line, -line, -line), colour(Ink::Raised));
     const ValueBox box = m_plot.valueBox(m_crosshair.place);
     const int padding = m_frame.px(boxPadding);
     int top = rect.top() + padding / 2;
     for (std::size_t i = 0; i < box.count; ++i) {
         const ValueBox::Row &row = box.rows[i];
         const int baseline = glyphs.baselineBetween(top, top + m_frame.px(boxRow));
-        glyphs.put(rect.left() + padding, baseline, row.name, (*m_frame.colours)[Ink::Dim]);
+        glyphs.put(rect.left() + padding, baseline, row.name, colour(Ink::Dim));
         glyphs.put(rect.right() + 1 - padding - glyphs.width(row.value.view()), baseline,
-                   row.value.view(), (*m_frame.colours)[row.ink]);
+                   row.value.view(), colour(row.ink));
         top += m_frame.px(boxRow);
     }
 }
 
-QColor ChartOverlay::colour(Ink ink) const
+QRgb ChartOverlay::colour(Ink ink) const
 {
-    return QColor((*m_frame.colours)[ink]);
+    return (*m_frame.colours)[ink];
 }
 
 } // namespace zvplot

@@ -1,27 +1,13 @@
 #pragma once
 
 #include "ZvChartKit/chartplot.h"
+#include "ZvChartKit/crosshair.h"
 
 #include <QRegion>
 
 #include <array>
 
-class QPainter;
-
 namespace zvplot {
-
-// Where the crosshair is: a place of the plot, and a row of the frame.
-struct Crosshair {
-    int place = -1;
-    int row = 0;
-
-    bool isShown() const { return place >= 0; }
-    bool operator==(const Crosshair &other) const
-    {
-        return place == other.place && (row == other.row || !isShown());
-    }
-    bool operator!=(const Crosshair &other) const { return !(*this == other); }
-};
 
 // What stands over the kept picture and follows the crosshair and the last price: the words above
 // the panes, the last price on its axis, the crosshair with its labels, and the box of values. It
@@ -52,14 +38,16 @@ public:
     // Where a part stands; empty where there is none.
     QRect rectOf(Part part) const;
 
-    void paint(QPainter *painter, const QRegion &region) const;
+    // Draws over a copy of the picture, of which the region of the widget is fresh.
+    void paint(QImage *image, const QRegion &region) const;
 
 private:
     QRect boxRect() const;
-    void paintHead(const QRect &head, const Legend &legend, int indent, int reserve) const;
-    void paintLabel(QPainter *painter, const AxisLabel &label) const;
-    void paintBox(QPainter *painter) const;
-    QColor colour(Ink ink) const;
+    QRect wordsIn(const QRect &head, int entries) const;
+    void paintHead(const QRect &head, const Legend &legend) const;
+    void paintLabel(Pixels *pixels, const AxisLabel &label) const;
+    void paintBox(Pixels *pixels) const;
+    QRgb colour(Ink ink) const;
 
     const ChartPlot &m_plot;
     const ChartFrame &m_frame;

@@ -2,10 +2,7 @@
 
 #include "ZvChartKit/chartglyphs.h"
 
-#include <QPainter>
-
 #include <cstdlib>
-#include <cstring>
 
 namespace zvplot {
 
@@ -16,15 +13,6 @@ constexpr int magnetReach = 6;
 constexpr int axisGap = 5; // between a plot and the words of its axis
 constexpr int labelHeight = 18;
 constexpr int timeGap = 14; // between two words of the time axis
-
-// Copies an area between two images of 32 bits a pixel.
-void copyRows(const QImage &from, QPoint source, QImage *to, QPoint target, QSize size)
-{
-    const auto width = static_cast<std::size_t>(size.width()) * 4;
-    for (int y = 0; y < size.height(); ++y)
-        std::memcpy(to->scanLine(target.y() + y) + target.x() * 4,
-                    from.constScanLine(source.y() + y) + source.x() * 4, width);
-}
 
 } // namespace
 
@@ -46,9 +34,9 @@ const QImage &ChartPlot::picture()
         if (!m_picture.isNull()) {
             m_picture.fill(colour(Ink::Ground));
             if (!m_panes.isEmpty()) {
-                QPainter painter(&m_picture);
-                paintStill(Pixels(&m_picture, m_picture.rect()), &painter);
-                m_frame.glyphs->draw(&painter);
+                const Pixels pixels(&m_picture, m_picture.rect());
+                paintStill(pixels);
+                m_frame.glyphs->draw(pixels);
             }
         }
         keepBehind();
@@ -192,13 +180,13 @@ void ChartPlot::keepBehind()
         return;
     if (m_behind.width() < m_strip.width() || m_behind.height() < m_strip.height())
         m_behind = QImage(m_strip.size(), QImage::Format_RGB32);
-    copyRows(m_picture, m_strip.topLeft(), &m_behind, QPoint(), m_strip.size());
+    copyPixels(m_picture, m_strip, &m_behind, QPoint());
 }
 
 void ChartPlot::restoreBehind()
 {
     if (!m_strip.isEmpty())
-        copyRows(m_behind, QPoint(), &m_picture, m_strip.topLeft(), m_strip.size());
+        copyPixels(m_behind, QRect(QPoint(), m_strip.size()), &m_picture, m_strip.topLeft());
 }
 
 } // namespace zvplot

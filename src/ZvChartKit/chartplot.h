@@ -9,9 +9,6 @@
 
 #include <array>
 
-class QPainter;
-class QString;
-
 namespace zvplot {
 
 class ValueAxis;
@@ -80,7 +77,7 @@ protected:
     virtual void layOut() = 0;
 
     // Draws everything but the last entry, and then the last entry alone.
-    virtual void paintStill(Pixels pixels, QPainter *painter) = 0;
+    virtual void paintStill(Pixels pixels) = 0;
     virtual void paintLast(Pixels pixels) = 0;
 
     // Where the last entry stands; empty where it is out of view.

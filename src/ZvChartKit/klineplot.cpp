@@ -370,7 +370,7 @@ KLinePainter KLinePlot::painter() const
     return KLinePainter(frame(), panes(), m_window, m_columns, m_axes, m_study == Study::Macd);
 }
 
-void KLinePlot::paintStill(Pixels pixels, QPainter *)
+void KLinePlot::paintStill(Pixels pixels)
 {
     paintGrid(pixels);
     paintTimes(pixels);

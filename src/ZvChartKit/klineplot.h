@@ -64,7 +64,7 @@ public:
 
 protected:
     void layOut() override;
-    void paintStill(Pixels pixels, QPainter *painter) override;
+    void paintStill(Pixels pixels) override;
     void paintLast(Pixels pixels) override;
     QRect lastStrip() const override;
     ChartText timeText(int place) const override;

@@ -2,8 +2,20 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace zvplot {
+
+void copyPixels(const QImage &from, const QRect &rect, QImage *to, const QPoint &place)
+{
+    const auto width = static_cast<std::size_t>(rect.width()) * sizeof(QRgb);
+    for (int y = 0; y < rect.height(); ++y) {
+        const uchar *source = from.constScanLine(rect.top() + y);
+        uchar *target = to->scanLine(place.y() + y);
+        std::memcpy(target + place.x() * int(sizeof(QRgb)),
+                    source + rect.left() * int(sizeof(QRgb)), width);
+    }
+}
 
 Pixels::Pixels(QImage *image, const QRect &clip)
     : m_bits(reinterpret_cast<QRgb *>(image->bits())), m_stride(image->bytesPerLine() / 4),
@@ -53,6 +65,20 @@ void Pixels::tint(int x, int top, int bottom, QRgb colour, int opacity)
     QRgb *pixel = m_bits + static_cast<std::ptrdiff_t>(first) * m_stride + x;
     for (int y = first; y < end; ++y, pixel += m_stride)
         blend(pixel, colour, opacity);
+}
+
+void Pixels::stamp(const QPoint &place, const QSize &size, const uchar *cover, QRgb colour)
+{
+    const QRect area = QRect(place, size) & m_clip;
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        const uchar *strength
+            = cover + static_cast<std::ptrdiff_t>(y - place.y()) * size.width() - place.x();
+        QRgb *row = m_bits + static_cast<std::ptrdiff_t>(y) * m_stride;
+        for (int x = area.left(); x <= area.right(); ++x) {
+            if (strength[x] > 0)
+                blend(row + x, colour, strength[x] + (strength[x] >> 7));
+        }
+    }
 }
 
 void Pixels::blend(QRgb *pixel, QRgb colour, int opacity)

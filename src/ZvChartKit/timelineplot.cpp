@@ -326,7 +326,7 @@ TimeLinePlot::Axes TimeLinePlot::axesOfEntries() const
     return axes;
 }
 
-void TimeLinePlot::paintStill(Pixels pixels, QPainter *)
+void TimeLinePlot::paintStill(Pixels pixels)
 {
     paintTimes(pixels);
     paintGrid(pixels);
