@@ -145,6 +145,8 @@ private slots:
                               QDir::Files, QDirIterator::Subdirectories);
         while (drawings.hasNext()) {
             const QString name = art.relativeFilePath(drawings.next());
+            if (name.startsWith(QLatin1String("banks/")))
+                continue; // the exchange serves that folder as it is
             const QString word = name.startsWith(QLatin1String("looks/")) ? name.mid(6) : name;
             const QString entry = QLatin1String(":/")
                 + QString(name).replace(QLatin1String(".svg"), QLatin1String(".png"));
