@@ -37,6 +37,9 @@ namespace fs = std::filesystem;
 constexpr int exitFault = 1;
 constexpr int exitUnusable = 2;
 
+/// A hundred thousand million: clients count money in numbers that hold so much to the fen.
+constexpr std::int64_t mostYuan = 100'000'000'000;
+constexpr std::int64_t longestBankDelay = 86'400'000;
 constexpr std::size_t catalogueBound = 64 * 1024 * 1024;
 /// Descriptors that are not connections: stores, logs, pipes.
 constexpr rlim_t otherFiles = 256;
@@ -48,6 +51,10 @@ struct Choices {
     std::vector<std::string> hosts;
     std::uint64_t seed = 1;
     double robots = 6;
+    std::int64_t bankDelay = 0;
+    std::string bankRefuse;
+    std::int64_t transferLimit = MoneyLimits().ofTransfer.value() / 100;
+    std::int64_t dayLimit = MoneyLimits().ofDay.value() / 100;
     bool demo = false;
     bool untilStdinCloses = false;
     bool attached = false;
@@ -169,6 +176,17 @@ void checkNames(const Choices &choices, const ServiceOptions &options)
                        + options.address);
 }
 
+void readMoney(const Choices &choices, ServiceOptions &options)
+{
+    options.bankDelay = std::chrono::milliseconds(choices.bankDelay);
+    options.bankRefusal = choices.bankRefuse == "in" ? BankRefusal::In
+        : choices.bankRefuse == "out"                ? BankRefusal::Out
+        : choices.bankRefuse == "all"                ? BankRefusal::All
+                                                     : BankRefusal::None;
+    options.moneyLimits.ofTransfer = Fen(choices.transferLimit * 100);
+    options.moneyLimits.ofDay = Fen(choices.dayLimit * 100);
+}
+
 int serve(const Choices &choices)
 {
     keepMemoryPrivate();
@@ -190,6 +208,7 @@ int serve(const Choices &choices)
     options.demo = choices.demo;
     options.seed = choices.seed;
     options.robotOrdersPerSecond = choices.robots;
+    readMoney(choices, options);
     options.limits.connections = raiseFileLimit(options.limits.connections);
     options.parkedPolls = std::min(options.parkedPolls, options.limits.connections * 4 / 5);
     if (!choices.catalogue.empty())
@@ -309,6 +328,29 @@ void addServe(CLI::App &app, Choices &choices)
     serve->add_option("--seed", choices.seed, "Where the robots' chance begins")
         ->type_name("N")
         ->capture_default_str();
+    serve
+        ->add_option("--transfer-limit", choices.transferLimit,
+                     "Yuan that one transfer between an account and its bank card may move")
+        ->type_name("YUAN")
+        ->check(CLI::Range(std::int64_t(1), mostYuan))
+        ->capture_default_str();
+    serve
+        ->add_option("--day-limit", choices.dayLimit,
+                     "Yuan that an account may move in a day, each way and in each market")
+        ->type_name("YUAN")
+        ->check(CLI::Range(std::int64_t(1), mostYuan))
+        ->capture_default_str();
+    serve
+        ->add_option("--bank-delay", choices.bankDelay,
+                     "Milliseconds that the embedded bank takes for an answer")
+        ->type_name("MS")
+        ->check(CLI::Range(std::int64_t(0), longestBankDelay))
+        ->capture_default_str();
+    serve
+        ->add_option("--bank-refuse", choices.bankRefuse,
+                     "What the embedded bank refuses: money in, money out, or all of it")
+        ->type_name("in|out|all")
+        ->check(CLI::IsMember({"in", "out", "all"}));
     serve->add_flag("--demo", choices.demo,
                     "Give a new state folder a demo account with money and holdings, phone "
                     "13800000000, password demo888888; serves on a loopback address alone");

@@ -63,16 +63,16 @@ const std::array<PathEntry, 46> &contractPaths()
         {"myaccount/trade.html", get, PathKind::Unserved},
         {"myaccount/hold.html", get, PathKind::Unserved},
         {"myaccount/take-list.html", get, PathKind::Unserved},
-        {"pay/list.html", get, PathKind::Unserved},
+        {"pay/list.html", get, PathKind::MoneyList},
         {"login.html", post, PathKind::SignIn},
         {"reg.html", post, PathKind::Register},
         {"reg/send.html", post, PathKind::RegisterCode},
         {"forget/validate.html", post, PathKind::Reset},
         {"forget/send.html", post, PathKind::ResetCode},
         {"pay/qrcode.html", get, PathKind::Unserved},
-        {"pay/send.html", post, PathKind::Unserved},
-        {"pay/trade.html", post, PathKind::Unserved},
-        {"pay/cash-deal.html", post, PathKind::Unserved},
+        {"pay/send.html", post, PathKind::MoneyCode},
+        {"pay/trade.html", post, PathKind::MoneyIn},
+        {"pay/cash-deal.html", post, PathKind::MoneyOut},
         {"hold/list.html", get, PathKind::Applications},
         {"pay/hx.html", get, PathKind::Unserved},
         {"trade/buy.html", post, PathKind::Buy},
@@ -118,6 +118,11 @@ PathRoom roomOf(PathKind kind)
     case PathKind::Sell:
     case PathKind::Revoke:
         return PathRoom::Trading;
+    case PathKind::MoneyCode:
+    case PathKind::MoneyIn:
+    case PathKind::MoneyOut:
+    case PathKind::MoneyList:
+        return PathRoom::Money;
     default:
         return PathRoom::Market;
     }

@@ -69,6 +69,10 @@ enum class PathKind {
     Buy,
     Sell,
     Revoke,
+    MoneyCode,
+    MoneyIn,
+    MoneyOut,
+    MoneyList,
     Unserved,
 };
 
@@ -79,6 +83,7 @@ enum class PathRoom {
     Applications, ///< what can be applied for, and who did
     Accounts, ///< signing in, registering, favourites
     Trading, ///< what an account has and does in one market
+    Money, ///< money in and out of one market
 };
 PathRoom roomOf(PathKind kind);
 

@@ -13,6 +13,7 @@
 #include "exchange/service/market_board.h"
 #include "exchange/service/message_file.h"
 #include "exchange/service/metrics_text.h"
+#include "exchange/service/money_paths.h"
 #include "exchange/service/parameters.h"
 #include "exchange/service/platform_pages.h"
 #include "exchange/service/poll_hub.h"
@@ -65,6 +66,7 @@ struct AccountRoom {
     SessionGate gate;
     AccountPaths paths;
     ApplicationPaths applications;
+    std::optional<MoneyPaths> money; ///< as soon as money can be moved
 };
 
 /// What a platform has outside of its markets.
@@ -97,6 +99,20 @@ void addAccounts(MetricsText &text, const std::string &platform, const AccountDe
     add("zvexchange_text_messages_failed_total", counters.textsFailed);
 }
 
+void addMoney(MetricsText &text, const MoneyDesk &desk)
+{
+    const MoneyCounters &counters = desk.counters();
+    text.add("zvexchange_transfers_total", counters.moneyIn, "way", "in");
+    text.add("zvexchange_transfers_total", counters.moneyOut, "way", "out");
+    text.add("zvexchange_transfers_refused_total", counters.refused, "by", "rule");
+    text.add("zvexchange_transfers_refused_total", counters.refusedByBank, "by", "bank");
+    text.add("zvexchange_transfers_turned_away_total", counters.turnedAway);
+    text.add("zvexchange_transfers_under_way", desk.underWay());
+    text.add("zvexchange_bank_questions_total", counters.asked);
+    text.add("zvexchange_bank_questions_repeated_total", counters.askedAgain);
+    text.add("zvexchange_bank_idle_answers_total", counters.idleAnswers);
+}
+
 } // namespace
 
 class Service::Impl : public HttpHandler
@@ -127,6 +143,7 @@ private:
     void openExchange();
     void openAccounts();
     void giveToDemo();
+    void openMoney();
     void makeBoards();
     void failed(const std::string &reason);
     void published(const MarketServer &market);
@@ -172,6 +189,7 @@ private:
     std::unique_ptr<HttpServer> m_server;
     std::map<std::string, std::unique_ptr<AccountRoom>> m_accounts; ///< by platform
     std::unique_ptr<Exchange> m_exchange;
+    std::unique_ptr<MoneyDesk> m_money;
     std::unique_ptr<Robots> m_robots;
 };
 
@@ -200,6 +218,7 @@ Service::Impl::Impl(ServiceOptions options, ServiceLog &log)
     lookAtApplications();
     openAccounts();
     giveToDemo();
+    openMoney();
     makeBoards();
 
     m_polls = std::make_unique<PollHub>(
@@ -282,6 +301,31 @@ void Service::Impl::openAccounts()
         room = std::make_unique<AccountRoom>(std::move(options), *m_queries, *m_applications,
                                              *m_answers);
     }
+}
+
+void Service::Impl::openMoney()
+{
+    MoneyDeskOptions options;
+    for (const auto &market : m_exchange->markets())
+        options.markets.push_back(market.get());
+    options.bank = m_options.bank;
+    const auto notice = [this](const std::string &line) { m_log.info(line); };
+    if (!options.bank) {
+        EmbeddedBankOptions bank;
+        bank.folder = m_options.folder;
+        bank.delay = m_options.bankDelay.count();
+        bank.refusal = m_options.bankRefusal;
+        bank.notice = notice;
+        options.bank = std::make_shared<EmbeddedBank>(std::move(bank));
+    }
+    options.cardOf = [this](const MarketServer &market, AccountId account) {
+        return m_accounts.at(market.platform())->desk.cardOf(account);
+    };
+    options.limits = m_options.moneyLimits;
+    options.notice = notice;
+    m_money = std::make_unique<MoneyDesk>(std::move(options));
+    for (const auto &[id, room] : m_accounts)
+        room->money.emplace(room->desk, *m_money, room->gate, *m_queries, *m_answers);
 }
 
 void Service::Impl::giveToDemo()
@@ -444,6 +488,10 @@ void Service::Impl::handle(HttpRequest request, HttpResponder responder)
         trade(
             {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)},
             place->accounts->gate);
+        break;
+    case PathRoom::Money:
+        place->accounts->money->handle(
+            {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)});
         break;
     case PathRoom::Charts:
         m_charts->handle(
@@ -665,6 +713,7 @@ std::string Service::Impl::metrics() const
     text.add("zvexchange_robot_orders_total", m_robots ? m_robots->orders() : 0);
     for (const auto &[id, room] : m_accounts)
         addAccounts(text, id, room->desk);
+    addMoney(text, *m_money);
     for (const auto &[prefix, place] : m_places) {
         const WriterCounters &writer = place.market->writer().counters();
         text.add("zvexchange_commands_total", writer.commands, "market", prefix);
@@ -700,6 +749,9 @@ void Service::Impl::stop()
     }
     for (const auto &[id, room] : m_accounts)
         room->desk.stop();
+    // After the desks, whose last codes may still move money.
+    if (m_money)
+        m_money->stop();
     if (m_queries)
         m_queries->stop();
     if (m_exchange) {

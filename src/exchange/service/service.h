@@ -1,7 +1,9 @@
 #pragma once
 
 #include "exchange/accounts/account_desk.h"
+#include "exchange/service/embedded_bank.h"
 #include "exchange/service/http_message.h"
+#include "exchange/service/money_desk.h"
 
 #include <chrono>
 #include <cstdint>
@@ -32,6 +34,11 @@ struct ServiceOptions {
     AccountLimits accountLimits;
     /// Null for the usual one, whose cost is meant to be felt.
     std::shared_ptr<PasswordHasher> passwordHasher;
+    MoneyLimits moneyLimits;
+    /// The way to the banks; null for the embedded one, which the next two are for.
+    std::shared_ptr<BankGateway> bank;
+    std::chrono::milliseconds bankDelay{0};
+    BankRefusal bankRefusal = BankRefusal::None;
     /// A folder without an exchange gets a demo account with money and holdings.
     bool demo = false;
     /// Polls that may wait for a change at once; one more is told to come back.
