@@ -5,6 +5,7 @@
 #include "exchange/service/lifeline.h"
 #include "exchange/service/outbox_text.h"
 #include "exchange/service/parameters.h"
+#include "exchange/service/public_address.h"
 #include "exchange/service/service.h"
 #include "exchange/service/service_log.h"
 #include "exchange/store/exchange.h"
@@ -49,6 +50,7 @@ struct Choices {
     std::string listen = "127.0.0.1:0";
     std::string catalogue;
     std::vector<std::string> hosts;
+    std::string publicUrl;
     std::uint64_t seed = 1;
     double robots = 6;
     std::int64_t bankDelay = 0;
@@ -170,6 +172,10 @@ void checkNames(const Choices &choices, const ServiceOptions &options)
             throw Unusable("--host takes a name such as exchange.example.org, without a port, not "
                            + host);
     }
+    if (!choices.publicUrl.empty() && !PublicAddress::isUrl(choices.publicUrl))
+        throw Unusable("--public-url takes http:// or https:// with a host and perhaps a port, such "
+                       "as https://exchange.example.org, not "
+                       + choices.publicUrl);
     if (choices.demo && !isLoopback(options.address))
         throw Unusable("--demo makes an account whose password everybody knows, and serves on a "
                        "loopback address alone, not on "
@@ -205,6 +211,7 @@ int serve(const Choices &choices)
     readListen(choices.listen, options);
     checkNames(choices, options);
     options.hostNames = choices.hosts;
+    options.publicUrl = choices.publicUrl;
     options.demo = choices.demo;
     options.seed = choices.seed;
     options.robotOrdersPerSecond = choices.robots;
@@ -314,6 +321,11 @@ void addServe(CLI::App &app, Choices &choices)
                      "localhost; may be given several times")
         ->type_name("NAME")
         ->allow_extra_args(false);
+    serve
+        ->add_option("--public-url", choices.publicUrl,
+                     "Where telephones reach the service, for the addresses that it gives out; "
+                     "without it the name by which a client asked for them")
+        ->type_name("URL");
     serve
         ->add_option("--catalogue", choices.catalogue,
                      "Catalogue that a new state folder begins with; later the folder's own "

@@ -69,12 +69,12 @@ const std::array<PathEntry, 46> &contractPaths()
         {"reg/send.html", post, PathKind::RegisterCode},
         {"forget/validate.html", post, PathKind::Reset},
         {"forget/send.html", post, PathKind::ResetCode},
-        {"pay/qrcode.html", get, PathKind::Unserved},
+        {"pay/qrcode.html", get, PathKind::QrCode},
         {"pay/send.html", post, PathKind::MoneyCode},
         {"pay/trade.html", post, PathKind::MoneyIn},
         {"pay/cash-deal.html", post, PathKind::MoneyOut},
         {"hold/list.html", get, PathKind::Applications},
-        {"pay/hx.html", get, PathKind::Unserved},
+        {"pay/hx.html", get, PathKind::BankCard},
         {"trade/buy.html", post, PathKind::Buy},
         {"trade/sell.html", post, PathKind::Sell},
         {"trade/revoke.html", post, PathKind::Revoke},
@@ -123,6 +123,9 @@ PathRoom roomOf(PathKind kind)
     case PathKind::MoneyOut:
     case PathKind::MoneyList:
         return PathRoom::Money;
+    case PathKind::BankCard:
+    case PathKind::QrCode:
+        return PathRoom::Cards;
     default:
         return PathRoom::Market;
     }

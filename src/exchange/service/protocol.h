@@ -69,6 +69,8 @@ enum class PathKind {
     Buy,
     Sell,
     Revoke,
+    BankCard,
+    QrCode,
     MoneyCode,
     MoneyIn,
     MoneyOut,
@@ -84,6 +86,7 @@ enum class PathRoom {
     Accounts, ///< signing in, registering, favourites
     Trading, ///< what an account has and does in one market
     Money, ///< money in and out of one market
+    Cards, ///< the bank card, and the pages behind one-time links
 };
 PathRoom roomOf(PathKind kind);
 

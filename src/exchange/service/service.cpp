@@ -5,19 +5,26 @@
 #include "exchange/service/account_paths.h"
 #include "exchange/service/application_file.h"
 #include "exchange/service/application_paths.h"
+#include "exchange/service/bank_pictures.h"
+#include "exchange/service/card_page.h"
+#include "exchange/service/card_paths.h"
 #include "exchange/service/chart_paths.h"
 #include "exchange/service/demo_gifts.h"
+#include "exchange/service/form_guard.h"
 #include "exchange/service/http_server.h"
 #include "exchange/service/initials.h"
 #include "exchange/service/json_text.h"
+#include "exchange/service/link_pages.h"
 #include "exchange/service/market_board.h"
 #include "exchange/service/message_file.h"
 #include "exchange/service/metrics_text.h"
+#include "exchange/service/money_page.h"
 #include "exchange/service/money_paths.h"
 #include "exchange/service/parameters.h"
 #include "exchange/service/platform_pages.h"
 #include "exchange/service/poll_hub.h"
 #include "exchange/service/protocol.h"
+#include "exchange/service/public_address.h"
 #include "exchange/service/query_pool.h"
 #include "exchange/service/refusal_log.h"
 #include "exchange/service/robots.h"
@@ -47,6 +54,14 @@ constexpr std::int64_t longestWait = 25'000;
 constexpr std::int64_t mostDeals = 200;
 constexpr std::int64_t usualDeals = 10;
 
+/// What browsers may do with pages and pictures.
+constexpr std::string_view readingMethods = "GET, HEAD";
+
+bool isReading(const HttpRequest &request)
+{
+    return request.method == "GET" || request.method == "HEAD";
+}
+
 HttpFragment fragment(std::string text)
 {
     return std::make_shared<const std::string>(std::move(text));
@@ -55,10 +70,12 @@ HttpFragment fragment(std::string text)
 /// The accounts of one platform, and who asks for them.
 struct AccountRoom {
     AccountRoom(AccountDeskOptions options, QueryPool &queries,
-                const ApplicationFile &applicationFile, const WireAnswers &answers)
+                const ApplicationFile &applicationFile, const WireAnswers &answers,
+                const PublicAddress &address, LinkTools links)
         : desk(std::move(options)),
           gate([this](std::string_view token) { return desk.session(token); }, answers),
-          paths(desk, gate, queries, answers), applications(desk, gate, applicationFile, answers)
+          paths(desk, gate, queries, answers), applications(desk, gate, applicationFile, answers),
+          cards(desk, gate, address, answers), pages(desk, std::move(links))
     {
     }
 
@@ -66,6 +83,8 @@ struct AccountRoom {
     SessionGate gate;
     AccountPaths paths;
     ApplicationPaths applications;
+    CardPaths cards;
+    LinkPages pages;
     std::optional<MoneyPaths> money; ///< as soon as money can be moved
 };
 
@@ -142,8 +161,10 @@ private:
 
     void openExchange();
     void openAccounts();
+    LinkTools linkTools(const std::string &platform);
     void giveToDemo();
     void openMoney();
+    void move(const LinkState &link, MoneyDesk::Done done);
     void makeBoards();
     void failed(const std::string &reason);
     void published(const MarketServer &market);
@@ -154,7 +175,9 @@ private:
     void lookAtApplications();
     Place *placeOf(std::string_view path, std::string_view &rest);
 
+    void answerOutside(HttpRequest request, HttpResponder responder);
     HttpAnswer answerRoot(const HttpRequest &request);
+    HttpAnswer answerQrCode(const HttpRequest &request) const;
     HttpAnswer answerPlatform(std::string_view id, std::string_view rest,
                               const HttpRequest &request);
     HttpAnswer query(Place &place, PathKind kind, const HttpParameters &parameters);
@@ -168,6 +191,8 @@ private:
     ServiceOptions m_options;
     ServiceLog &m_log;
     RefusalLog m_refusals;
+    const PublicAddress m_address;
+    const FormGuard m_guard;
     std::unique_ptr<Initials> m_initials;
     std::unique_ptr<Envelope> m_envelope;
     std::unique_ptr<WireAnswers> m_answers;
@@ -187,21 +212,25 @@ private:
     bool m_stopped = false;
     // Each of these has threads that use what stands above them.
     std::unique_ptr<HttpServer> m_server;
-    std::map<std::string, std::unique_ptr<AccountRoom>> m_accounts; ///< by platform
+    std::map<std::string, std::unique_ptr<AccountRoom>, std::less<>> m_accounts; ///< by platform
     std::unique_ptr<Exchange> m_exchange;
     std::unique_ptr<MoneyDesk> m_money;
     std::unique_ptr<Robots> m_robots;
 };
 
 Service::Impl::Impl(ServiceOptions options, ServiceLog &log)
-    : m_options(std::move(options)), m_log(log), m_refusals(log), m_messages(m_options.folder)
+    : m_options(std::move(options)), m_log(log), m_refusals(log), m_address(m_options.publicUrl),
+      m_messages(m_options.folder)
 {
     // An address that cannot be had is found out before the folder is touched.
     HttpServer::Options listen;
     listen.address = m_options.address;
     listen.port = m_options.port;
     listen.limits = m_options.limits;
-    listen.hosts = HostNames(m_options.hostNames);
+    std::vector<std::string> hostNames = m_options.hostNames;
+    if (!m_options.publicUrl.empty())
+        hostNames.emplace_back(m_address.host());
+    listen.hosts = HostNames(std::move(hostNames));
     m_server = std::make_unique<HttpServer>(listen, *this);
     openExchange();
     const SystemClock clock;
@@ -299,8 +328,21 @@ void Service::Impl::openAccounts()
         options.notice
             = [this, id = platform.id](const std::string &line) { m_log.info(id + ": " + line); };
         room = std::make_unique<AccountRoom>(std::move(options), *m_queries, *m_applications,
-                                             *m_answers);
+                                             *m_answers, m_address, linkTools(platform.name));
     }
+}
+
+LinkTools Service::Impl::linkTools(const std::string &platform)
+{
+    const MoveMoney move = [this](const LinkState &link, MoneyDesk::Done done) {
+        this->move(link, std::move(done));
+    };
+    const Fen most = m_options.moneyLimits.ofTransfer;
+    return {platform,
+            {std::make_unique<CardPage>(), std::make_unique<MoneyPage>(MoneyPage::In, most, move),
+             std::make_unique<MoneyPage>(MoneyPage::Out, most, move)},
+            m_guard,
+            [this](std::string_view prefix) { return m_exchange->market(prefix); }};
 }
 
 void Service::Impl::openMoney()
@@ -326,6 +368,21 @@ void Service::Impl::openMoney()
     m_money = std::make_unique<MoneyDesk>(std::move(options));
     for (const auto &[id, room] : m_accounts)
         room->money.emplace(room->desk, *m_money, room->gate, *m_queries, *m_answers);
+}
+
+/// Carries out what was confirmed at a one-time link.
+void Service::Impl::move(const LinkState &link, MoneyDesk::Done done)
+{
+    MarketServer *market = m_exchange->market(link.market);
+    if (!market) {
+        done({MoneyDesk::Status::Refused, "failed", "这个市场已经不在了。"});
+        return;
+    }
+    const auto card = m_accounts.at(market->platform())->desk.cardOf(link.account);
+    if (link.purpose == LinkPurpose::MoneyIn)
+        m_money->moneyIn(link.account, *market, link.amount, link.key, card, std::move(done));
+    else
+        m_money->moneyOut(link.account, *market, link.amount, link.key, card, std::move(done));
 }
 
 void Service::Impl::giveToDemo()
@@ -462,12 +519,7 @@ void Service::Impl::handle(HttpRequest request, HttpResponder responder)
     std::string_view rest;
     Place *place = placeOf(path, rest);
     if (!place) {
-        const std::size_t second = path.find('/', 1);
-        if (second == std::string_view::npos)
-            responder.answer(answerRoot(request));
-        else
-            responder.answer(
-                answerPlatform(path.substr(1, second - 1), path.substr(second + 1), request));
+        answerOutside(std::move(request), std::move(responder));
         return;
     }
     const PathEntry *entry = findPath(rest);
@@ -489,16 +541,20 @@ void Service::Impl::handle(HttpRequest request, HttpResponder responder)
             {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)},
             place->accounts->gate);
         break;
-    case PathRoom::Money:
-        place->accounts->money->handle(
-            {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)});
-        break;
     case PathRoom::Charts:
         m_charts->handle(
             {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)});
         break;
     case PathRoom::Applications:
         place->accounts->applications.handle(
+            {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)});
+        break;
+    case PathRoom::Money:
+        place->accounts->money->handle(
+            {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)});
+        break;
+    case PathRoom::Cards:
+        place->accounts->cards.handle(
             {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)});
         break;
     case PathRoom::Market:
@@ -517,6 +573,43 @@ void Service::Impl::trade(PathCall call, const SessionGate &gate)
         call.responder.answer(std::move(*refusal));
     else
         m_trading->handle(std::move(call), std::get<SignedIn>(asked).account);
+}
+
+/// Below no market's prefix.
+void Service::Impl::answerOutside(HttpRequest request, HttpResponder responder)
+{
+    const std::string_view path = request.path;
+    const std::size_t second = path.find('/', 1);
+    if (second == std::string_view::npos) {
+        responder.answer(answerRoot(request));
+        return;
+    }
+    const std::string_view folder = path.substr(1, second - 1);
+    const std::string_view file = path.substr(second + 1);
+    const auto room = m_accounts.find(folder);
+    const LinkPage *page = room == m_accounts.end() ? nullptr : room->second->pages.find(file);
+    if (page) {
+        room->second->pages.handle(*page, std::move(request), std::move(responder));
+        return;
+    }
+    const bool isCode = path == "/cgi-bin/qrcode.html";
+    auto picture = folder == "bank" ? bankPicture(file) : std::nullopt;
+    if (!isCode && !picture)
+        responder.answer(answerPlatform(folder, file, request));
+    else if (!isReading(request))
+        responder.answer(m_answers->wrongMethod(readingMethods));
+    else
+        responder.answer(isCode ? answerQrCode(request) : std::move(*picture));
+}
+
+HttpAnswer Service::Impl::answerQrCode(const HttpRequest &request) const
+{
+    // Which platform has the code stands in no address: clients know one for all platforms.
+    for (const auto &[id, room] : m_accounts) {
+        if (auto picture = room->cards.qrCode(request))
+            return std::move(*picture);
+    }
+    return m_answers->unknownCode();
 }
 
 HttpAnswer Service::Impl::answerRoot(const HttpRequest &request)
@@ -544,10 +637,10 @@ HttpAnswer Service::Impl::answerPlatform(std::string_view id, std::string_view r
     const bool isUpdate = rest == "update.html";
     if (!page && !isUpdate && rest != "market.html")
         return m_answers->notFound();
+    if (page)
+        return isReading(request) ? std::move(*page) : m_answers->wrongMethod(readingMethods);
     if (request.method != "GET")
         return m_answers->wrongMethod("GET");
-    if (page)
-        return std::move(*page);
     if (isUpdate)
         return update();
     ParameterReader read(request.query);

@@ -31,6 +31,9 @@ struct ServiceOptions {
     HttpLimits limits;
     /// Names under which clients may ask for the service, beside numeric addresses and localhost.
     std::vector<std::string> hostNames;
+    /// Where telephones reach the pages of the service, such as "https://exchange.example.org",
+    /// whose host counts as one of `hostNames`; empty for the name that each request asks by.
+    std::string publicUrl;
     AccountLimits accountLimits;
     /// Null for the usual one, whose cost is meant to be felt.
     std::shared_ptr<PasswordHasher> passwordHasher;

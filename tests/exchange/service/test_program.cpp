@@ -110,6 +110,8 @@ TEST_F(ProgramTest, EndsWithTwoAndASentenceWhenItCannotBeUsed)
         {"serve", "--state", file},
         {"serve", "--state", state(), "--host", "http://exchange.example.org"},
         {"serve", "--state", state(), "--host", "exchange.example.org:80"},
+        {"serve", "--state", state(), "--public-url", "exchange.example.org"},
+        {"serve", "--state", state(), "--public-url", "https://exchange.example.org/path"},
         {"serve", "--state", state(), "--demo", "--listen", "0.0.0.0:0"},
         {"settle", "--state", (folder.path() / "nothing").string()},
         {"outbox", "--state", (folder.path() / "nothing").string()},

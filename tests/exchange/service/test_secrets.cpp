@@ -27,6 +27,7 @@ const std::string password = "Tiger-Password-7f3a";
 const std::string nextPassword = "Tiger-Nextword-91c2";
 const std::string wrongPassword = "Tiger-Badword-55e1";
 const std::string badCode = "TigerCode8x";
+const std::string cardNumber = "9990008888777766";
 const std::string madeUpToken = "TigerTokenTigerTokenTigerTokenTigerToken123";
 
 std::string textOf(const std::filesystem::path &file)
@@ -102,6 +103,28 @@ protected:
     }
     std::string outbox() const { return textOf(state / zvx::Outbox::kFileName); }
 
+    /// The page of a link, or what a form of it leads to. Pages hold their own link, so they are
+    /// not searched.
+    std::string page(const std::string &link, const std::string &form = {}) const
+    {
+        RawClient client(port);
+        if (form.empty())
+            client.get("/lc/card.html?s=" + link);
+        else
+            client.post("/lc/card.html?s=" + link, form);
+        return client.answer()->body;
+    }
+    /// What opens the form that holds a button of this step.
+    static std::string opened(const std::string &page, const std::string &step)
+    {
+        const std::string field = "name=\"form\" value=\"";
+        const std::size_t button = page.find("value=\"" + step + "\"");
+        return "step=" + step + "&form=" + page.substr(page.rfind(field, button) + field.size(), 32)
+            + '&';
+    }
+    /// Binds a card by the pages, with everything wrong first, and gives the link.
+    std::string bindCard(const std::string &token);
+
     zvxtest::TemporaryFolder folder;
     const std::filesystem::path state;
     std::uint16_t port = 0;
@@ -111,6 +134,39 @@ protected:
 private:
     unsigned m_keys = 0;
 };
+
+std::string SecretsTest::bindCard(const std::string &token)
+{
+    RawClient client(port);
+    client.get(prefix + "pay/hx.html", token);
+    const std::string link = json::parse(client.answer()->body)["data"]["code"];
+    const std::string first = opened(page(link), "prepare");
+    const std::string card = "holder=林晓月&bank=luming&number=";
+    page(link, card + cardNumber);
+    page(link, first + card + cardNumber + "%zz");
+    page(link, first + card + cardNumber + "9");
+    page(link, first + "holder=" + cardNumber + "&bank=" + cardNumber + "&number=" + cardNumber);
+    page(link + "x", first + card + cardNumber);
+    send("GET /cgi-bin/qrcode.html?s=" + link + "&x=" + cardNumber
+         + " HTTP/1.1\r\nHost: h\r\n\r\n");
+    send("GET /lc/card.html?s=" + link + "#" + cardNumber + " HTTP/1.1\r\nHost: h\r\n\r\n");
+    const auto before = files();
+    const std::size_t size = outbox().size();
+    const std::string second = page(link, first + card + cardNumber);
+    EXPECT_TRUE(until([&] { return outbox().find('\n', size) != std::string::npos; }));
+    const std::string text = outbox().substr(size);
+    const std::string found = text.substr(text.find_first_of("0123456789", text.rfind('\t')), 6);
+    bool isNew = true;
+    for (const auto &[name, bytes] : before)
+        isNew = isNew && bytes.find(found) == std::string::npos;
+    if (isNew)
+        codes.push_back(found);
+    page(link, opened(second, "confirm") + "code=" + badCode);
+    EXPECT_NE(page(link, opened(second, "confirm") + "code=" + found).find("绑定成功"),
+              std::string::npos);
+    page(link, opened(second, "confirm") + "code=" + found);
+    return link;
+}
 
 TEST_F(SecretsTest, AreFoundNowhere)
 {
@@ -147,6 +203,9 @@ TEST_F(SecretsTest, AreFoundNowhere)
     }
     ASSERT_GE(token.size(), 40u);
     ASSERT_FALSE(codes.empty());
+
+    const std::string link = bindCard(token);
+    ASSERT_EQ(link.size(), 24u);
 
     // And everything goes wrong.
     const std::string form = "phone=13900000000&password=" + password + "&code=" + badCode
@@ -213,7 +272,7 @@ TEST_F(SecretsTest, AreFoundNowhere)
     traces["an answer"] = answers;
     for (const auto &[name, bytes] : traces) {
         for (const std::string &secret : {password, nextPassword, wrongPassword, token, madeUpToken,
-                                          badCode, std::string("Tiger")})
+                                          badCode, std::string("Tiger"), link, cardNumber})
             EXPECT_EQ(bytes.find(secret), std::string::npos) << secret << " in " << name;
         if (name == zvx::Outbox::kFileName)
             continue;
