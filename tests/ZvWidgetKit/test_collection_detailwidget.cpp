@@ -738,6 +738,34 @@ private slots:
         }
     }
 
+    // Beside a high trading half: rows come closer, and no text loses its top or bottom.
+    void theLowestPanelIsReadable()
+    {
+        const auto inkHeights = [this] {
+            QCoreApplication::processEvents();
+            const QImage image = m_panel->grab().toImage();
+            QStringList heights;
+            for (const QLabel *each : m_panel->findChildren<QLabel *>()) {
+                const QRect place(each->mapTo(m_panel.get(), QPoint()), each->size());
+                QRect ink;
+                for (int y = place.top(); y <= place.bottom(); ++y) {
+                    for (int x = place.left(); x <= place.right(); ++x) {
+                        if (image.rect().contains(x, y) && qGray(image.pixel(x, y)) > 90)
+                            ink |= QRect(x, y, 1, 1);
+                    }
+                }
+                heights << each->objectName() + QLatin1Char(' ') + QString::number(ink.height());
+            }
+            return heights;
+        };
+        ZvWidgetSignalSLotPool::getSignalSlotPoolInstance()->slot_adjustSize(QSize(1366, 1080));
+        showPanel();
+        const QStringList whole = inkHeights();
+        m_panel->resize(325, m_panel->minimumHeight());
+        QVERIFY(m_panel->height() <= 480);
+        QCOMPARE(inkHeights(), whole);
+    }
+
     // Last, since the fonts of the application stay changed.
     void theFontThatTheSystemGaveDecidesTheSpacing()
     {
