@@ -7,13 +7,14 @@
 class ZvExchangeLink;
 
 // Forgets the addresses of the pages for money before a user opens one that is of no use any more.
-// An address is good for a quarter of an hour and for one use, and a use moves money.
+// An address is good for one use, and nobody tells the client of it: so it is kept only as long as
+// it takes to open it, and no longer than until money has moved.
 class ZvMoneyAddressLife : public QObject
 {
     Q_OBJECT
 
 public:
-    static constexpr int longest = 10 * 60 * 1000; // milliseconds
+    static constexpr int longest = 60000; // milliseconds
 
     explicit ZvMoneyAddressLife(ZvExchangeLink *link);
 
