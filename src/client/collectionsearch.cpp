@@ -29,13 +29,15 @@ QString folded(const QString &text)
     return plain;
 }
 
-// How many characters a name spends on its year, as in "85年放鸢全品"; its initials keep them.
+// How many characters a name spends on its year, as in "85年放鸢全品" and "09泥塑全品"; its
+// initials keep them.
 int yearLength(const QString &name)
 {
     int length = 0;
     while (length < name.size() && name.at(length).isDigit())
         ++length;
-    return length > 0 && name.midRef(length).startsWith(QChar(u'年')) ? length + 1 : 0;
+    const bool isSaid = length > 0 && name.midRef(length).startsWith(QChar(u'年'));
+    return isSaid ? length + 1 : length;
 }
 
 } // namespace

@@ -140,8 +140,8 @@ private slots:
         const CollectionSearch search(
             market({item("1", "甲百合", {"jbh"}), item("2", "14年百合新票", {"14nbhxp"}),
                     item("3", "2019百合", {"2019bh"})}));
-        QCOMPARE(codes(search.find("bh", 9)), QStringLiteral("2 1 3"));
-        QCOMPARE(codes(search.find("百合", 9)), QStringLiteral("2 1 3"));
+        QCOMPARE(codes(search.find("bh", 9)), QStringLiteral("3 2 1"));
+        QCOMPARE(codes(search.find("百合", 9)), QStringLiteral("3 2 1"));
         QCOMPARE(codes(search.find("bhxp", 9)), QStringLiteral("2"));
         QCOMPARE(search.find("bhxp", 9).first().initials, QStringLiteral("14nbhxp"));
         QCOMPARE(codes(search.find("14n", 9)), QStringLiteral("2"));
