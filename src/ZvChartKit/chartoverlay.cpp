@@ -113,7 +113,7 @@ QRect ChartOverlay::boxRect() const
 {
     const int padding = m_frame.px(boxPadding);
     const int distance = m_frame.px(boxDistance);
-    const int rows = static_cast<int>(m_plot.valueBox(m_crosshair.place).count);
+    const int rows = m_plot.valueBoxRows();
     const int width = 2 * padding + m_frame.glyphs->width(u"成交量") + m_frame.px(boxGap)
         + m_plot.valueBoxWidth();
     const int height = padding + rows * m_frame.px(boxRow);

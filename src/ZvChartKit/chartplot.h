@@ -62,6 +62,7 @@ public:
     virtual Legend volumeLegend(int place) const = 0;
     virtual Legend indicatorLegend(int place) const = 0;
     virtual ValueBox valueBox(int place) const = 0;
+    virtual int valueBoxRows() const = 0;
     int valueBoxWidth() const { return m_boxWidth; } // of the widest figure in it
 
     // The figure of the last price on its axis; an empty rectangle where it is out of view.

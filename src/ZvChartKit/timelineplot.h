@@ -36,6 +36,7 @@ public:
     Legend volumeLegend(int place) const override;
     Legend indicatorLegend(int place) const override;
     ValueBox valueBox(int place) const override;
+    int valueBoxRows() const override { return 6; }
     AxisLabel lastPriceLabel() const override;
     AxisLabel leftLabel(int y) const override;
     AxisLabel rightLabel(int y) const override;

@@ -242,6 +242,7 @@ private slots:
         plot.load(lineOf({bar("2019-12-30", 10, 14, 9, 10), bar("2019-12-31", 10, 13.5, 8, 11, 5)}),
                   KLinePlot::Period::Day);
         const ValueBox box = plot.valueBox(1);
+        QCOMPARE(int(box.count), plot.valueBoxRows());
         QStringList rows;
         for (std::size_t i = 0; i < box.count; ++i)
             rows.append(box.rows[i].name.toString() + box.rows[i].value.view().toString());

@@ -91,6 +91,7 @@ private slots:
         QCOMPARE(plot.priceRow(55), plot.priceRow(40));
         QCOMPARE(plot.priceRow(70), plot.priceRow(40));
         const ValueBox box = plot.valueBox(55);
+        QCOMPARE(int(box.count), plot.valueBoxRows());
         QCOMPARE(box.rows[0].value.view().toString(), QStringLiteral("10:25"));
         QCOMPARE(box.rows[1].value.view().toString(), QStringLiteral("101.25"));
         QCOMPARE(box.rows[5].value.view().toString(), QStringLiteral("0"));
