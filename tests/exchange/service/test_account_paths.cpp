@@ -303,6 +303,7 @@ TEST_F(AccountPathsTest, EveryPathThatNeedsASessionSaysSo)
     std::size_t walked = 0;
     for (const PathEntry &entry : contractPaths()) {
         const bool needs = roomOf(entry.kind) == PathRoom::Trading
+            || roomOf(entry.kind) == PathRoom::Money || entry.kind == PathKind::BankCard
             || entry.kind == PathKind::Account || entry.kind == PathKind::Favourites
             || entry.kind == PathKind::FavouriteAdd || entry.kind == PathKind::FavouriteRemove;
         const std::string path = lc + std::string(entry.path);

@@ -170,6 +170,8 @@ std::string expected(const PathEntry &entry)
     const PathRoom room = roomOf(entry.kind);
     if (room == PathRoom::Market || room == PathRoom::Charts || room == PathRoom::Applications)
         return "ok";
+    if (entry.kind == PathKind::QrCode)
+        return "not-found"; // it asks for a code instead
     const bool isOpen = entry.kind == PathKind::SignIn || entry.kind == PathKind::Register
         || entry.kind == PathKind::RegisterCode || entry.kind == PathKind::Reset
         || entry.kind == PathKind::ResetCode;
