@@ -14,6 +14,7 @@
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
 #include <QDir>
+#include <QRandomGenerator>
 #include <QStackedWidget>
 #include <QTableView>
 #include <QtTest/QtTest>
@@ -168,7 +169,8 @@ private:
         QTest::keyClick(focus ? focus : m_window.get(), key);
     }
 
-    // Walks up and down as quickly as events allow; calls `look` after each of them.
+    // Walks up and down as quickly as events allow; calls `look` after each change. Rests now and
+    // then, so that answers come in at all: a change gives up most of what is under way.
     template <typename Look>
     void walk(int changes, Look look)
     {
@@ -182,6 +184,8 @@ private:
                 key = key == Qt::Key_PageDown ? Qt::Key_PageUp : Qt::Key_PageDown;
             QCoreApplication::processEvents();
             look();
+            if (m_chance.bounded(8) == 0)
+                QTest::qWait(m_chance.bounded(longestDelay));
         }
     }
 
@@ -200,6 +204,7 @@ private:
     std::unique_ptr<endtoend::Middleman> m_line;
     std::unique_ptr<MainWindow> m_window;
     QTableView *m_table = nullptr;
+    QRandomGenerator m_chance{7};
 };
 
 ZV_TEST(FastWalkingTest)
