@@ -1,17 +1,22 @@
 #include "endtoend/people.h"
 
+#include "client/accountbutton.h"
+
 #include "endtoend/programs.h"
 
 #include "BreltWidgetToolKit/breltframlessmessagebox.h"
+#include "ZvWidgetKit/logindialog.h"
 #include "ZvWidgetKit/zvguidetabitem.h"
 
 #include <QApplication>
 #include <QEventLoop>
 #include <QJsonDocument>
 #include <QLabel>
+#include <QLineEdit>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
+#include <QPointer>
 #include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -85,6 +90,38 @@ QJsonObject signIn(const QUrl &exchange, const QString &server, const QString &p
     QNetworkReply *reply = manager.post(request, form.toString(QUrl::FullyEncoded).toUtf8());
     until([reply] { return reply->isFinished(); });
     return QJsonDocument::fromJson(reply->readAll()).object();
+}
+
+bool registerAccount(const StateFolder &state, const QUrl &exchange, const QString &phone,
+                     const QString &password)
+{
+    const auto ask = [&](const QString &path, const QString &fields) {
+        const QString key = QUuid::createUuid().toString(QUuid::Id128);
+        const QString form = QStringLiteral("protocol=1&key=%1&phone=%2%3").arg(key, phone, fields);
+        return post(exchange, QStringLiteral("/lc/youbika/") + path, form.toUtf8())
+                   .value(QStringLiteral("status"))
+                   .toString()
+            == QLatin1String("ok");
+    };
+    return ask(QStringLiteral("reg/send.html"), QString())
+        && ask(QStringLiteral("reg.html"),
+               QStringLiteral("&referee=&password=%1&code=%2")
+                   .arg(password, lastCode(state, phone, 4)));
+}
+
+bool signInAt(const QWidget &window, const QString &phone, const QString &password)
+{
+    QTest::mouseClick(window.findChild<AccountButton *>(), Qt::LeftButton);
+    const QPointer<LoginDialog> dialog = window.findChild<LoginDialog *>();
+    if (!dialog)
+        return false;
+    QTest::keyClicks(dialog->findChild<QLineEdit *>(QStringLiteral("lineEdit_login_phoneNumber")),
+                     phone);
+    QTest::keyClicks(dialog->findChild<QLineEdit *>(QStringLiteral("lineEdit_login_password")),
+                     password);
+    QTest::mouseClick(dialog->findChild<QPushButton *>(QStringLiteral("pushButton_login")),
+                      Qt::LeftButton);
+    return until([&] { return !dialog; });
 }
 
 QAbstractButton *serverButton(const QWidget &window, const QString &prefix)

@@ -40,6 +40,13 @@ QString otherCode(const QString &code);
 QJsonObject signIn(const QUrl &exchange, const QString &server, const QString &phone,
                    const QString &password);
 
+// Opens an account as another client would, with a code from the outbox. False where it is refused.
+bool registerAccount(const StateFolder &state, const QUrl &exchange, const QString &phone,
+                     const QString &password);
+
+// Signs in by the window's own dialog. False where that does not come to its end in time.
+bool signInAt(const QWidget &window, const QString &phone, const QString &password);
+
 // The button of a server on the guide strip; null where it does not stand there.
 QAbstractButton *serverButton(const QWidget &window, const QString &prefix);
 
