@@ -120,26 +120,30 @@ private slots:
                          &ZvServerCache::signal_cache_MarketList_changed);
         endtoend::LoopWatch watch;
         QStringList rowsSeen;
-        m_middleman->spoilNextPoll(answer);
-        QVERIFY(endtoend::until([&] { return m_middleman->hasSpoiled(); }));
-        // The next good answers bring the market on.
-        const int seen = ticks.count();
-        QVERIFY(endtoend::until([&] {
-            if (table->model()->rowCount() != rows)
-                rowsSeen.append(QString::number(table->model()->rowCount()));
-            return ticks.count() >= seen + 2 && access->isConnected();
-        }));
+        const auto faults = [&] {
+            return networkLines.filter(isWarning ? "is refused" : "does not answer");
+        };
+        // The window gives up a poll when it wants to watch something else, a longer list of deals
+        // after its first layout for one. Nobody reads the answer then.
+        for (int attempt = 0; attempt < 3 && faults().isEmpty(); ++attempt) {
+            m_middleman->spoilNextPoll(answer);
+            QVERIFY(endtoend::until([&] { return m_middleman->hasSpoiled(); }));
+            // The next good answers bring the market on.
+            const int seen = ticks.count();
+            QVERIFY(endtoend::until([&] {
+                if (table->model()->rowCount() != rows)
+                    rowsSeen.append(QString::number(table->model()->rowCount()));
+                return ticks.count() >= seen + 2 && access->isConnected();
+            }));
+        }
         QVERIFY2(rowsSeen.isEmpty(), qPrintable(rowsSeen.join(' ')));
         QCOMPARE(textsOf(table, 1), codes);
         QCOMPARE(table->currentIndex().row(), 2);
         QVERIFY2(watch.longestGap() < 1000, qPrintable(QString::number(watch.longestGap())));
         QVERIFY(m_window->connectionStrip()->text().contains(QStringLiteral("已连接")));
 
-        QStringList faults = networkLines.filter("is refused");
-        if (!isWarning)
-            faults = networkLines.filter("does not answer");
-        QVERIFY2(faults.size() == 1, qPrintable(networkLines.join('\n')));
-        QVERIFY(faults.first().size() < 400);
+        QVERIFY2(faults().size() == 1, qPrintable(networkLines.join('\n')));
+        QVERIFY(faults().first().size() < 400);
     }
 
     // The network code asks once more by itself, and nobody notices.

@@ -213,8 +213,10 @@ private slots:
         QTest::mouseClick(m_table->viewport(), Qt::LeftButton, Qt::NoModifier, place);
         QTest::mouseDClick(m_table->viewport(), Qt::LeftButton, Qt::NoModifier, place);
         QCOMPARE(timeLine.count(), 1);
+        backToTheTable();
         QTest::keyClick(m_table, Qt::Key_Return);
         QCOMPARE(timeLine.count(), 2);
+        backToTheTable();
 
         QTest::mouseClick(m_table->viewport(), Qt::RightButton, Qt::NoModifier, place);
         QContextMenuEvent ask(QContextMenuEvent::Mouse, place,
@@ -234,6 +236,7 @@ private slots:
         }
         QCOMPARE(dayLine.count(), 1);
         QTRY_VERIFY(!menu);
+        backToTheTable();
     }
 
     void upAndDownMoveThroughTheMarket()
@@ -248,6 +251,14 @@ private slots:
     }
 
 private:
+    // From the chart that has opened.
+    void backToTheTable() const
+    {
+        QVERIFY(!m_table->isVisible());
+        QTest::keyClick(m_window.get(), Qt::Key_Escape);
+        QVERIFY(m_table->isVisible());
+    }
+
     QString idOfRow(int row) const
     {
         return m_table->model()->index(row, idColumn).data().toString();
