@@ -120,9 +120,8 @@ private slots:
                          &ZvServerCache::signal_cache_MarketList_changed);
         endtoend::LoopWatch watch;
         QStringList rowsSeen;
-        const auto faults = [&] {
-            return networkLines.filter(isWarning ? "is refused" : "does not answer");
-        };
+        const auto faults
+            = [&] { return networkLines.filter(isWarning ? "is refused" : "does not answer"); };
         // The window gives up a poll when it wants to watch something else, a longer list of deals
         // after its first layout for one. Nobody reads the answer then.
         for (int attempt = 0; attempt < 3 && faults().isEmpty(); ++attempt) {
