@@ -1,20 +1,9 @@
 #include "exchange/service/money_refusal.h"
 
+#include "exchange/accounts/account_rules.h"
 #include "exchange/service/action_refusal.h"
 
-#include <cstdio>
-
 namespace zvx {
-
-std::string groupedYuan(Fen amount)
-{
-    std::string digits = std::to_string(amount.value() / 100);
-    for (std::size_t at = digits.size(); at > 3; at -= 3)
-        digits.insert(at - 3, ",");
-    char cents[8];
-    std::snprintf(cents, sizeof cents, ".%02d", static_cast<int>(amount.value() % 100));
-    return digits + cents;
-}
 
 MoneyDesk::Outcome notTried(MoneyDesk::Status status)
 {
@@ -53,9 +42,9 @@ std::string moneySentence(Status status, bool incoming, const MoneyLimits &limit
     case Status::NoBankCard:
         return "您还没有绑定银行卡，请先开户绑卡。";
     case Status::AboveTransferLimit:
-        return "单笔" + way + "不能超过 " + groupedYuan(limits.ofTransfer) + " 元。";
+        return "单笔" + way + "不能超过 " + yuanText(limits.ofTransfer) + " 元。";
     case Status::AboveDayLimit:
-        return "今日" + way + "已达上限：每日最多 " + groupedYuan(limits.ofDay) + " 元、"
+        return "今日" + way + "已达上限：每日最多 " + yuanText(limits.ofDay) + " 元、"
             + std::to_string(limits.transfersOfDay) + " 笔。";
     case Status::BadAmount:
         return way + "金额不符合规定。";

@@ -17,7 +17,4 @@ std::string moneySentence(Status status, bool incoming, const MoneyLimits &limit
 /// The outcome of a transfer that was not looked at, or whose market has ended: Busy or Failed.
 MoneyDesk::Outcome notTried(MoneyDesk::Status status);
 
-/// "1,234,567.89"
-std::string groupedYuan(Fen amount);
-
 } // namespace zvx
