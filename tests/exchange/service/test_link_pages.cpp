@@ -225,6 +225,7 @@ TEST_F(LinkPagesTest, TakeFormsThatTheyHandedOutAlone)
     EXPECT_EQ(post(address, "form=" + guard + '&' + form).status, 403) << "without a step";
     EXPECT_EQ(texts(), before);
     EXPECT_EQ(post(address, "form=" + guard + "&step=prepare&" + form).status, 200);
+    codeAfter(before);
     EXPECT_EQ(texts(), before + 1);
 }
 
