@@ -1,5 +1,7 @@
 #include "ZvNetworkKit/zvhttptransport.h"
 
+#include "ZvNetworkKit/zvfaults.h"
+
 #include <QIODevice>
 #include <QNetworkAccessManager>
 #include <QNetworkProxy>
@@ -21,8 +23,8 @@ public:
         open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
 
-    bool isSequential() const override { return true; }
-    bool reset() override { return false; }
+    bool isSequential() const override { return !zvFault("body-can-be-sent-again"); }
+    bool reset() override { return zvFault("body-can-be-sent-again") && rewind(); }
     bool atEnd() const override { return m_read == m_body.size(); }
     qint64 bytesAvailable() const override
     {
@@ -226,7 +228,10 @@ void ZvHttpTransport::readEnd(ZvCallId id)
     if (isBroken || isShort) {
         const auto *body = transferBody(reply);
         const bool wasSent = body && !body->isUntouched();
-        answer.ending = isUnreachable(error) && !wasSent ? ZvAnswer::NotSent : ZvAnswer::Failed;
+        const bool cannotHaveArrived = isUnreachable(error) && !wasSent;
+        answer.ending = cannotHaveArrived || zvFault("broken-is-taken-for-unsent")
+            ? ZvAnswer::NotSent
+            : ZvAnswer::Failed;
         answer.error = isBroken ? reply->errorString() : QStringLiteral("the answer is cut off");
     } else {
         answer.ending = ZvAnswer::Answered;
