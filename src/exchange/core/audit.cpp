@@ -90,6 +90,23 @@ std::optional<std::string> Market::State::auditPieces() const
         if (orders[index].side == Side::Sell)
             frozen[orders[index].holding] += orders[index].remaining.value();
     });
+    std::vector<std::uint32_t> underWay(accounts.size());
+    for (const auto &[number, delivery] : deliveries) {
+        const std::uint32_t holding
+            = delivery.account < accounts.size() && delivery.book < books.size()
+            ? findHolding(delivery.account, delivery.book)
+            : kNone;
+        if (delivery.number.value() != number || delivery.number > lastDelivery
+            || delivery.quantity < Quantity(1) || delivery.stage > DeliveryStage::Preparing
+            || holding == kNone)
+            return about("delivery", number, "without sense");
+        frozen[holding] += delivery.quantity.value();
+        ++underWay[delivery.account];
+    }
+    for (std::size_t i = 0; i < accounts.size(); ++i) {
+        if (accounts[i].deliveries != underWay[i])
+            return about("account", accounts[i].id.value(), "a wrong number of deliveries");
+    }
     std::vector<Wide> held(books.size());
     for (std::size_t i = 0; i < holdings.size(); ++i) {
         const core::Holding &holding = holdings[i];
@@ -102,14 +119,14 @@ std::optional<std::string> Market::State::auditPieces() const
         if (holding.isEmpty() && holding.cost != Fen(0))
             return fails("a cost without pieces");
         if (frozen[i] != holding.frozen.value())
-            return fails("frozen pieces differ from what its open orders froze");
+            return fails("frozen pieces differ from what its open orders and deliveries froze");
         held[holding.book] += holding.quantity.value();
     }
     for (std::size_t i = 0; i < books.size(); ++i) {
         const CollectionView &facts = books[i].facts;
         if (held[i] != facts.circulating.value())
             return about("collection", facts.collection.value(), "pieces are not conserved");
-        if (facts.circulating > facts.issued)
+        if (facts.sent < Quantity(0) || facts.circulating + facts.sent > facts.issued)
             return about("collection", facts.collection.value(), "more pieces than were issued");
     }
     return std::nullopt;

@@ -16,8 +16,8 @@ using core::Order;
 namespace {
 
 constexpr std::string_view kMagic = "zvck";
-/** Version 1 ended before the transfers. */
-constexpr std::uint8_t kCheckpointVersion = 2;
+/** Version 1 ended before the transfers, version 2 before the deliveries. */
+constexpr std::uint8_t kCheckpointVersion = 3;
 
 template <class V>
 void walk(core::Account &account, V &v)
@@ -107,6 +107,37 @@ void walk(core::Transfer &transfer, V &v)
         v(transfer.key.low), v(transfer.at);
 }
 
+/** Left out before the first delivery, likewise. */
+struct DeliveryTotals {
+    DeliveryNumber last;
+};
+
+template <class V>
+void walk(DeliveryTotals &totals, V &v)
+{
+    v(totals.last);
+}
+
+/** Pieces of a collection that were sent, where there are some. */
+struct SentPieces {
+    std::uint32_t book = 0;
+    Quantity quantity;
+};
+
+template <class V>
+void walk(SentPieces &sent, V &v)
+{
+    v(sent.book), v(sent.quantity);
+}
+
+template <class V>
+void walk(core::Delivery &delivery, V &v)
+{
+    v(delivery.number), v(delivery.account), v(delivery.book), v(delivery.quantity),
+        v(delivery.stage), v(delivery.parcel.high), v(delivery.parcel.low), v(delivery.key.high),
+        v(delivery.key.low), v(delivery.at);
+}
+
 class Saver
 {
 public:
@@ -120,6 +151,7 @@ public:
     void operator()(bool value) { m_writer.byte(value); }
     void operator()(Side value) { m_writer.byte(static_cast<std::uint8_t>(value)); }
     void operator()(Status value) { m_writer.byte(static_cast<std::uint8_t>(value)); }
+    void operator()(DeliveryStage value) { m_writer.byte(static_cast<std::uint8_t>(value)); }
     void operator()(std::uint32_t value) { m_writer.number(value); }
     void operator()(std::uint64_t value) { m_writer.fixed(value); }
     void operator()(std::int64_t value) { m_writer.folded(value); }
@@ -145,6 +177,10 @@ public:
     void operator()(Status &value)
     {
         value = static_cast<Status>(small(static_cast<std::uint8_t>(kLastStatus)));
+    }
+    void operator()(DeliveryStage &value)
+    {
+        value = static_cast<DeliveryStage>(small(static_cast<std::uint8_t>(kLastStage)));
     }
     void operator()(std::uint32_t &value)
     {
@@ -195,6 +231,7 @@ public:
     void operator()(bool value) { (*this)(std::uint64_t(value)); }
     void operator()(Side value) { (*this)(static_cast<std::uint64_t>(value)); }
     void operator()(Status value) { (*this)(static_cast<std::uint64_t>(value)); }
+    void operator()(DeliveryStage value) { (*this)(static_cast<std::uint64_t>(value)); }
     void operator()(std::uint32_t value) { (*this)(std::uint64_t(value)); }
     void operator()(std::int64_t value) { (*this)(static_cast<std::uint64_t>(value)); }
     void operator()(std::uint64_t value)
@@ -275,6 +312,22 @@ void Market::State::eachPart(Begin &&begin, Visit &&visit) const
     begin(transfers.size());
     for (const auto &[number, transfer] : transfers)
         visit(8, transfer);
+
+    const bool anyDelivery = lastDelivery > DeliveryNumber(0);
+    begin(anyDelivery ? 1 : 0);
+    if (anyDelivery)
+        visit(9, DeliveryTotals{lastDelivery});
+    std::vector<SentPieces> sent;
+    for (std::uint32_t book = 0; book < books.size(); ++book) {
+        if (books[book].facts.sent > Quantity(0))
+            sent.push_back({book, books[book].facts.sent});
+    }
+    begin(sent.size());
+    for (const SentPieces &pieces : sent)
+        visit(10, pieces);
+    begin(deliveries.size());
+    for (const auto &[number, delivery] : deliveries)
+        visit(11, delivery);
 }
 
 std::uint64_t Market::stateHash() const
@@ -423,6 +476,33 @@ Market Market::load(std::string_view bytes, const Limits &limits)
                   && !transfer.bank.isNull());
             before = transfer.number;
             state.hang(transfer);
+        }
+    }
+    if (version >= 3) {
+        const std::size_t totalsOfDeliveries = read.count();
+        check(totalsOfDeliveries <= 1);
+        if (totalsOfDeliveries == 1) {
+            DeliveryTotals last;
+            walk(last, read);
+            check(last.last > DeliveryNumber(0));
+            state.lastDelivery = last.last;
+        }
+        for (std::size_t i = read.count(); i > 0; --i) {
+            SentPieces pieces;
+            walk(pieces, read);
+            check(pieces.book < state.books.size() && pieces.quantity > Quantity(0)
+                  && state.books[pieces.book].facts.sent == Quantity(0));
+            state.books[pieces.book].facts.sent = pieces.quantity;
+        }
+        DeliveryNumber before;
+        for (std::size_t i = read.count(); i > 0; --i) {
+            core::Delivery delivery;
+            walk(delivery, read);
+            check(delivery.number > before && delivery.number <= state.lastDelivery
+                  && delivery.account < state.accounts.size() && delivery.book < state.books.size()
+                  && !delivery.parcel.isNull());
+            before = delivery.number;
+            state.hang(delivery);
         }
     }
     read.end();

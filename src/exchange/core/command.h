@@ -48,9 +48,12 @@ enum class Status : std::uint8_t {
     TooManyTransfers = 29, ///< of this account wait for the bank
     TransferUnknown = 30,
     TransferDone = 31, ///< ended before
+    TooManyDeliveries = 32, ///< of this account are under way
+    DeliveryUnknown = 33, ///< or another account's
+    DeliveryDone = 34, ///< ended, or too far on its way for what is wanted
 };
 
-constexpr Status kLastStatus = Status::TransferDone;
+constexpr Status kLastStatus = Status::DeliveryDone;
 
 /** A short English name for logs and tables of tests: "accepted", "not enough money". */
 const char *name(Status status);
@@ -182,9 +185,47 @@ struct EndTransfer {
     bool done = true;
 };
 
+/**
+ * Asks for the goods themselves. The pieces stay the account's and are frozen until they are sent
+ * or given back; neither a closed market nor a suspended collection stands in the way, and no
+ * settlement ends a request.
+ */
+struct RequestDelivery {
+    AccountId account;
+    CollectionId collection;
+    Quantity quantity; ///< 1 and up, whatever the lot
+    ParcelId parcel; ///< not null, never used before
+    ActionKey key = {};
+};
+
+/** Takes a request back that nobody has begun to prepare. Its pieces are free again. */
+struct CancelDelivery {
+    AccountId account;
+    DeliveryNumber delivery;
+    ActionKey key = {};
+};
+
+/** How far a delivery is. Stored and sent: the numbers never change. */
+enum class DeliveryStage : std::uint8_t {
+    Requested = 0, ///< may be cancelled
+    Preparing = 1,
+    Sent = 2, ///< the pieces have left the market
+    Refused = 3, ///< the pieces were given back, as with the next one
+    Cancelled = 4,
+};
+
+constexpr DeliveryStage kLastStage = DeliveryStage::Cancelled;
+
+/** The carrier's word on a delivery: Preparing, Sent or Refused. It goes forward only. */
+struct AdvanceDelivery {
+    DeliveryNumber delivery;
+    DeliveryStage stage = DeliveryStage::Preparing;
+};
+
 using Command = std::variant<ListCollection, SuspendCollection, OpenAccount, FreezeAccount,
                              SetFeeRate, Deposit, Withdraw, GrantHolding, PlaceOrder, RevokeOrders,
-                             SettleDay, SetPhase, BurnKey, BeginTransfer, EndTransfer>;
+                             SettleDay, SetPhase, BurnKey, BeginTransfer, EndTransfer,
+                             RequestDelivery, CancelDelivery, AdvanceDelivery>;
 
 /** The answer to a command. */
 struct Result {
@@ -193,6 +234,7 @@ struct Result {
     OrderNumber order; ///< of an order that was placed, else 0
     std::int64_t revoked = 0; ///< orders that RevokeOrders ended
     TransferNumber transfer = {}; ///< that began or ended now; 0 in an answer given again
+    DeliveryNumber delivery = {}; ///< that began or moved on now; 0 in an answer given again
 
     /** What the client should be told: the first answer where the action was done before. */
     constexpr Status meaning() const { return status == Status::Exists ? first : status; }

@@ -178,10 +178,30 @@ struct TransferEnded {
     Fen available; ///< of the account, afterwards
 };
 
+struct DeliveryRequested {
+    TimeMs at;
+    DeliveryNumber delivery;
+    AccountId account;
+    CollectionId collection;
+    Quantity quantity; ///< frozen from now on
+    ParcelId parcel;
+    ActionKey key; ///< null where there was none
+};
+
+struct DeliveryMoved {
+    TimeMs at;
+    DeliveryNumber delivery;
+    AccountId account;
+    CollectionId collection;
+    Quantity quantity;
+    DeliveryStage stage; ///< never Requested
+    Fen cost; ///< that left with pieces sent, by their average; else 0
+};
+
 /** The position in this list is the type in stored bytes: new kinds go to its end. */
-using Event
-    = std::variant<CollectionListed, CollectionSuspended, AccountOpened, AccountFrozen, FeeRateSet,
-                   CashMoved, HoldingMoved, OrderAccepted, Deal, OrderDone, ActionAnswered,
-                   CollectionSettled, DaySettled, PhaseSet, TransferBegun, TransferEnded>;
+using Event = std::variant<CollectionListed, CollectionSuspended, AccountOpened, AccountFrozen,
+                           FeeRateSet, CashMoved, HoldingMoved, OrderAccepted, Deal, OrderDone,
+                           ActionAnswered, CollectionSettled, DaySettled, PhaseSet, TransferBegun,
+                           TransferEnded, DeliveryRequested, DeliveryMoved>;
 
 } // namespace zvx

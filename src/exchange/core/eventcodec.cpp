@@ -110,6 +110,21 @@ void fields(TransferEnded &e, V &v)
         v("amount", e.amount), v("done", e.done), v("available", e.available);
 }
 
+template <class V>
+void fields(DeliveryRequested &e, V &v)
+{
+    v("at", e.at), v("delivery", e.delivery), v("account", e.account),
+        v("collection", e.collection), v("quantity", e.quantity), v("parcel", e.parcel),
+        v("key", e.key);
+}
+template <class V>
+void fields(DeliveryMoved &e, V &v)
+{
+    v("at", e.at), v("delivery", e.delivery), v("account", e.account),
+        v("collection", e.collection), v("quantity", e.quantity), v("stage", e.stage),
+        v("cost", e.cost);
+}
+
 template <class Enum>
 struct Last;
 template <>
@@ -123,6 +138,10 @@ struct Last<DoneReason> {
 template <>
 struct Last<Status> {
     static constexpr Status value = kLastStatus;
+};
+template <>
+struct Last<DeliveryStage> {
+    static constexpr DeliveryStage value = kLastStage;
 };
 
 class FieldWriter
@@ -256,7 +275,9 @@ const char *kindName(const Event &event)
                                             "DaySettled",
                                             "PhaseSet",
                                             "TransferBegun",
-                                            "TransferEnded"};
+                                            "TransferEnded",
+                                            "DeliveryRequested",
+                                            "DeliveryMoved"};
     static_assert(std::size(names) == std::variant_size_v<Event>);
     return names[event.index()];
 }

@@ -54,6 +54,15 @@ std::uint64_t fingerprint(const BeginTransfer &c)
     return chain(chain(6, c.incoming ? 1 : 0), c.amount.value());
 }
 
+std::uint64_t fingerprint(const RequestDelivery &c)
+{
+    return chain(chain(7, c.collection.value()), c.quantity.value());
+}
+std::uint64_t fingerprint(const CancelDelivery &c)
+{
+    return chain(8, c.delivery.value());
+}
+
 Result answer(Status status)
 {
     Result result;
@@ -255,7 +264,7 @@ Result Market::State::decide(const GrantHolding &command, Context &context)
             return answer(Status::CollectionUnknown);
         const CollectionView &facts = books[book].facts;
         if (command.quantity <= Quantity(0)
-            || command.quantity > Quantity(facts.issued.value() - facts.circulating.value()))
+            || command.quantity > facts.issued - facts.circulating - facts.sent)
             return answer(Status::BadQuantity);
         if (command.unitCost < Fen(0) || command.unitCost >= Fen(kPriceBound))
             return answer(Status::BadAmount);
@@ -578,6 +587,93 @@ Result Market::State::decide(const EndTransfer &command, Context &context)
     return result;
 }
 
+Status Market::State::judge(const RequestDelivery &command, std::uint32_t account) const
+{
+    const std::uint32_t book = findBook(command.collection);
+    if (book == kNone)
+        return Status::CollectionUnknown;
+    if (command.quantity < Quantity(1) || command.quantity > limits.orderQuantity)
+        return Status::BadQuantity;
+    const std::uint32_t holding = findHolding(account, book);
+    if (holding == kNone
+        || (command.quantity > holdings[holding].quantity - holdings[holding].frozen
+            && !fault("delivery-of-frozen-pieces")))
+        return Status::NotEnoughHoldings;
+    if (accounts[account].deliveries >= limits.deliveriesOfAccount)
+        return Status::TooManyDeliveries;
+    return Status::Accepted;
+}
+
+Result Market::State::decide(const RequestDelivery &command, Context &context)
+{
+    if (command.parcel.isNull())
+        return answer(Status::BadKey);
+    return once(command, context, false, [&](std::uint32_t account) {
+        Result result = answer(judge(command, account));
+        if (result.status != Status::Accepted)
+            return result;
+        DeliveryRequested requested{};
+        requested.at = context.now;
+        requested.delivery = DeliveryNumber(lastDelivery.value() + 1);
+        requested.account = command.account;
+        requested.collection = command.collection;
+        requested.quantity = command.quantity;
+        requested.parcel = command.parcel;
+        requested.key = command.key;
+        happen(context, requested);
+        result.delivery = requested.delivery;
+        return result;
+    });
+}
+
+Result Market::State::decide(const CancelDelivery &command, Context &context)
+{
+    return once(command, context, false, [&](std::uint32_t account) {
+        if (command.delivery <= DeliveryNumber(0) || command.delivery > lastDelivery)
+            return answer(Status::DeliveryUnknown);
+        const auto found = deliveries.find(command.delivery.value());
+        if (found == deliveries.end())
+            return answer(Status::DeliveryDone);
+        if (found->second.account != account && !fault("foreign-delivery-cancelled"))
+            return answer(Status::DeliveryUnknown);
+        if (found->second.stage != DeliveryStage::Requested && !fault("late-cancel"))
+            return answer(Status::DeliveryDone);
+        Result result;
+        result.delivery = command.delivery;
+        move(found->second, DeliveryStage::Cancelled, context);
+        return result;
+    });
+}
+
+Result Market::State::decide(const AdvanceDelivery &command, Context &context)
+{
+    if (command.delivery <= DeliveryNumber(0) || command.delivery > lastDelivery)
+        return answer(Status::DeliveryUnknown);
+    const auto found = deliveries.find(command.delivery.value());
+    if (found == deliveries.end() || command.stage <= found->second.stage
+        || command.stage > DeliveryStage::Refused)
+        return answer(Status::DeliveryDone);
+    move(found->second, command.stage, context);
+    Result result;
+    result.delivery = command.delivery;
+    return result;
+}
+
+void Market::State::move(const core::Delivery &delivery, DeliveryStage stage, Context &context)
+{
+    DeliveryMoved moved{};
+    moved.at = context.now;
+    moved.delivery = delivery.number;
+    moved.account = accounts[delivery.account].id;
+    moved.collection = books[delivery.book].facts.collection;
+    moved.quantity = delivery.quantity;
+    moved.stage = stage;
+    if (stage == DeliveryStage::Sent)
+        moved.cost
+            = costOf(holdings[findHolding(delivery.account, delivery.book)], delivery.quantity);
+    happen(context, moved);
+}
+
 TradingDay Market::day() const
 {
     return m_state->day;
@@ -601,6 +697,10 @@ Sequence Market::lastDeal() const
 TransferNumber Market::lastTransfer() const
 {
     return m_state->lastTransfer;
+}
+DeliveryNumber Market::lastDelivery() const
+{
+    return m_state->lastDelivery;
 }
 Fen Market::feesEarned() const
 {
@@ -734,6 +834,23 @@ void Market::transfers(std::vector<TransferView> &out) const
         view.card = transfer.card;
         view.key = transfer.key;
         view.at = transfer.at;
+        out.push_back(view);
+    }
+}
+
+void Market::deliveries(std::vector<DeliveryView> &out) const
+{
+    out.clear();
+    for (const auto &[number, delivery] : m_state->deliveries) {
+        DeliveryView view;
+        view.delivery = delivery.number;
+        view.account = m_state->accounts[delivery.account].id;
+        view.collection = m_state->books[delivery.book].facts.collection;
+        view.quantity = delivery.quantity;
+        view.stage = delivery.stage;
+        view.parcel = delivery.parcel;
+        view.key = delivery.key;
+        view.at = delivery.at;
         out.push_back(view);
     }
 }

@@ -32,6 +32,8 @@ struct Limits {
     std::size_t keysOfAccount = 65'536;
     /** Transfers of one account that wait for the bank. */
     std::size_t transfersOfAccount = 20;
+    /** Deliveries of one account that are under way. */
+    std::size_t deliveriesOfAccount = 200;
     /** Pieces of one order. */
     Quantity orderQuantity{100'000'000};
     /** Random bits of the process, so that nobody can choose action keys that fall together. */
@@ -67,7 +69,8 @@ struct DayFigures {
 struct CollectionView {
     CollectionId collection;
     Quantity issued;
-    Quantity circulating; ///< granted so far
+    Quantity circulating; ///< granted, and not sent to anybody
+    Quantity sent; ///< as goods; those are never granted again
     PartsPerMillion limit;
     Fen tick;
     Quantity lot;
@@ -87,7 +90,7 @@ struct AccountView {
 struct HoldingView {
     CollectionId collection;
     Quantity quantity; ///< all pieces
-    Quantity frozen; ///< of those, reserved by open sells
+    Quantity frozen; ///< of those, reserved by open sells and by deliveries
     Fen cost; ///< what was paid for the pieces held, with fees
 };
 
@@ -114,6 +117,18 @@ struct TransferView {
     Fen amount;
     TransferId bank;
     std::uint64_t card = 0;
+    ActionKey key;
+    TimeMs at;
+};
+
+/** A delivery that is under way. */
+struct DeliveryView {
+    DeliveryNumber delivery;
+    AccountId account;
+    CollectionId collection;
+    Quantity quantity;
+    DeliveryStage stage = DeliveryStage::Requested; ///< or Preparing
+    ParcelId parcel;
     ActionKey key;
     TimeMs at;
 };
@@ -160,8 +175,8 @@ public:
     static Market restore(std::string_view bytes, const Limits &limits = {});
 
     /** Checks every invariant, slowly: conservation of money and pieces, nothing negative, no
-     * crossed book, frozen amounts equal to what open orders and transfers need. Returns the first
-     * violation in words. */
+     * crossed book, frozen amounts equal to what open orders, transfers and deliveries need.
+     * Returns the first violation in words. */
     std::optional<std::string> audit() const;
 
     TradingDay day() const;
@@ -172,6 +187,8 @@ public:
     Sequence lastDeal() const;
     /** The number of the last transfer that began; 0 before the first. */
     TransferNumber lastTransfer() const;
+    /** The number of the last delivery that was asked for; 0 before the first. */
+    DeliveryNumber lastDelivery() const;
     /** Fees earned since the market began. */
     Fen feesEarned() const;
     std::size_t openOrders() const;
@@ -194,6 +211,8 @@ public:
     HoldingView holding(AccountId account, CollectionId collection) const;
     /** Replaces `out` by the transfers that wait for the bank, the oldest first. */
     void transfers(std::vector<TransferView> &out) const;
+    /** Replaces `out` by the deliveries that are under way, the oldest first. */
+    void deliveries(std::vector<DeliveryView> &out) const;
     /** The fee that the account's next order of the collection would be charged. */
     PartsPerMillion feeRate(AccountId account, CollectionId collection) const;
 

@@ -244,7 +244,7 @@ void Market::State::on(const HoldingMoved &event)
     must(event.quantity > Quantity(0) && event.cost >= Fen(0), "a grant without sense");
     CollectionView &facts = books[book].facts;
     const Quantity circulating = facts.circulating + event.quantity;
-    must(circulating <= facts.issued, "more pieces granted than issued");
+    must(circulating + facts.sent <= facts.issued, "more pieces granted than issued");
     core::Holding &holding = holdings[ensureHolding(account, book)];
     must(holding.quantity + event.quantity == event.held, "a grant that does not add up");
     holding.quantity = event.held;
@@ -351,10 +351,7 @@ void Market::State::on(const Deal &event, std::uint32_t maker, std::uint32_t tak
 
     core::Holding &given = holdings[sell.holding];
     must(event.quantity <= given.quantity, "a deal of pieces that nobody holds");
-    // The cost goes with the pieces, so that what is left keeps its average.
-    const Fen costGiven(
-        bounded(Wide(given.cost.value()) * event.quantity.value() / given.quantity.value()));
-    given.cost -= costGiven;
+    given.cost -= costOf(given, event.quantity);
     given.quantity -= event.quantity;
     given.frozen -= event.quantity;
     core::Holding &taken = holdings[buy.holding];
@@ -527,6 +524,78 @@ void Market::State::on(const TransferEnded &event)
     if (!fault("transfer-ends-twice"))
         transfers.erase(found);
     touchAccount(transfer.account);
+}
+
+// The average of what is left stays as it was.
+Fen Market::State::costOf(const core::Holding &holding, Quantity quantity)
+{
+    return Fen(bounded(Wide(holding.cost.value()) * quantity.value() / holding.quantity.value()));
+}
+
+void Market::State::hang(const core::Delivery &delivery)
+{
+    deliveries.emplace(delivery.number.value(), delivery);
+    ++accounts[delivery.account].deliveries;
+}
+
+void Market::State::on(const DeliveryRequested &event)
+{
+    must(event.delivery.value() == lastDelivery.value() + 1, "delivery numbers with a gap");
+    must(event.quantity > Quantity(0) && !event.parcel.isNull(), "a delivery without sense");
+    const std::uint32_t account = needAccount(event.account);
+    const std::uint32_t book = needBook(event.collection);
+    const std::uint32_t holding = findHolding(account, book);
+    must(holding != kNone
+             && event.quantity <= holdings[holding].quantity - holdings[holding].frozen,
+         "a delivery of more pieces than there are");
+    holdings[holding].frozen += event.quantity;
+    lastDelivery = event.delivery;
+    core::Delivery delivery;
+    delivery.number = event.delivery;
+    delivery.account = account;
+    delivery.book = book;
+    delivery.quantity = event.quantity;
+    delivery.parcel = event.parcel;
+    delivery.key = event.key;
+    delivery.at = event.at;
+    hang(delivery);
+    touchAccount(account);
+}
+
+void Market::State::on(const DeliveryMoved &event)
+{
+    const auto found = deliveries.find(event.delivery.value());
+    must(found != deliveries.end(), "news of a delivery that is not under way");
+    core::Delivery &delivery = found->second;
+    CollectionView &facts = books[delivery.book].facts;
+    must(accounts[delivery.account].id == event.account && facts.collection == event.collection
+             && delivery.quantity == event.quantity,
+         "news of a delivery that do not belong to it");
+    must(event.stage > delivery.stage
+             && (event.stage != DeliveryStage::Cancelled
+                 || delivery.stage == DeliveryStage::Requested),
+         "a delivery that goes backwards");
+    core::Holding &holding = holdings[findHolding(delivery.account, delivery.book)];
+    const bool isSent = event.stage == DeliveryStage::Sent;
+    must(event.cost == (isSent ? costOf(holding, event.quantity) : Fen(0)),
+         "a delivery whose cost does not add up");
+
+    touchAccount(delivery.account);
+    if (event.stage == DeliveryStage::Preparing) {
+        delivery.stage = event.stage;
+        return;
+    }
+    holding.frozen -= event.quantity;
+    if (isSent) {
+        holding.quantity -= event.quantity;
+        holding.cost -= event.cost;
+        facts.circulating -= event.quantity;
+        if (!fault("sent-pieces-granted-again"))
+            facts.sent += event.quantity;
+    }
+    --accounts[delivery.account].deliveries;
+    if (!fault("delivery-ends-twice"))
+        deliveries.erase(found);
 }
 
 } // namespace zvx

@@ -23,6 +23,7 @@ struct Account {
     std::uint32_t firstHolding = kNone;
     std::uint32_t keys = 0;
     std::uint32_t transfers = 0; ///< that wait for the bank
+    std::uint32_t deliveries = 0; ///< that are under way
     bool frozen = false;
     bool hasRates = false;
     bool dirty = false;
@@ -47,6 +48,18 @@ struct Transfer {
     Fen amount;
     TransferId bank;
     std::uint64_t card = 0;
+    ActionKey key;
+    TimeMs at;
+};
+
+/** A delivery that is under way. */
+struct Delivery {
+    DeliveryNumber number;
+    std::uint32_t account = kNone;
+    std::uint32_t book = kNone;
+    Quantity quantity;
+    DeliveryStage stage = DeliveryStage::Requested;
+    ParcelId parcel;
     ActionKey key;
     TimeMs at;
 };
@@ -81,6 +94,9 @@ struct Market::State {
     Result decide(const BurnKey &command, Context &context);
     Result decide(const BeginTransfer &command, Context &context);
     Result decide(const EndTransfer &command, Context &context);
+    Result decide(const RequestDelivery &command, Context &context);
+    Result decide(const CancelDelivery &command, Context &context);
+    Result decide(const AdvanceDelivery &command, Context &context);
 
     // What an event changes. Throws Damaged where the event cannot follow what is there.
     void on(const CollectionListed &event);
@@ -99,6 +115,8 @@ struct Market::State {
     void on(const PhaseSet &event);
     void on(const TransferBegun &event);
     void on(const TransferEnded &event);
+    void on(const DeliveryRequested &event);
+    void on(const DeliveryMoved &event);
 
     // The same where live trading has already found the places.
     void on(const OrderAccepted &event, std::uint32_t account, std::uint32_t book);
@@ -126,6 +144,12 @@ struct Market::State {
     Fen roomForMoney() const { return Fen(kAmountBound) - outside - promised; }
     /** Puts a transfer whose money is accounted for on the list. */
     void hang(const core::Transfer &transfer);
+    Status judge(const RequestDelivery &command, std::uint32_t account) const;
+    void move(const core::Delivery &delivery, DeliveryStage stage, Context &context);
+    /** Puts a delivery whose pieces are frozen on the list. */
+    void hang(const core::Delivery &delivery);
+    /** What pieces of a holding cost by its average; it goes with them. */
+    static Fen costOf(const core::Holding &holding, Quantity quantity);
 
     std::uint32_t findAccount(AccountId id) const;
     std::uint32_t findBook(CollectionId id) const;
@@ -159,6 +183,7 @@ struct Market::State {
     Fen outside; ///< what came in from outside and did not go there again
     TransferNumber lastTransfer;
     Fen promised; ///< what waiting transfers would bring in
+    DeliveryNumber lastDelivery;
 
     std::vector<core::Account> accounts;
     std::vector<core::Book> books;
@@ -166,6 +191,7 @@ struct Market::State {
     core::OrderPool orders;
     core::ActionLog actions;
     std::map<std::int64_t, core::Transfer> transfers; ///< by number
+    std::map<std::int64_t, core::Delivery> deliveries; ///< by number
     core::FlatMap accountIndex; ///< from id
     core::FlatMap bookIndex; ///< from id
     core::FlatMap holdingIndex; ///< from account's and book's index

@@ -69,6 +69,12 @@ const char *name(Status status)
         return "transfer unknown";
     case Status::TransferDone:
         return "transfer done";
+    case Status::TooManyDeliveries:
+        return "too many deliveries";
+    case Status::DeliveryUnknown:
+        return "delivery unknown";
+    case Status::DeliveryDone:
+        return "delivery done";
     }
     return "unknown status";
 }

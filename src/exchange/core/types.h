@@ -90,6 +90,10 @@ struct TransferNumber {
     static constexpr std::int64_t least = 0;
     static constexpr std::int64_t most = kAmountBound;
 };
+struct DeliveryNumber {
+    static constexpr std::int64_t least = 0;
+    static constexpr std::int64_t most = kAmountBound;
+};
 } // namespace tags
 
 /** Money in hundredths of a yuan. Prices are Fen in 1 .. kPriceBound - 1. */
@@ -113,6 +117,8 @@ using TradingDay = Number<tags::TradingDay>;
 using Sequence = Number<tags::Sequence>;
 /** Counts the transfers between accounts and their bank cards from 1; 0 is none. */
 using TransferNumber = Number<tags::TransferNumber>;
+/** Counts the requests for the goods themselves from 1; 0 is none. */
+using DeliveryNumber = Number<tags::DeliveryNumber>;
 
 /** The fee of an account that was given no rate of its own. */
 constexpr PartsPerMillion kDefaultFee{3000};
@@ -239,5 +245,8 @@ struct ActionKey {
 
 /** By what the bank knows a transfer: 128 random bits of the exchange's own, never of a client. */
 using TransferId = ActionKey;
+/** By what a carrier knows a delivery, and where the recipient is kept: 128 random bits of the
+ *  exchange's own, never of a client. */
+using ParcelId = ActionKey;
 
 } // namespace zvx

@@ -137,7 +137,7 @@ std::string pictureOf(const Market &market)
         const CollectionView facts = *market.collection(id);
         const DayFigures &day = facts.day;
         all += "collection "
-            + text(id.value(), int(facts.suspended), facts.circulating.value(),
+            + text(id.value(), int(facts.suspended), facts.circulating.value(), facts.sent.value(),
                    day.previousClose.value(), day.lower.value(), day.upper.value(),
                    day.open.value(), day.high.value(), day.low.value(), day.last.value(),
                    day.volume.value(), day.amount.value(), day.outer.value(), day.inner.value(),
@@ -158,6 +158,13 @@ std::string pictureOf(const Market &market)
         all += "transfer "
             + text(transfer.transfer.value(), transfer.account.value(), int(transfer.incoming),
                    transfer.amount.value())
+            + '\n';
+    std::vector<DeliveryView> deliveries;
+    market.deliveries(deliveries);
+    for (const DeliveryView &delivery : deliveries)
+        all += "delivery "
+            + text(delivery.delivery.value(), delivery.account.value(), delivery.collection.value(),
+                   delivery.quantity.value(), int(delivery.stage))
             + '\n';
     return all;
 }
@@ -200,6 +207,7 @@ private:
         limits.openOrdersOfAccount = static_cast<std::size_t>(random.chance(30) ? 4 : 1000);
         limits.keysOfAccount = static_cast<std::size_t>(random.chance(10) ? 8 : 1000);
         limits.transfersOfAccount = static_cast<std::size_t>(random.chance(40) ? 2 : 20);
+        limits.deliveriesOfAccount = static_cast<std::size_t>(random.chance(40) ? 2 : 200);
         limits.keySalt = random.next();
         return limits;
     }
@@ -209,7 +217,8 @@ private:
         return SlowMarket(kDay,
                           {static_cast<std::int64_t>(m_limits.openOrdersOfAccount),
                            static_cast<std::int64_t>(m_limits.keysOfAccount),
-                           static_cast<std::int64_t>(m_limits.transfersOfAccount)});
+                           static_cast<std::int64_t>(m_limits.transfersOfAccount),
+                           static_cast<std::int64_t>(m_limits.deliveriesOfAccount)});
     }
 
     void open()
@@ -257,6 +266,8 @@ private:
             intend();
         else if (dice < 44)
             speakAsBank();
+        else if (dice < 47)
+            speakAsCarrier();
         else if (dice < 79)
             deliver();
         else if (dice < 88)
@@ -292,10 +303,14 @@ private:
         }
         intent.session = m_disk.session;
         const std::int64_t dice = m_random.below(100);
-        if (dice < 70)
+        if (dice < 63)
             intent.command = order(intent);
-        else if (dice < 84)
+        else if (dice < 74)
             intent.command = revoke(intent);
+        else if (dice < 82)
+            intent.command = request(intent);
+        else if (dice < 86)
+            intent.command = cancel(intent);
         else if (dice < 92)
             intent.command = transfer(intent);
         else if (dice < 96)
@@ -405,6 +420,59 @@ private:
         serve(command);
         if (m_random.chance(20))
             serve(EndTransfer{number, m_random.chance(50)});
+    }
+
+    Command request(const Intent &intent)
+    {
+        RequestDelivery command;
+        command.account = intent.account;
+        command.key = intent.key;
+        command.collection = CollectionId(m_random.chance(3) ? 5 : m_random.chance(50) ? 11 : 22);
+        const HoldingView own = m_market.holding(intent.account, command.collection);
+        const std::int64_t free = own.quantity.value() - own.frozen.value();
+        command.quantity = Quantity(m_random.chance(20) ? free + m_random.between(-1, 1)
+                                                        : m_random.between(0, 6));
+        command.parcel = {m_random.chance(98) ? m_random.next() | 1 : 0, 0};
+        return command;
+    }
+
+    /** One that is under way, mostly one's own, else any number. */
+    DeliveryNumber someDelivery(int percentUnderWay)
+    {
+        std::vector<DeliveryView> underWay;
+        m_market.deliveries(underWay);
+        if (!underWay.empty() && m_random.chance(percentUnderWay))
+            return underWay[static_cast<std::size_t>(
+                                m_random.below(static_cast<std::int64_t>(underWay.size())))]
+                .delivery;
+        return DeliveryNumber(m_random.between(-1, m_market.lastDelivery().value() + 1));
+    }
+
+    Command cancel(Intent &intent)
+    {
+        CancelDelivery command;
+        command.delivery = someDelivery(80);
+        std::vector<DeliveryView> underWay;
+        m_market.deliveries(underWay);
+        for (const DeliveryView &delivery : underWay) {
+            if (delivery.delivery == command.delivery && m_random.chance(80))
+                intent.account = delivery.account;
+        }
+        command.account = intent.account;
+        command.key = intent.key;
+        return command;
+    }
+
+    /** The carrier's word on a delivery, now and then one that makes no sense any more. */
+    void speakAsCarrier()
+    {
+        const DeliveryStage stages[]
+            = {DeliveryStage::Preparing, DeliveryStage::Sent, DeliveryStage::Refused};
+        const DeliveryNumber number = someDelivery(85);
+        serve(AdvanceDelivery{
+            number, m_random.chance(3) ? DeliveryStage::Cancelled : stages[m_random.below(3)]});
+        if (m_random.chance(40))
+            serve(AdvanceDelivery{number, stages[m_random.below(3)]});
     }
 
     Command revoke(const Intent &intent)
@@ -536,7 +604,8 @@ private:
         const Result slow = m_slow.apply(command);
         m_pendingCommands.push_back(command);
         require(core.status == slow.status && core.first == slow.first && core.order == slow.order
-                    && core.revoked == slow.revoked && core.transfer == slow.transfer,
+                    && core.revoked == slow.revoked && core.transfer == slow.transfer
+                    && core.delivery == slow.delivery,
                 std::string("answers differ: core ") + name(core.status) + ", slow "
                     + name(slow.status));
         ++m_counts[std::string("answer: ") + name(core.meaning())];
@@ -557,6 +626,11 @@ private:
             if (const auto *ended = std::get_if<TransferEnded>(&m_pending[i]))
                 ++m_counts[std::string(ended->incoming ? "money in " : "money out ")
                            + (ended->done ? "done" : "refused by the bank")];
+            if (const auto *moved = std::get_if<DeliveryMoved>(&m_pending[i])) {
+                static constexpr const char *stages[]
+                    = {"", "prepared", "sent", "refused by the carrier", "cancelled"};
+                ++m_counts[std::string("delivery ") + stages[static_cast<int>(moved->stage)]];
+            }
             if (const auto *accepted = std::get_if<OrderAccepted>(&m_pending[i])) {
                 if (accepted->side == Side::Buy
                     && accepted->feeCap
@@ -709,6 +783,7 @@ private:
         judgeIntents();
 
         judgeTransfers();
+        judgeDeliveries();
 
         const Market again = recovered({}, m_disk.all);
         require(again.stateHash() == m_market.stateHash(),
@@ -806,6 +881,57 @@ private:
         require(frozen == 0, "frozen money is not that of orders and transfers");
     }
 
+    /** The pieces of the market, counted from the disk alone: each was sent once or is there. */
+    void judgeDeliveries()
+    {
+        std::map<std::int64_t, bool> ended; // by number
+        std::map<std::pair<std::uint64_t, std::uint64_t>, int> keys;
+        std::map<std::int64_t, std::int64_t> there; // by collection
+        std::map<std::int64_t, std::int64_t> frozen;
+        for (const std::string &batch : m_disk.all) {
+            std::string_view bytes = batch;
+            Event event;
+            while (!bytes.empty() && decode(bytes, event)) {
+                if (const auto *granted = std::get_if<HoldingMoved>(&event))
+                    there[granted->collection.value()] += granted->quantity.value();
+                if (const auto *asked = std::get_if<DeliveryRequested>(&event)) {
+                    require(ended.emplace(asked->delivery.value(), false).second,
+                            "a delivery began twice");
+                    require(++keys[{asked->key.high, asked->key.low}] == 1,
+                            "one intent, two deliveries");
+                    frozen[asked->collection.value()] += asked->quantity.value();
+                }
+                const auto *moved = std::get_if<DeliveryMoved>(&event);
+                if (!moved || moved->stage == DeliveryStage::Preparing)
+                    continue;
+                const auto found = ended.find(moved->delivery.value());
+                require(found != ended.end() && !found->second,
+                        "a delivery ended that was not under way");
+                found->second = true;
+                frozen[moved->collection.value()] -= moved->quantity.value();
+                if (moved->stage == DeliveryStage::Sent)
+                    there[moved->collection.value()] -= moved->quantity.value();
+            }
+        }
+        for (const AccountId id : m_market.accounts()) {
+            std::vector<HoldingView> holdings;
+            m_market.holdingsOf(id, holdings);
+            for (const HoldingView &holding : holdings) {
+                there[holding.collection.value()] -= holding.quantity.value();
+                frozen[holding.collection.value()] -= holding.frozen.value();
+            }
+            std::vector<OrderView> orders;
+            m_market.ordersOf(id, orders);
+            for (const OrderView &order : orders)
+                frozen[order.collection.value()]
+                    += order.side == Side::Sell ? order.remaining.value() : 0;
+        }
+        for (const auto &[collection, pieces] : there)
+            require(pieces == 0, "pieces were made or lost");
+        for (const auto &[collection, pieces] : frozen)
+            require(pieces == 0, "frozen pieces are not those of orders and deliveries");
+    }
+
     Random m_random;
     Counts &m_counts;
     Limits m_limits;
@@ -851,6 +977,10 @@ Counts emptyCounts()
                              "money in refused by the bank",
                              "money out done",
                              "money out refused by the bank",
+                             "delivery prepared",
+                             "delivery sent",
+                             "delivery refused by the carrier",
+                             "delivery cancelled",
                              "intent judged"})
         counts[what] = 0;
     for (const Status status : {Status::Accepted,
@@ -880,7 +1010,10 @@ Counts emptyCounts()
                                 Status::AboveDayLimit,
                                 Status::TooManyTransfers,
                                 Status::TransferUnknown,
-                                Status::TransferDone})
+                                Status::TransferDone,
+                                Status::TooManyDeliveries,
+                                Status::DeliveryUnknown,
+                                Status::DeliveryDone})
         counts[std::string("answer: ") + name(status)] = 0;
     return counts;
 }

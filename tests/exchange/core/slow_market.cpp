@@ -126,6 +126,10 @@ Int SlowMarket::frozenPieces(Int account, Int collection) const
         if (order.open && !order.buy && order.account == account && order.collection == collection)
             sum += order.left();
     }
+    for (const auto &[number, delivery] : m_deliveries) {
+        if (delivery.underWay() && delivery.account == account && delivery.collection == collection)
+            sum += delivery.quantity;
+    }
     return sum;
 }
 
@@ -157,6 +161,16 @@ Int SlowMarket::circulating(Int collection) const
     Int sum = 0;
     for (const auto &entry : m_accounts)
         sum += held(entry.first, collection);
+    return sum;
+}
+
+Int SlowMarket::sent(Int collection) const
+{
+    Int sum = 0;
+    for (const auto &[number, delivery] : m_deliveries)
+        sum += delivery.where == Delivery::Gone && delivery.collection == collection
+            ? delivery.quantity
+            : 0;
     return sum;
 }
 
@@ -260,6 +274,7 @@ Result SlowMarket::keyed(const Command &command, const std::string &content, boo
             again.first = again.status;
             again.status = Status::Exists;
             again.transfer = {};
+            again.delivery = {};
             return again;
         }
         if (Int(m_answers[id].size()) >= m_bounds.keysOfAccount)
@@ -340,6 +355,80 @@ Result SlowMarket::run(const zvx::EndTransfer &c)
     return result;
 }
 
+Result SlowMarket::run(const zvx::RequestDelivery &c)
+{
+    if (c.parcel.high == 0 && c.parcel.low == 0)
+        return say(Status::BadKey);
+    return keyed(c, "deliver " + text(c.collection.value(), c.quantity.value()), false);
+}
+
+Result SlowMarket::carryOut(const zvx::RequestDelivery &command)
+{
+    const Int id = command.account.value();
+    const Int collection = command.collection.value();
+    const Int quantity = command.quantity.value();
+    if (m_collections.count(collection) == 0)
+        return say(Status::CollectionUnknown);
+    if (quantity < 1 || quantity > 100'000'000)
+        return say(Status::BadQuantity);
+    if (quantity > held(id, collection) - frozenPieces(id, collection))
+        return say(Status::NotEnoughHoldings);
+    Int underWay = 0;
+    for (const auto &[number, delivery] : m_deliveries)
+        underWay += delivery.underWay() && delivery.account == id ? 1 : 0;
+    if (underWay >= m_bounds.deliveriesOfAccount)
+        return say(Status::TooManyDeliveries);
+    const Int number = Int(m_deliveries.size()) + 1;
+    m_deliveries[number] = {id, collection, quantity, Delivery::Asked};
+    Result result;
+    result.delivery = zvx::DeliveryNumber(number);
+    return result;
+}
+
+Result SlowMarket::run(const zvx::CancelDelivery &c)
+{
+    return keyed(c, "keep " + text(c.delivery.value()), false);
+}
+
+Result SlowMarket::carryOut(const zvx::CancelDelivery &command)
+{
+    const auto found = m_deliveries.find(command.delivery.value());
+    if (found == m_deliveries.end())
+        return say(Status::DeliveryUnknown);
+    Delivery &delivery = found->second;
+    if (!delivery.underWay())
+        return say(Status::DeliveryDone);
+    if (delivery.account != command.account.value())
+        return say(Status::DeliveryUnknown);
+    if (delivery.where != Delivery::Asked)
+        return say(Status::DeliveryDone);
+    delivery.where = Delivery::Back;
+    Result result;
+    result.delivery = command.delivery;
+    return result;
+}
+
+Result SlowMarket::run(const zvx::AdvanceDelivery &c)
+{
+    const auto found = m_deliveries.find(c.delivery.value());
+    if (found == m_deliveries.end())
+        return say(Status::DeliveryUnknown);
+    Delivery &delivery = found->second;
+    const bool packs = c.stage == zvx::DeliveryStage::Preparing;
+    const bool sends = c.stage == zvx::DeliveryStage::Sent;
+    const bool gives = c.stage == zvx::DeliveryStage::Refused;
+    if (!delivery.underWay() || !(packs || sends || gives)
+        || (packs && delivery.where == Delivery::Packed))
+        return say(Status::DeliveryDone);
+    delivery.where = packs ? Delivery::Packed : sends ? Delivery::Gone : Delivery::Back;
+    if (sends)
+        m_accounts[delivery.account].pieces.push_back(
+            {delivery.collection, {-delivery.quantity, 0}});
+    Result result;
+    result.delivery = c.delivery;
+    return result;
+}
+
 Result SlowMarket::run(const zvx::RevokeOrders &c)
 {
     std::string content = "revoke ";
@@ -389,7 +478,7 @@ Result SlowMarket::carryOut(const zvx::GrantHolding &command)
     if (found == m_collections.end())
         return say(Status::CollectionUnknown);
     const Int quantity = command.quantity.value();
-    if (quantity < 1 || quantity > found->second.issued - circulating(id))
+    if (quantity < 1 || quantity > found->second.issued - circulating(id) - sent(id))
         return say(Status::BadQuantity);
     const Int unit = command.unitCost.value();
     if (unit < 0 || unit >= kTooHigh)
@@ -576,6 +665,7 @@ Result SlowMarket::run(const zvx::BurnKey &command)
     again.first = again.status;
     again.status = Status::Exists;
     again.transfer = {};
+    again.delivery = {};
     return again;
 }
 
@@ -622,7 +712,7 @@ std::string SlowMarket::picture() const
         const Int open = facts.deals.empty() ? 0 : facts.deals.front().second.first;
         const Int last = facts.deals.empty() ? 0 : facts.deals.back().second.first;
         all += "collection "
-            + text(id, int(facts.suspended), circulating(id), facts.close, facts.lower(),
+            + text(id, int(facts.suspended), circulating(id), sent(id), facts.close, facts.lower(),
                    facts.upper(), open, high, low, last, volume, amount, outer, volume - outer,
                    Int(facts.deals.size()))
             + '\n';
@@ -641,6 +731,13 @@ std::string SlowMarket::picture() const
         if (transfer.waiting)
             all += "transfer "
                 + text(number, transfer.account, int(transfer.incoming), transfer.amount) + '\n';
+    }
+    for (const auto &[number, delivery] : m_deliveries) {
+        if (delivery.underWay())
+            all += "delivery "
+                + text(number, delivery.account, delivery.collection, delivery.quantity,
+                       int(delivery.where))
+                + '\n';
     }
     return all;
 }

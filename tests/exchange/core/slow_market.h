@@ -34,6 +34,7 @@ public:
         std::int64_t openOrdersOfAccount = 0;
         std::int64_t keysOfAccount = 0;
         std::int64_t transfersOfAccount = 0;
+        std::int64_t deliveriesOfAccount = 0;
     };
 
     SlowMarket(std::int64_t day, Bounds bounds);
@@ -92,6 +93,14 @@ private:
         std::int64_t amount = 0;
         bool waiting = true;
     };
+    struct Delivery {
+        std::int64_t account = 0;
+        std::int64_t collection = 0;
+        std::int64_t quantity = 0;
+        enum { Asked, Packed, Gone, Back } where = Asked;
+
+        bool underWay() const { return where == Asked || where == Packed; }
+    };
     struct Answer {
         zvx::Result result;
         std::string content;
@@ -114,6 +123,9 @@ private:
     zvx::Result run(const zvx::BurnKey &command);
     zvx::Result run(const zvx::BeginTransfer &command);
     zvx::Result run(const zvx::EndTransfer &command);
+    zvx::Result run(const zvx::RequestDelivery &command);
+    zvx::Result run(const zvx::CancelDelivery &command);
+    zvx::Result run(const zvx::AdvanceDelivery &command);
 
     template <class Command>
     zvx::Result keyed(const Command &command, const std::string &content, bool freeing);
@@ -123,6 +135,8 @@ private:
     zvx::Result carryOut(const zvx::PlaceOrder &command);
     zvx::Result carryOut(const zvx::RevokeOrders &command);
     zvx::Result carryOut(const zvx::BeginTransfer &command);
+    zvx::Result carryOut(const zvx::RequestDelivery &command);
+    zvx::Result carryOut(const zvx::CancelDelivery &command);
     void match(Order &taker);
     void close(Order &order);
     zvx::Status mayRevoke(std::int64_t number, std::int64_t account) const;
@@ -136,6 +150,7 @@ private:
     std::int64_t cost(std::int64_t account, std::int64_t collection) const;
     std::int64_t openOrders(std::int64_t account) const;
     std::int64_t circulating(std::int64_t collection) const;
+    std::int64_t sent(std::int64_t collection) const;
 
     std::int64_t m_day;
     std::int64_t m_session = 1;
@@ -145,6 +160,7 @@ private:
     std::map<std::int64_t, Collection> m_collections;
     std::map<std::int64_t, Order> m_orders;
     std::map<std::int64_t, Transfer> m_transfers;
+    std::map<std::int64_t, Delivery> m_deliveries;
     std::map<std::int64_t, std::map<Key, Answer>> m_answers;
     std::vector<Trade> m_trades;
     std::int64_t m_deals = 0;

@@ -105,7 +105,7 @@ OpenMarket::OpenMarket(int accounts, int issued)
 std::string Table::answer(const std::vector<std::string> &words)
 {
     for (const char *name : {"cash", "holding", "book", "day", "limits", "orders", "fees", "deals",
-                             "rules", "done", "transfers"}) {
+                             "rules", "done", "transfers", "deliveries"}) {
         if (words.front() == name)
             return question(words);
     }
@@ -178,6 +178,18 @@ std::string Table::command(const std::vector<std::string> &words)
         body = transfer;
     } else if (verb == "bank") {
         body = EndTransfer{TransferNumber(at(1)), words.at(2) == "done"};
+    } else if (verb == "take") {
+        body = RequestDelivery{AccountId(at(1)), CollectionId(at(2)), Quantity(at(3)),
+                               ParcelId{1, static_cast<std::uint64_t>(m_now)}, key(words)};
+    } else if (verb == "keep") {
+        body = CancelDelivery{AccountId(at(1)), DeliveryNumber(at(2)), key(words)};
+    } else if (verb == "carrier") {
+        const std::string &word = words.at(2);
+        body = AdvanceDelivery{DeliveryNumber(at(1)),
+                               word == "preparing"     ? DeliveryStage::Preparing
+                                   : word == "sent"    ? DeliveryStage::Sent
+                                   : word == "refused" ? DeliveryStage::Refused
+                                                       : DeliveryStage::Cancelled};
     } else if (verb == "phase") {
         body = SetPhase{words.at(1) == "open"};
     } else if (verb == "suspend") {
@@ -196,6 +208,8 @@ std::string Table::command(const std::vector<std::string> &words)
         text += ' ' + std::to_string(result.order.value());
     if (std::holds_alternative<BeginTransfer>(body) && result.transfer != TransferNumber(0))
         text += ' ' + std::to_string(result.transfer.value());
+    if (std::holds_alternative<RequestDelivery>(body) && result.delivery != DeliveryNumber(0))
+        text += ' ' + std::to_string(result.delivery.value());
     if (std::holds_alternative<RevokeOrders>(body) && result.revoked > 0)
         text += ' ' + std::to_string(result.revoked);
     return text;
@@ -258,6 +272,13 @@ std::string Table::question(const std::vector<std::string> &words)
         for (const TransferView &transfer : transfers)
             out << transfer.transfer.value() << ':' << (transfer.incoming ? "in" : "out") << ':'
                 << transfer.account.value() << ':' << yuan(transfer.amount) << ' ';
+    } else if (verb == "deliveries") {
+        std::vector<DeliveryView> deliveries;
+        m_market.deliveries(deliveries);
+        for (const DeliveryView &delivery : deliveries)
+            out << delivery.delivery.value() << ':' << delivery.account.value() << ':'
+                << delivery.collection.value() << ':' << delivery.quantity.value()
+                << (delivery.stage == DeliveryStage::Preparing ? ":preparing" : "") << ' ';
     } else if (verb == "done") {
         static constexpr const char *reasons[] = {"filled", "revoked", "ended", "self-trade"};
         for (; m_askedDone < m_events.size(); ++m_askedDone) {

@@ -19,9 +19,11 @@ namespace zvxtest {
  *     phase open|closed           suspend COLLECTION on|off     settle DAY
  *     burn ID key K
  *     in|out ID MONEY [key K] [no-card|limit|day-limit]         bank NUMBER done|refused
+ *     take ID COLLECTION PIECES [key K]                         keep ID NUMBER [key K]
+ *     carrier NUMBER preparing|sent|refused|cancelled
  *
- * Answers are a status name, with the order's or transfer's number behind one that was accepted, as
- * in "accepted 3", and the first answer behind "exists". Questions:
+ * Answers are a status name, with the order's, transfer's or delivery's number behind one that was
+ * accepted, as in "accepted 3", and the first answer behind "exists". Questions:
  *
  *     cash ID = AVAILABLE FROZEN               holding ID COLLECTION = PIECES FROZEN COST
  *     book COLLECTION = PRICExPIECES ... | PRICExPIECES ...      (buys | sells, the best first)
@@ -31,6 +33,7 @@ namespace zvxtest {
  *     deals = BUYER<SELLER PRICExPIECES ...    (since they were asked the last time)
  *     done = NUMBER REASON ...                 (likewise)
  *     transfers = NUMBER:in|out:ID:MONEY ...   (those that wait for the bank)
+ *     deliveries = NUMBER:ID:COLLECTION:PIECES[:preparing] ...   (those under way)
  *
  * After every line the audit must be content, and a second market that only hears the events must
  * have the same hash.

@@ -37,6 +37,9 @@ std::vector<Event> oneOfEach()
         TransferBegun{at, TransferNumber(kAmountBound), a, true, Fen(kAmountBound), Fen(64),
                       TransferId{1, 0xffffffffffffffffu}, 0x0123456789abcdefu, ActionKey{}},
         TransferEnded{at, TransferNumber(128), a, false, Fen(1), true, Fen(0)},
+        DeliveryRequested{at, DeliveryNumber(kAmountBound), a, c, Quantity(64),
+                          ParcelId{1, 0xffffffffffffffffu}, ActionKey{}},
+        DeliveryMoved{at, DeliveryNumber(128), a, c, Quantity(1), kLastStage, Fen(kAmountBound)},
     };
 }
 
@@ -92,6 +95,21 @@ TEST(EventCodec, TheBytesOfATransferStay)
                   + std::string("\0", 1));
 }
 
+TEST(EventCodec, TheBytesOfADeliveryStay)
+{
+    std::string bytes;
+    encode(DeliveryRequested{TimeMs(5), DeliveryNumber(300), AccountId(3), CollectionId(7),
+                             Quantity(64), ParcelId{1, 2}, ActionKey{4, 5}},
+           bytes);
+    encode(DeliveryMoved{TimeMs(6), DeliveryNumber(300), AccountId(3), CollectionId(7),
+                         Quantity(64), DeliveryStage::Sent, Fen(1)},
+           bytes);
+    const std::string zeros(7, '\0');
+    EXPECT_EQ(bytes,
+              "\x01\x10\x05\xac\x02\x03\x07\x80\x01\x01" + zeros + "\x02" + zeros + "\x04" + zeros
+                  + "\x05" + zeros + "\x01\x11\x06\xac\x02\x03\x07\x80\x01\x02\x02");
+}
+
 TEST(EventCodec, CutBytesAreRefusedAndLeaveEverythingAsItWas)
 {
     for (const Event &event : oneOfEach()) {
@@ -116,7 +134,7 @@ TEST(EventCodec, WhatEncodeWouldNotWriteIsRefused)
         std::string bytes;
     } table[] = {
         {"another version", "\x02\x0d\x00\x01"s},
-        {"an unknown kind", "\x01\x10\x00\x01"s},
+        {"an unknown kind", "\x01\x12\x00\x01"s},
         {"a truth that is neither", "\x01\x0d\x00\x02"s},
         {"a number in a longer form", "\x01\x0d\x80\x00\x01"s},
         {"a number of eleven bytes", "\x01\x0d\x81\x80\x80\x80\x80\x80\x80\x80\x80\x80\x00\x01"s},

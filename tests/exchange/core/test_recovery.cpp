@@ -48,6 +48,13 @@ protected:
             bank 1 done                 = accepted
             bank 4 refused              = accepted
             out 5 5000.00 key 6         = not enough money
+            take 3 7 5 key 7            = accepted 1
+            take 3 7 4                  = accepted 2
+            take 3 8 3                  = accepted 3
+            take 3 8 2                  = accepted 4
+            carrier 2 preparing         = accepted
+            carrier 3 sent              = accepted
+            keep 3 4                    = accepted
         )");
     }
 
@@ -96,6 +103,12 @@ void expectSameFuture(Market &a, Market &b)
            EndTransfer{TransferNumber(1), false},
            BeginTransfer{AccountId(5), false, Fen(70), TransferId{1, 1}, 0, {0, 4}},
            BeginTransfer{AccountId(5), false, Fen(70), TransferId{1, 2}, 0, {0, 8}},
+           RequestDelivery{AccountId(3), CollectionId(7), Quantity(5), ParcelId{1, 3}, {0, 7}},
+           RequestDelivery{AccountId(3), CollectionId(8), Quantity(1), ParcelId{1, 4}, {0, 10}},
+           CancelDelivery{AccountId(3), DeliveryNumber(2), {}},
+           CancelDelivery{AccountId(3), DeliveryNumber(1), {}},
+           AdvanceDelivery{DeliveryNumber(2), DeliveryStage::Sent},
+           GrantHolding{AccountId(3), CollectionId(8), Quantity(898), Fen(1), {}},
            SettleDay{TradingDay(20'200'102)}};
     for (const Command &command : commands) {
         std::vector<Event> left;
@@ -176,6 +189,12 @@ TEST_F(Recovery, TheHashSeesEveryPartOfTheState)
         EndTransfer{TransferNumber(2), false},
         EndTransfer{TransferNumber(3), true},
         EndTransfer{TransferNumber(3), false},
+        RequestDelivery{AccountId(3), CollectionId(7), Quantity(1), ParcelId{1, 1}},
+        CancelDelivery{AccountId(3), DeliveryNumber(1)},
+        AdvanceDelivery{DeliveryNumber(1), DeliveryStage::Preparing},
+        AdvanceDelivery{DeliveryNumber(1), DeliveryStage::Sent},
+        AdvanceDelivery{DeliveryNumber(2), DeliveryStage::Sent},
+        AdvanceDelivery{DeliveryNumber(2), DeliveryStage::Refused},
     };
     for (const Command &command : commands) {
         Market market = Market::restore(table.market().checkpoint());
@@ -209,7 +228,9 @@ TEST_F(Recovery, EventsThatCannotFollowAreRefused)
             && !std::holds_alternative<OrderDone>(event)
             && !std::holds_alternative<CashMoved>(event)
             && !std::holds_alternative<TransferBegun>(event)
-            && !std::holds_alternative<TransferEnded>(event))
+            && !std::holds_alternative<TransferEnded>(event)
+            && !std::holds_alternative<DeliveryRequested>(event)
+            && !std::holds_alternative<DeliveryMoved>(event))
             continue;
         Market market;
         play(market, events);
