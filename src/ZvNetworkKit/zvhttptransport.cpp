@@ -23,8 +23,8 @@ public:
         open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
 
-    bool isSequential() const override { return !zvFault("body-can-be-sent-again"); }
-    bool reset() override { return zvFault("body-can-be-sent-again") && rewind(); }
+    bool isSequential() const override { return true; }
+    bool reset() override { return false; }
     bool atEnd() const override { return m_read == m_body.size(); }
     qint64 bytesAvailable() const override
     {
@@ -135,7 +135,8 @@ void ZvHttpTransport::start(ZvCallId id, const ZvRequest &request)
         out.setHeader(QNetworkRequest::ContentLengthHeader, parameters.size());
         out.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
         auto body = std::make_unique<OneWayBody>(parameters, nullptr);
-        transfer.reply = m_actions->post(out, body.get());
+        transfer.reply = zvFault("body-can-be-sent-again") ? m_actions->post(out, parameters)
+                                                           : m_actions->post(out, body.get());
         body.release()->setParent(transfer.reply);
     } else {
         url.setQuery(QString::fromLatin1(parameters), QUrl::StrictMode);
