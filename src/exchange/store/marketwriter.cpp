@@ -1,6 +1,7 @@
 #include "exchange/store/marketwriter.h"
 
 #include "exchange/core/eventcodec.h"
+#include "exchange/core/faults.h"
 #include "exchange/store/projector.h"
 #include "exchange/store/publisher.h"
 #include "exchange/store/recovery.h"
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <chrono>
 #include <unordered_map>
+#include <utility>
 
 namespace zvx {
 namespace {
@@ -264,11 +266,7 @@ void MarketWriter::run()
             fail(error.what(), batch);
             return;
         }
-        for (std::size_t i = 0; i < batch.size(); ++i) {
-            ++m_counters.commands;
-            if (batch[i].answered)
-                batch[i].answered(results[i]);
-        }
+        answer(batch, results);
         batch.clear();
     }
     try {
@@ -282,7 +280,16 @@ void MarketWriter::run()
     }
 }
 
-std::vector<Result> MarketWriter::carryOut(const std::vector<Waiting> &batch)
+void MarketWriter::answer(std::vector<Waiting> &batch, const std::vector<Result> &results)
+{
+    for (std::size_t i = 0; i < batch.size(); ++i) {
+        ++m_counters.commands;
+        if (const Answered answered = std::exchange(batch[i].answered, {}))
+            answered(results[i]);
+    }
+}
+
+std::vector<Result> MarketWriter::carryOut(std::vector<Waiting> &batch)
 {
     Batch stored;
     std::vector<Result> results;
@@ -314,6 +321,8 @@ std::vector<Result> MarketWriter::carryOut(const std::vector<Waiting> &batch)
         stored.tables = m_projector->finish(*m_market);
         if (settled || m_lastCommand - m_lastCheckpoint >= m_options.checkpointEvery)
             stored.checkpoint = makeCheckpoint();
+        if (fault("answer-before-commit"))
+            answer(batch, results);
         m_store->commit(stored);
         ++m_counters.commits;
         m_counters.committedCommands += stored.commands.size();

@@ -131,7 +131,8 @@ private:
     std::vector<CollectionInfo> collectionInfos(const CatalogueMarket &catalogue);
     void run();
     void runUntilStopped();
-    std::vector<Result> carryOut(const std::vector<Waiting> &batch);
+    std::vector<Result> carryOut(std::vector<Waiting> &batch);
+    void answer(std::vector<Waiting> &batch, const std::vector<Result> &results);
     void publishDue();
     void tellChangedAccounts();
     void fail(const std::string &reason, std::vector<Waiting> &batch);

@@ -1,5 +1,6 @@
 #include "exchange/store/sqliteconnection.h"
 
+#include "exchange/core/faults.h"
 #include "exchange/store/sqliteschema.h"
 
 #include <sqlite3.h>
@@ -18,6 +19,10 @@ SqliteConnection::SqliteConnection(const std::filesystem::path &file, const std:
     if (mode != "wal")
         throw StoreError(file.string() + ": the file system does not allow a write-ahead log");
     m_database.exec("PRAGMA synchronous = FULL");
+    if (fault("commits-synced-later"))
+        m_database.exec("PRAGMA synchronous = NORMAL");
+    if (fault("nothing-synced"))
+        m_database.exec("PRAGMA synchronous = OFF");
     m_database.exec("PRAGMA temp_store = MEMORY");
     // SQLite ignores errors of its own automatic checkpoints and would sync again later. After
     // a failed sync nothing may be believed, so the log is moved here, where errors count.

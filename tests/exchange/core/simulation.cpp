@@ -1018,7 +1018,7 @@ Counts emptyCounts()
     return counts;
 }
 
-std::optional<std::string> liveThrough(std::uint64_t seed, Counts &counts)
+campaign::Failure liveThrough(std::uint64_t seed, Counts &counts)
 {
     try {
         World(seed, counts).live();

@@ -1,12 +1,10 @@
 #pragma once
 
-#include <cstdint>
-#include <map>
-#include <optional>
-#include <string>
+#include "campaign/campaign.h"
 
-/** How often each thing happened that the simulation is there for. */
-using Counts = std::map<std::string, std::int64_t>;
+#include <cstdint>
+
+using campaign::Counts;
 
 /** Every name that must have a count in the end. */
 Counts emptyCounts();
@@ -19,4 +17,4 @@ Counts emptyCounts();
  *
  * Returns what went wrong, in words, or nothing. The same seed gives the same life.
  */
-std::optional<std::string> liveThrough(std::uint64_t seed, Counts &counts);
+campaign::Failure liveThrough(std::uint64_t seed, Counts &counts);
