@@ -5,6 +5,7 @@
 #include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverengine.h"
 #include "ZvWidgetKit/collectiontabledelegate.h"
+#include "ZvWidgetKit/scrollbarstyle.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
 #include <QApplication>
@@ -12,13 +13,11 @@
 #include <QDebug>
 #include <QDesktopServices>
 #include <QDesktopWidget>
-#include <QFile>
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
-#include <QScrollBar>
 #include <QTimer>
 #include <QUrl>
 #include <QWheelEvent>
@@ -107,14 +106,7 @@ void Collection_TableView::applyStyle()
     setFont(tableFont);
     verticalHeader()->hide();
 
-    QFile sheet(QStringLiteral(":/qsss/scrollbar.qss"));
-    if (sheet.open(QIODevice::ReadOnly)) {
-        const QString style = QString::fromUtf8(sheet.readAll());
-        verticalScrollBar()->setStyleSheet(style);
-        horizontalScrollBar()->setStyleSheet(style);
-    } else {
-        qWarning() << sheet.fileName() << sheet.errorString();
-    }
+    applyScrollBarStyle(this);
 }
 
 // Shares the width of a wide screen among the columns; on a narrow one they only shrink a little.

@@ -1,0 +1,49 @@
+#include "ZvWidgetKit/dealwidget_select_dealrecord.h"
+
+#include "ZvNetworkKit/serverpaths.h"
+#include "ZvWidgetKit/dealwidget_select_dealrecord_tableview.h"
+#include "ui_dealwidget_select_dealrecord.h"
+
+DealWidget_Select_DealRecord::DealWidget_Select_DealRecord(QWidget *parent)
+    : RecordPage(parent), ui(std::make_unique<Ui::DealWidget_Select_DealRecord>()),
+      m_tableView(nullptr)
+{
+    ui->setupUi(this);
+    m_tableView = new DealWidget_Select_DealRecord_TableView(this);
+    setUpPage({ui->frame_recordPanel,
+               ui->pushButton_select,
+               ui->toolButton_pageUp,
+               ui->toolButton_pageDown,
+               {ui->label_startDate, ui->label_stopDate, ui->label_type},
+               ui->dateEdit_startDate,
+               ui->dateEdit_stopDate},
+              ui->frame_container_dealRecord, m_tableView);
+}
+
+DealWidget_Select_DealRecord::~DealWidget_Select_DealRecord() = default;
+
+void DealWidget_Select_DealRecord::slot_selectButton_clicked()
+{
+    m_tableView->selectRecords(dateText(ui->dateEdit_startDate), dateText(ui->dateEdit_stopDate), 1,
+                               ui->comboBox_type->currentIndex());
+}
+
+void DealWidget_Select_DealRecord::slot_pageUpButton_clicked()
+{
+    m_tableView->pageUp();
+}
+
+void DealWidget_Select_DealRecord::slot_pageDownButton_clicked()
+{
+    m_tableView->pageDown();
+}
+
+void DealWidget_Select_DealRecord::hideRecordPanel()
+{
+    ui->frame_recordPanel->hide();
+}
+
+void DealWidget_Select_DealRecord::showRecordPanel()
+{
+    ui->frame_recordPanel->show();
+}

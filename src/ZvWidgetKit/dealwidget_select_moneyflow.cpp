@@ -1,0 +1,39 @@
+#include "ZvWidgetKit/dealwidget_select_moneyflow.h"
+
+#include "ZvNetworkKit/serverpaths.h"
+#include "ZvWidgetKit/dealwidget_select_moneyflow_tableview.h"
+#include "ui_dealwidget_select_moneyflow.h"
+
+DealWidget_Select_MoneyFlow::DealWidget_Select_MoneyFlow(QWidget *parent)
+    : RecordPage(parent), ui(std::make_unique<Ui::DealWidget_Select_MoneyFlow>()),
+      m_tableView(nullptr)
+{
+    ui->setupUi(this);
+    m_tableView = new DealWidget_Select_MoneyFlow_TableView(this);
+    setUpPage({ui->frame_recordPanel,
+               ui->pushButton_select,
+               ui->toolButton_pageUp,
+               ui->toolButton_pageDown,
+               {ui->label_startDate, ui->label_stopDate, ui->label_type},
+               ui->dateEdit_startDate,
+               ui->dateEdit_stopDate},
+              ui->tableView_containter_moneyFlow, m_tableView);
+}
+
+DealWidget_Select_MoneyFlow::~DealWidget_Select_MoneyFlow() = default;
+
+void DealWidget_Select_MoneyFlow::slot_selectButton_clicked()
+{
+    m_tableView->selectRecords(1, ui->comboBox_type->currentIndex(),
+                               dateText(ui->dateEdit_startDate), dateText(ui->dateEdit_stopDate));
+}
+
+void DealWidget_Select_MoneyFlow::slot_pageUpButton_clicked()
+{
+    m_tableView->pageUp();
+}
+
+void DealWidget_Select_MoneyFlow::slot_pageDownButton_clicked()
+{
+    m_tableView->pageDown();
+}
