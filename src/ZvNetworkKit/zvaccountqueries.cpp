@@ -14,7 +14,7 @@ constexpr int mostDeals = 5000;
 struct Query {
     const QString &path;
     ZvDecodeTask::Shape shape;
-    void (*store)(const ZvReply &reply, ZvServerCache *cache); // null: nothing is made of it yet
+    void (*store)(const ZvReply &reply, ZvServerCache *cache);
 };
 
 void storeBankCard(const ZvReply &reply, ZvServerCache *cache)
@@ -47,21 +47,46 @@ void storeMoneyFlows(const ZvReply &reply, ZvServerCache *cache)
     cache->storeMoneyFlowList(*reply.moneyFlows);
 }
 
+void storeOpenOrders(const ZvReply &reply, ZvServerCache *cache)
+{
+    cache->storeRevokeList(*reply.openOrders);
+}
+
+void storeOrdersOfToday(const ZvReply &reply, ZvServerCache *cache)
+{
+    cache->storeDelegateToday(*reply.orders);
+}
+
+void storeOrders(const ZvReply &reply, ZvServerCache *cache)
+{
+    cache->storeDelegateRecord(*reply.orders);
+}
+
+void storeDealRecords(const ZvReply &reply, ZvServerCache *cache)
+{
+    cache->storeDealRecordList(*reply.dealRecords);
+}
+
+void storeDeliveries(const ZvReply &reply, ZvServerCache *cache)
+{
+    cache->storeDeliveryRecordList(*reply.deliveries);
+}
+
 // In the order of ZvAccountQueries::Kind.
 const Query &queryOf(ZvAccountQueries::Kind kind)
 {
     using Task = ZvDecodeTask;
     static const Query queries[] = {
-        {zvPath_market_detail, Task::Detail, nullptr}, // see askDeals()
+        {zvPath_market_detail, Task::Detail, nullptr}, // askDeals() stores it by itself
         {zvPath_pay_hx, Task::BankCard, storeBankCard},
         {zvPath_pay_hx, Task::MoneyAddresses, storeMoneyUrls},
         {zvPath_hold_list, Task::OpenApplications, storeOpenApplications},
-        {zvPath_revoke, Task::Envelope, nullptr},
-        {zvPath_myaccount_trade, Task::Envelope, nullptr},
-        {zvPath_myaccount_entrust, Task::Envelope, nullptr},
-        {zvPath_myaccount_his_entrust, Task::Envelope, nullptr},
+        {zvPath_revoke, Task::OpenOrders, storeOpenOrders},
+        {zvPath_myaccount_trade, Task::DealRecords, storeDealRecords},
+        {zvPath_myaccount_entrust, Task::Orders, storeOrdersOfToday},
+        {zvPath_myaccount_his_entrust, Task::Orders, storeOrders},
         {zvPath_hold_list, Task::Applications, storeApplications},
-        {zvPath_myaccount_take_list, Task::Envelope, nullptr},
+        {zvPath_myaccount_take_list, Task::Deliveries, storeDeliveries},
         {zvPath_pay_list, Task::MoneyFlows, storeMoneyFlows},
     };
     return queries[kind];
@@ -74,11 +99,7 @@ ZvAccountQueries::ZvAccountQueries(ZvExchangeLink *link) : m_link(link), m_addre
 void ZvAccountQueries::ask(Kind kind, const ZvRequest::Parameters &parameters)
 {
     send(kind, parameters, [this, kind](const ZvOutcome &outcome) {
-        const Query &query = queryOf(kind);
-        if (query.store)
-            query.store(outcome.reply, ZvServerCache::getZvServerCacheInstance());
-        else
-            qCInfo(zvNetworkLog).noquote() << query.path << "cannot be read yet";
+        queryOf(kind).store(outcome.reply, ZvServerCache::getZvServerCacheInstance());
         if (kind == MoneyUrls)
             m_addressLife.begin();
     });

@@ -535,6 +535,18 @@ void ZvDecoder::State::readOne(const Node &data, const ZvDecodeTask &task, ZvRep
     case ZvDecodeTask::MoneyFlows:
         reply.moneyFlows = zvread::moneyFlows(data);
         break;
+    case ZvDecodeTask::OpenOrders:
+        reply.openOrders = zvread::openOrders(data);
+        break;
+    case ZvDecodeTask::Orders:
+        reply.orders = zvread::orders(data);
+        break;
+    case ZvDecodeTask::DealRecords:
+        reply.dealRecords = zvread::dealRecords(data);
+        break;
+    case ZvDecodeTask::Deliveries:
+        reply.deliveries = zvread::deliveries(data);
+        break;
     }
 }
 

@@ -4,12 +4,16 @@
 #include "ZvModelKit/zvubbriefinfo.h"
 #include "ZvModelKit/zvubcapinfo.h"
 #include "ZvModelKit/zvubdealitem.h"
+#include "ZvModelKit/zvubdealrecorditem.h"
+#include "ZvModelKit/zvubdeliveryrecorditem.h"
+#include "ZvModelKit/zvubentrustitem.h"
 #include "ZvModelKit/zvubgatherinfo.h"
 #include "ZvModelKit/zvubkline.h"
 #include "ZvModelKit/zvubmoneyflowitem.h"
 #include "ZvModelKit/zvubmyacount.h"
 #include "ZvModelKit/zvubobject.h"
 #include "ZvModelKit/zvubproitem.h"
+#include "ZvModelKit/zvubrevokeitem.h"
 #include "ZvModelKit/zvubtimeline.h"
 #include "ZvModelKit/zvubtopfive.h"
 #include "ZvNetworkKit/zvmarketlist.h"
@@ -131,6 +135,10 @@ struct ZvReply {
     std::optional<ZvMoneyAddresses> moneyAddresses;
     std::optional<QList<ZvUBApplyItem>> applications; // made, or open to be made
     std::optional<QList<ZvUBMoneyFlowItem>> moneyFlows;
+    std::optional<QList<ZvUBRevokeItem>> openOrders;
+    std::optional<QList<ZvUBEntrustItem>> orders;
+    std::optional<QList<ZvUBDealRecordItem>> dealRecords;
+    std::optional<QList<ZvUBDeliveryRecordItem>> deliveries;
     QMap<QString, QString> texts; // the plain texts of an action's answer
 };
 
@@ -162,7 +170,11 @@ struct ZvDecodeTask {
         MoneyAddresses,
         OpenApplications,
         Applications,
-        MoneyFlows
+        MoneyFlows,
+        OpenOrders,
+        Orders,
+        DealRecords,
+        Deliveries
     };
 
     Shape shape = Envelope;

@@ -3,12 +3,25 @@
 #include "ZvNetworkKit/zvjsonreading.h"
 
 #include <QRegularExpression>
+#include <QSet>
+
+#include <limits>
 
 namespace zvread {
 
 using Node = ZvJsonNode;
 
 namespace {
+
+// The rows of a page; the exchange gives no longer one.
+const std::vector<Node> &page(const Node &data, const char *key)
+{
+    constexpr std::size_t longest = 200;
+    const std::vector<Node> &rows = array(data, key);
+    if (rows.size() > longest)
+        refuse("more rows than a page has", key);
+    return rows;
+}
 
 // What a code may hold that goes into an address as it stands.
 QString urlSafeText(const Node &object, const char *key)
@@ -28,17 +41,129 @@ QString dueWebAddress(const Node &object, const char *key)
     return read;
 }
 
-int state(const Node &object, int last)
+int state(const Node &object, int first, int last)
 {
-    return static_cast<int>(integer(object, "state", 0, last));
+    return static_cast<int>(integer(object, "state", first, last));
+}
+
+int direction(const Node &object)
+{
+    return static_cast<int>(integer(object, "side", zvub::Buy, zvub::Sell));
+}
+
+// Of one collection, and so not that of a composite row.
+QString tradedCollection(const Node &object)
+{
+    const QString id = collectionId(object, "collection");
+    if (id.startsWith(QLatin1Char('-')))
+        refuse("negative", "collection");
+    return id;
+}
+
+ZvUBEntrustItem::Data order(const Node &object)
+{
+    using Item = ZvUBEntrustItem;
+    Item::Data item;
+    item.orderNumber
+        = static_cast<int>(integer(object, "order", 1, std::numeric_limits<int>::max()));
+    item.time = amount(object, "time");
+    item.collectionId = tradedCollection(object);
+    item.code = text(object, "code");
+    item.name = text(object, "name");
+    item.direction = direction(object);
+    item.price = amount(object, "price");
+    item.quantity = amount(object, "quantity");
+    item.filled = integer(object, "filled", 0, item.quantity);
+    const qint64 averagePrice = figure(object, "averagePrice");
+    if (item.filled > 0) {
+        if (averagePrice < 0)
+            refuse("no price of what was dealt", "averagePrice");
+        item.amount = zvub::product(averagePrice, item.filled);
+    }
+    item.fee = amount(object, "fee");
+    item.frozen = amount(object, "frozen");
+    item.state = state(object, Item::Open, Item::Refused);
+    if (item.state == Item::Withdrawn || item.state == Item::PartlyWithdrawn)
+        item.withdrawn = item.quantity - item.filled;
+    item.key = text(object, "key");
+    return item;
+}
+
+// A page of orders as rows of a kind. None stands there twice: a withdrawal names each once.
+template <typename Item>
+QList<Item> orderPage(const Node &data)
+{
+    QList<Item> read;
+    QSet<int> numbers;
+    for (const Node &entry : page(data, "orders")) {
+        const ZvUBEntrustItem::Data item = order(entry);
+        if (numbers.contains(item.orderNumber))
+            refuse("twice", "order");
+        numbers.insert(item.orderNumber);
+        read.append(Item(item));
+    }
+    return read;
 }
 
 } // namespace
 
+QList<ZvUBRevokeItem> openOrders(const Node &data)
+{
+    return orderPage<ZvUBRevokeItem>(data);
+}
+
+QList<ZvUBEntrustItem> orders(const Node &data)
+{
+    return orderPage<ZvUBEntrustItem>(data);
+}
+
+QList<ZvUBDealRecordItem> dealRecords(const Node &data)
+{
+    QList<ZvUBDealRecordItem> read;
+    for (const Node &entry : page(data, "deals")) {
+        ZvUBDealRecordItem::Data item;
+        item.number = amount(entry, "sequence");
+        item.time = amount(entry, "time");
+        item.direction = direction(entry);
+        item.code = text(entry, "code");
+        item.name = text(entry, "name");
+        item.price = amount(entry, "price");
+        item.quantity = amount(entry, "quantity");
+        item.fee = amount(entry, "fee");
+        // The row works it out of price and quantity.
+        if (amount(entry, "amount") != zvub::product(item.price, item.quantity))
+            refuse("not price times quantity", "amount");
+        read.append(ZvUBDealRecordItem(item));
+    }
+    return read;
+}
+
+QList<ZvUBDeliveryRecordItem> deliveries(const Node &data)
+{
+    using Item = ZvUBDeliveryRecordItem;
+    QList<Item> read;
+    for (const Node &entry : page(data, "takes")) {
+        Item::Data item;
+        item.deliveryId = urlSafeText(entry, "id");
+        item.orderNumber = text(entry, "number");
+        item.time = amount(entry, "time");
+        item.collectionId = tradedCollection(entry);
+        item.code = text(entry, "code");
+        item.name = text(entry, "name");
+        item.quantity = amount(entry, "quantity");
+        item.state = state(entry, Item::Cancelled, Item::Refused);
+        item.consignee = text(entry, "person");
+        item.phone = text(entry, "phone");
+        item.address = text(entry, "address");
+        read.append(Item(item));
+    }
+    return read;
+}
+
 QList<ZvUBApplyItem> openApplications(const Node &data)
 {
     QList<ZvUBApplyItem> read;
-    for (const Node &entry : array(data, "collections")) {
+    for (const Node &entry : page(data, "collections")) {
         ZvUBApplyItem::Data item;
         item.code = text(entry, "code");
         item.name = text(entry, "name");
@@ -52,7 +177,7 @@ QList<ZvUBApplyItem> openApplications(const Node &data)
 QList<ZvUBApplyItem> applications(const Node &data)
 {
     QList<ZvUBApplyItem> read;
-    for (const Node &entry : array(data, "applications")) {
+    for (const Node &entry : page(data, "applications")) {
         ZvUBApplyItem::Data item;
         item.number = amount(entry, "number");
         item.time = amount(entry, "time");
@@ -61,7 +186,7 @@ QList<ZvUBApplyItem> applications(const Node &data)
         item.price = amount(entry, "price");
         item.quantity = amount(entry, "quantity");
         item.allotted = figure(entry, "granted");
-        item.state = state(entry, ZvUBApplyItem::Withdrawn);
+        item.state = state(entry, ZvUBApplyItem::Pending, ZvUBApplyItem::Withdrawn);
         read.append(ZvUBApplyItem(item));
     }
     return read;
@@ -70,13 +195,13 @@ QList<ZvUBApplyItem> applications(const Node &data)
 QList<ZvUBMoneyFlowItem> moneyFlows(const Node &data)
 {
     QList<ZvUBMoneyFlowItem> read;
-    for (const Node &entry : array(data, "flows")) {
+    for (const Node &entry : page(data, "flows")) {
         ZvUBMoneyFlowItem::Data item;
         item.number = amount(entry, "number");
         item.time = amount(entry, "time");
         item.moneyIn = boolean(entry, "in") ? 1 : 0;
         item.amount = amount(entry, "amount");
-        item.state = state(entry, ZvUBMoneyFlowItem::Failed);
+        item.state = state(entry, ZvUBMoneyFlowItem::Pending, ZvUBMoneyFlowItem::Failed);
         read.append(ZvUBMoneyFlowItem(item));
     }
     return read;

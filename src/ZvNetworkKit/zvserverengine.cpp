@@ -10,6 +10,8 @@
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvservercache.h"
 
+#include <algorithm>
+
 using Queries = ZvAccountQueries;
 
 namespace {
@@ -27,6 +29,13 @@ QPair<QString, QString> parameter(const char *name, const QString &value)
 QPair<QString, QString> parameter(const char *name, int value)
 {
     return {QString::fromLatin1(name), QString::number(value)};
+}
+
+// A page of records has one row at least, and the exchange gives no longer ones.
+QPair<QString, QString> pageSizeParameter(int pageSize)
+{
+    constexpr int longestPage = 200;
+    return parameter("size", std::clamp(pageSize, 1, longestPage));
 }
 
 // Dates are left out where they are no bound.
@@ -267,7 +276,7 @@ void ZvServerEngine::sendRequest_ApplyList(int page)
 void ZvServerEngine::sendRequest_RevokeList(int page, int pageSize)
 {
     zvtrace::call("ZvServerEngine::sendRequest_RevokeList", page, pageSize);
-    d->queries.ask(Queries::RevokeList, {parameter("page", page), parameter("size", pageSize)});
+    d->queries.ask(Queries::RevokeList, {parameter("page", page), pageSizeParameter(pageSize)});
 }
 
 void ZvServerEngine::sendRequest_Select_DealRecord(QString startDate, QString stopDate, int page,
@@ -277,14 +286,14 @@ void ZvServerEngine::sendRequest_Select_DealRecord(QString startDate, QString st
                   pageSize);
     d->queries.ask(Queries::DealRecord,
                    period(startDate, stopDate) << parameter("page", page) << parameter("type", type)
-                                               << parameter("size", pageSize));
+                                               << pageSizeParameter(pageSize));
 }
 
 void ZvServerEngine::sendRequest_Select_DelegateToday(int page, int pageSize, int type)
 {
     zvtrace::call("ZvServerEngine::sendRequest_Select_DelegateToday", page, pageSize, type);
     d->queries.ask(Queries::DelegateToday,
-                   {parameter("page", page), parameter("size", pageSize), parameter("type", type)});
+                   {parameter("page", page), pageSizeParameter(pageSize), parameter("type", type)});
 }
 
 void ZvServerEngine::sendRequest_Select_DelegateRecord(QString startDate, QString stopDate,
@@ -294,7 +303,7 @@ void ZvServerEngine::sendRequest_Select_DelegateRecord(QString startDate, QStrin
                   type, pageSize);
     d->queries.ask(Queries::DelegateRecord,
                    period(startDate, stopDate) << parameter("page", page) << parameter("type", type)
-                                               << parameter("size", pageSize));
+                                               << pageSizeParameter(pageSize));
 }
 
 void ZvServerEngine::sendRequest_Select_ApplyRecord(int page, QString startDate, QString stopDate)

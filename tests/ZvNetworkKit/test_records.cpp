@@ -2,7 +2,11 @@
 #include "listeners.h"
 
 #include "ZvModelKit/zvubdealitem.h"
+#include "ZvModelKit/zvubdealrecorditem.h"
+#include "ZvModelKit/zvubdeliveryrecorditem.h"
+#include "ZvModelKit/zvubentrustitem.h"
 #include "ZvModelKit/zvubmoneyflowitem.h"
+#include "ZvModelKit/zvubrevokeitem.h"
 #include "ZvNetworkKit/serverpaths.h"
 #include "ZvNetworkKit/zvmoneyaddresslife.h"
 #include "ZvNetworkKit/zvscriptedtransport.h"
@@ -77,6 +81,75 @@ QByteArray flows()
            "true, \"amount\": 1000, \"state\": 1, \"balance\": 1000}]}";
 }
 
+QByteArray order(int number, const QByteArray &fields)
+{
+    return "{\"order\": " + QByteArray::number(number)
+        + ", \"time\": 1577840400000, \"collection\": \"1001\", \"code\": \"101001\", \"name\": "
+          "\"藏品1001\", \"price\": 1000, \"key\": \"00112233445566778899aabbccddeeff\", "
+        + fields + "}";
+}
+
+QByteArray openOrders()
+{
+    return "{\"orders\": ["
+        + order(2147483647,
+                "\"side\": 1, \"quantity\": 10, \"filled\": 4, \"averagePrice\": 995, \"fee\": 12, "
+                "\"frozen\": 6018, \"state\": 2")
+        + ", "
+        + order(7,
+                "\"side\": 2, \"quantity\": 3, \"filled\": 0, \"averagePrice\": null, \"fee\": 0, "
+                "\"frozen\": 0, \"state\": 1")
+        + "]}";
+}
+
+QByteArray doneOrders()
+{
+    return "{\"orders\": ["
+        + order(9,
+                "\"side\": 1, \"quantity\": 10, \"filled\": 4, \"averagePrice\": 995, \"fee\": 12, "
+                "\"frozen\": 0, \"state\": 5")
+        + ", "
+        + order(8,
+                "\"side\": 2, \"quantity\": 3, \"filled\": 0, \"averagePrice\": null, \"fee\": 0, "
+                "\"frozen\": 0, \"state\": 4")
+        + "]}";
+}
+
+QByteArray deals()
+{
+    return "{\"deals\": [{\"sequence\": 41, \"time\": 1577840400000, \"side\": 2, "
+           "\"collection\": \"1001\", \"code\": \"101001\", \"name\": \"藏品1001\", \"price\": "
+           "995, \"quantity\": 4, \"amount\": 3980, \"fee\": 12}]}";
+}
+
+QByteArray takes()
+{
+    return "{\"takes\": [{\"id\": \"t-31\", \"number\": \"20200101000031\", \"time\": "
+           "1577840400000, \"collection\": \"1001\", \"code\": \"101001\", \"name\": "
+           "\"藏品1001\", \"quantity\": 5, \"state\": 2, \"person\": \"林晓月\", \"phone\": "
+           "\"13800000001\", \"address\": \"北京市东城区一号\", \"carrier\": \"\", \"tracking\": "
+           "\"\", \"sent\": null}]}";
+}
+
+// A list of one row that stands there `count` times.
+QByteArray repeated(const QByteArray &key, const QByteArray &list, int count)
+{
+    const int begin = list.indexOf('[') + 1;
+    const QByteArray row = list.mid(begin, list.lastIndexOf(']') - begin);
+    return "{\"" + key + "\": [" + row + (", " + row).repeated(count - 1) + "]}";
+}
+
+// `count` orders of different numbers.
+QByteArray manyOrders(int count)
+{
+    QByteArrayList rows;
+    for (int number = 1; number <= count; ++number)
+        rows.append(order(number,
+                          "\"side\": 2, \"quantity\": 3, \"filled\": 0, \"averagePrice\": null, "
+                          "\"fee\": 0, \"frozen\": 0, \"state\": 1"));
+    return "{\"orders\": [" + rows.join(", ") + "]}";
+}
+
 // A question of a page: how it is asked, where, and what a good answer is.
 struct Question {
     const char *name;
@@ -101,6 +174,20 @@ const QList<Question> &questions()
         {"money flow",
          [] { engine()->sendRequest_Select_MoneyFlow(3, 2, "2020/01/01", QString()); },
          zvPath_pay_list, flows(), &Cache::signal_cache_Select_MoneyFlow_changed},
+        {"open orders", [] { engine()->sendRequest_RevokeList(1, 12); }, zvPath_revoke,
+         openOrders(), &Cache::signal_cache_RevokeList_changed},
+        {"orders of today", [] { engine()->sendRequest_Select_DelegateToday(1, 10, 2); },
+         zvPath_myaccount_entrust, doneOrders(), &Cache::signal_cache_Select_DelegateToday_changed},
+        {"orders",
+         [] { engine()->sendRequest_Select_DelegateRecord("2020/01/01", "2020/01/01", 1, 2, 10); },
+         zvPath_myaccount_his_entrust, doneOrders(),
+         &Cache::signal_cache_Select_DelegateRecord_changed},
+        {"deals",
+         [] { engine()->sendRequest_Select_DealRecord("2020/01/01", "2020/01/01", 1, 2, 10); },
+         zvPath_myaccount_trade, deals(), &Cache::signal_cache_Select_DealRecord_changed},
+        {"deliveries",
+         [] { engine()->sendRequest_Select_DeliveryRecord(1, "2020/01/01", "2020/01/01"); },
+         zvPath_myaccount_take_list, takes(), &Cache::signal_cache_Select_DeliveryRecord_changed},
     };
     return all;
 }
@@ -122,6 +209,11 @@ private slots:
         cache()->storeMarketDetail({});
         cache()->storeApplyList({});
         cache()->storeMoneyFlowList({});
+        cache()->storeRevokeList({});
+        cache()->storeDelegateToday({});
+        cache()->storeDelegateRecord({});
+        cache()->storeDealRecordList({});
+        cache()->storeDeliveryRecordList({});
         m_bench->startOn(here);
         m_bench->signIn("t1");
         m_bench->answerAccount(KitBench::cap(1000));
@@ -143,6 +235,18 @@ private slots:
     void openApplicationsAreStored();
     void applicationsAreStored();
     void moneyFlowsAreStored();
+    void openOrdersAreStored();
+    void ordersAreStored_data();
+    void ordersAreStored();
+    void dealRecordsAreStored();
+    void deliveriesAreStored();
+    void longestPageIsTaken();
+    void pagesOfRecordsAreAskedForInBounds_data();
+    void pagesOfRecordsAreAskedForInBounds();
+    void equalAnswersAreToldAgain_data();
+    void equalAnswersAreToldAgain();
+    void emptyAnswersAreToldAsWell_data();
+    void emptyAnswersAreToldAsWell();
     void hostileAnswersLeaveTheCache_data();
     void hostileAnswersLeaveTheCache();
     void newerQuestionCounts_data();
@@ -198,7 +302,9 @@ private:
             && cache()->bankPictureSuffix.isEmpty() && cache()->bankCardTail.isEmpty()
             && cache()->urlInMoney.isEmpty() && cache()->urlOutMoney.isEmpty()
             && cache()->openApplyList.isEmpty() && cache()->getApplyList().isEmpty()
-            && cache()->getMoneyFlowList().isEmpty();
+            && cache()->getMoneyFlowList().isEmpty() && cache()->getRevokeList().isEmpty()
+            && cache()->getDelegateToday().isEmpty() && cache()->getDelegateRecord().isEmpty()
+            && cache()->getDealRecordList().isEmpty() && cache()->getDeliveryRecordList().isEmpty();
     }
 
     void fillEverything()
@@ -213,6 +319,9 @@ private:
         QVERIFY(!cache()->bankCardTail.isEmpty() && !cache()->urlInMoney.isEmpty());
         QVERIFY(!cache()->openApplyList.isEmpty() && !cache()->getApplyList().isEmpty());
         QVERIFY(!cache()->getMoneyFlowList().isEmpty() && !cache()->getMarketDetail().isEmpty());
+        QVERIFY(!cache()->getRevokeList().isEmpty() && !cache()->getDelegateToday().isEmpty());
+        QVERIFY(!cache()->getDelegateRecord().isEmpty() && !cache()->getDealRecordList().isEmpty());
+        QVERIFY(!cache()->getDeliveryRecordList().isEmpty());
     }
 
     std::unique_ptr<KitBench> m_bench;
@@ -366,6 +475,207 @@ void RecordsTest::moneyFlowsAreStored()
     QCOMPARE(in.state, int(ZvUBMoneyFlowItem::Done));
 }
 
+void RecordsTest::openOrdersAreStored()
+{
+    engine()->sendRequest_RevokeList(3, 12);
+    const ZvRequest request = exchange()->lastRequest(zvPath_revoke);
+    QVERIFY(!request.isAction);
+    QCOMPARE(request.token, QByteArray("t1"));
+    QCOMPARE(request.parameter("page"), QStringLiteral("3"));
+    QCOMPARE(request.parameter("size"), QStringLiteral("12"));
+    answer(zvPath_revoke, openOrders());
+    QCOMPARE(cache()->getRevokeList().size(), 2);
+    const ZvUBRevokeItem buy = cache()->getRevokeList().first();
+    QCOMPARE(buy.getCollectionID(), 2147483647);
+    QCOMPARE(buy.getTypeID(), 1);
+    QVERIFY(!buy.getUserChecked());
+    QCOMPARE(buy.data().collectionId, QStringLiteral("1001"));
+    QCOMPARE(buy.data().price, qint64(1000));
+    QCOMPARE(buy.data().quantity, qint64(10));
+    QCOMPARE(buy.data().filled, qint64(4));
+    QCOMPARE(buy.data().amount, qint64(3980));
+    QCOMPARE(buy.data().fee, qint64(12));
+    QCOMPARE(buy.data().frozen, qint64(6018));
+    QCOMPARE(buy.data().time, qint64(1577840400000));
+    QCOMPARE(buy.data().key, QStringLiteral("00112233445566778899aabbccddeeff"));
+    QCOMPARE(buy.displayDataForModelUse(9), QStringLiteral("6"));
+    const ZvUBRevokeItem sell = cache()->getRevokeList().last();
+    QCOMPARE(sell.getTypeID(), 2);
+    QCOMPARE(sell.data().amount, qint64(0));
+    QCOMPARE(sell.displayDataForModelUse(9), QStringLiteral("3"));
+}
+
+void RecordsTest::ordersAreStored_data()
+{
+    QTest::addColumn<bool>("isToday");
+    QTest::newRow("of today") << true;
+    QTest::newRow("of a period") << false;
+}
+
+void RecordsTest::ordersAreStored()
+{
+    QFETCH(bool, isToday);
+    const QString path = isToday ? zvPath_myaccount_entrust : zvPath_myaccount_his_entrust;
+    if (isToday)
+        engine()->sendRequest_Select_DelegateToday(2, 10, 1);
+    else
+        engine()->sendRequest_Select_DelegateRecord("2019/12/31", "2020/01/01", 2, 1, 10);
+    const ZvRequest request = exchange()->lastRequest(path);
+    QCOMPARE(request.parameter("page"), QStringLiteral("2"));
+    QCOMPARE(request.parameter("size"), QStringLiteral("10"));
+    QCOMPARE(request.parameter("type"), QStringLiteral("1"));
+    QCOMPARE(request.parameter("start"), isToday ? QString() : QStringLiteral("2019/12/31"));
+    QCOMPARE(request.parameter("stop"), isToday ? QString() : QStringLiteral("2020/01/01"));
+    answer(path, doneOrders());
+    const QList<ZvUBEntrustItem> here
+        = isToday ? cache()->getDelegateToday() : cache()->getDelegateRecord();
+    const QList<ZvUBEntrustItem> there
+        = isToday ? cache()->getDelegateRecord() : cache()->getDelegateToday();
+    QVERIFY(there.isEmpty());
+    QCOMPARE(here.size(), 2);
+    const ZvUBEntrustItem::Data &part = here.first().data();
+    QCOMPARE(part.orderNumber, 9);
+    QCOMPARE(part.direction, 1);
+    QCOMPARE(part.state, int(ZvUBEntrustItem::PartlyWithdrawn));
+    QCOMPARE(part.withdrawn, qint64(6));
+    QCOMPARE(here.first().displayData(8), QStringLiteral("9.95"));
+    const ZvUBEntrustItem::Data &none = here.last().data();
+    QCOMPARE(none.state, int(ZvUBEntrustItem::Withdrawn));
+    QCOMPARE(none.withdrawn, qint64(3));
+    QCOMPARE(here.last().displayData(8), QStringLiteral("--"));
+}
+
+void RecordsTest::dealRecordsAreStored()
+{
+    engine()->sendRequest_Select_DealRecord(QString(), QStringLiteral("2020/01/01"), 4, 0, 10);
+    const ZvRequest request = exchange()->lastRequest(zvPath_myaccount_trade);
+    QVERIFY(!request.hasParameter("start"));
+    QCOMPARE(request.parameter("stop"), QStringLiteral("2020/01/01"));
+    QCOMPARE(request.parameter("page"), QStringLiteral("4"));
+    QCOMPARE(request.parameter("type"), QStringLiteral("0"));
+    QCOMPARE(request.parameter("size"), QStringLiteral("10"));
+    answer(zvPath_myaccount_trade, deals());
+    QCOMPARE(cache()->getDealRecordList().size(), 1);
+    const ZvUBDealRecordItem deal = cache()->getDealRecordList().first();
+    QCOMPARE(deal.data().number, qint64(41));
+    QCOMPARE(deal.direction(), 2);
+    QCOMPARE(deal.data().code, QStringLiteral("101001"));
+    QCOMPARE(deal.data().price, qint64(995));
+    QCOMPARE(deal.data().quantity, qint64(4));
+    QCOMPARE(deal.data().fee, qint64(12));
+    QCOMPARE(deal.data().time, qint64(1577840400000));
+    QCOMPARE(deal.displayDataForModelUse(5), QStringLiteral("39.80"));
+}
+
+void RecordsTest::deliveriesAreStored()
+{
+    engine()->sendRequest_Select_DeliveryRecord(2, QStringLiteral("2020/01/01"), QString());
+    const ZvRequest request = exchange()->lastRequest(zvPath_myaccount_take_list);
+    QCOMPARE(request.parameter("page"), QStringLiteral("2"));
+    QCOMPARE(request.parameter("start"), QStringLiteral("2020/01/01"));
+    QVERIFY(!request.hasParameter("stop"));
+    answer(zvPath_myaccount_take_list, takes());
+    QCOMPARE(cache()->getDeliveryRecordList().size(), 1);
+    const ZvUBDeliveryRecordItem::Data &take = cache()->getDeliveryRecordList().first().data();
+    QCOMPARE(take.deliveryId, QStringLiteral("t-31"));
+    QCOMPARE(take.orderNumber, QStringLiteral("20200101000031"));
+    QCOMPARE(take.collectionId, QStringLiteral("1001"));
+    QCOMPARE(take.quantity, qint64(5));
+    QCOMPARE(take.state, int(ZvUBDeliveryRecordItem::Reviewing));
+    QCOMPARE(take.consignee, QStringLiteral("林晓月"));
+    QCOMPARE(take.phone, QStringLiteral("13800000001"));
+    QCOMPARE(take.address, QStringLiteral("北京市东城区一号"));
+}
+
+void RecordsTest::longestPageIsTaken()
+{
+    engine()->sendRequest_RevokeList(1, 200);
+    answer(zvPath_revoke, manyOrders(200));
+    QCOMPARE(cache()->getRevokeList().size(), 200);
+    engine()->sendRequest_Select_DealRecord({}, {}, 1, 2, 200);
+    answer(zvPath_myaccount_trade, repeated("deals", deals(), 200));
+    QCOMPARE(cache()->getDealRecordList().size(), 200);
+}
+
+void RecordsTest::pagesOfRecordsAreAskedForInBounds_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::addColumn<QString>("sent");
+    QTest::newRow("none") << 0 << "1";
+    QTest::newRow("below none") << -3 << "1";
+    QTest::newRow("longest") << 200 << "200";
+    QTest::newRow("a wall of screens") << 201 << "200";
+}
+
+void RecordsTest::pagesOfRecordsAreAskedForInBounds()
+{
+    QFETCH(int, size);
+    QFETCH(QString, sent);
+    engine()->sendRequest_RevokeList(1, size);
+    engine()->sendRequest_Select_DelegateToday(1, size, 2);
+    engine()->sendRequest_Select_DelegateRecord({}, {}, 1, 2, size);
+    engine()->sendRequest_Select_DealRecord({}, {}, 1, 2, size);
+    for (const QString &path : {zvPath_revoke, zvPath_myaccount_entrust,
+                                zvPath_myaccount_his_entrust, zvPath_myaccount_trade})
+        QCOMPARE(exchange()->lastRequest(path).parameter("size"), sent);
+}
+
+void RecordsTest::equalAnswersAreToldAgain_data()
+{
+    rows();
+}
+
+// The page has asked and waits.
+void RecordsTest::equalAnswersAreToldAgain()
+{
+    QFETCH(int, index);
+    const Question &question = questions().at(index);
+    if (!question.told)
+        return;
+    QSignalSpy told(cache(), question.told);
+    for (int times = 1; times <= 3; ++times) {
+        question.ask();
+        answer(question.path, question.good);
+        QCOMPARE(told.count(), times);
+    }
+}
+
+void RecordsTest::emptyAnswersAreToldAsWell_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<QByteArray>("empty");
+    const QHash<QByteArray, QByteArray> keys{{"open applications", "collections"},
+                                             {"applications", "applications"},
+                                             {"money flow", "flows"},
+                                             {"open orders", "orders"},
+                                             {"orders of today", "orders"},
+                                             {"orders", "orders"},
+                                             {"deals", "deals"},
+                                             {"deliveries", "takes"}};
+    for (int i = 0; i < questions().size(); ++i) {
+        const char *name = questions().at(i).name;
+        if (keys.contains(name))
+            QTest::newRow(name) << i << "{\"" + keys.value(name) + "\": []}";
+    }
+}
+
+void RecordsTest::emptyAnswersAreToldAsWell()
+{
+    QFETCH(int, index);
+    QFETCH(QByteArray, empty);
+    const Question &question = questions().at(index);
+    question.ask();
+    answer(question.path, question.good);
+    QVERIFY(!isForgotten());
+    QSignalSpy told(cache(), question.told);
+    for (int times = 1; times <= 2; ++times) {
+        question.ask();
+        answer(question.path, empty);
+        QCOMPARE(told.count(), times);
+        QVERIFY(isForgotten());
+    }
+}
+
 void RecordsTest::hostileAnswersLeaveTheCache_data()
 {
     QTest::addColumn<int>("index");
@@ -405,6 +715,55 @@ void RecordsTest::hostileAnswersLeaveTheCache_data()
     row("way is a number", 4, "true", "1");
     row("state of a flow that is none", 4, "\"state\": 1", "\"state\": 3");
     row("time below zero", 4, "1577840400000", "-1");
+    row("flow of money that is huge", 4, "1000", "1e400");
+
+    for (const int index : {5, 6, 7}) {
+        const auto each = [&](const char *name, const char *before, const char *after) {
+            row(qPrintable(QStringLiteral("%1: %2").arg(questions().at(index).name, name)), index,
+                before, after);
+        };
+        each("no orders", "\"orders\"", "\"other\"");
+        each("a row is null", "[{", "[null, {");
+        each("number is 0", "\"order\": ", "\"order\": 0, \"x\": ");
+        each("number of 32 bits", "\"order\": ", "\"order\": 2147483648, \"x\": ");
+        each("number is a text", "\"order\": ", "\"order\": \"7\", \"x\": ");
+        each("no side", "\"side\"", "\"other\"");
+        each("side 3", "\"side\": 2", "\"side\": 3");
+        each("collection of all", "\"1001\"", "\"-1\"");
+        each("collection is a number", "\"1001\"", "1001");
+        each("price is huge", "\"price\": 1000", "\"price\": 9000000000000001");
+        each("price with a fraction", "\"price\": 1000", "\"price\": 10.5");
+        each("price is null", "\"price\": 1000", "\"price\": null");
+        each("more dealt than ordered", "\"filled\": 4", "\"filled\": 11");
+        each("dealt for nothing", "\"averagePrice\": 995", "\"averagePrice\": null");
+        each("fee below zero", "\"fee\": 12", "\"fee\": -12");
+        each("frozen is missing", "\"frozen\"", "\"other\"");
+        each("state 0", "\"state\": ", "\"state\": 0, \"x\": ");
+        each("state 7", "\"state\": ", "\"state\": 7, \"x\": ");
+        each("key is a number", "\"00112233445566778899aabbccddeeff\"", "7");
+    }
+    row("an order twice", 5, "\"order\": 7,", "\"order\": 2147483647,");
+    QTest::newRow("too many open orders") << 5 << manyOrders(201);
+    QTest::newRow("too many orders of today") << 6 << manyOrders(201);
+    QTest::newRow("too many orders") << 7 << manyOrders(201);
+    row("deal without a number", 8, "\"sequence\"", "\"other\"");
+    row("side of a deal", 8, "\"side\": 2", "\"side\": 0");
+    row("amount that does not fit", 8, "3980", "3981");
+    row("quantity of a deal is a text", 8, "\"quantity\": 4", "\"quantity\": \"4\"");
+    row("price of a deal is huge", 8, "995", "99999999999999999999");
+    row("name of a deal is null", 8, "\"藏品1001\"", "null");
+    QTest::newRow("too many deals") << 8 << repeated("deals", deals(), 201);
+    row("id that is no word", 9, "t-31", "t 31");
+    row("id is a number", 9, "\"t-31\"", "31");
+    row("state of a delivery that is none", 9, "\"state\": 2", "\"state\": 6");
+    row("state 0 of a delivery", 9, "\"state\": 2", "\"state\": 0");
+    row("nobody takes it", 9, "\"person\"", "\"other\"");
+    row("quantity taken is huge", 9, "\"quantity\": 5", "\"quantity\": 9000000000000001");
+    QTest::newRow("too many deliveries") << 9 << repeated("takes", takes(), 201);
+    QTest::newRow("too many flows") << 4 << repeated("flows", flows(), 101);
+    QTest::newRow("too many applications") << 3 << repeated("applications", applications(), 101);
+    QTest::newRow("too many open applications")
+        << 2 << repeated("collections", openApplications(), 201);
 }
 
 void RecordsTest::hostileAnswersLeaveTheCache()
@@ -418,6 +777,11 @@ void RecordsTest::hostileAnswersLeaveTheCache()
     const auto open = cache()->openApplyList;
     const auto made = cache()->getApplyList();
     const auto moved = cache()->getMoneyFlowList();
+    const auto revocable = cache()->getRevokeList();
+    const auto ofToday = cache()->getDelegateToday();
+    const auto ordered = cache()->getDelegateRecord();
+    const auto dealt = cache()->getDealRecordList();
+    const auto taken = cache()->getDeliveryRecordList();
     zvtest::expectMessage(QStringLiteral("The answer of ") + question.path);
     const Ear ear(cache());
     const LogLines log;
@@ -430,6 +794,11 @@ void RecordsTest::hostileAnswersLeaveTheCache()
     QVERIFY(cache()->openApplyList == open);
     QVERIFY(cache()->getApplyList() == made);
     QVERIFY(cache()->getMoneyFlowList() == moved);
+    QVERIFY(cache()->getRevokeList() == revocable);
+    QVERIFY(cache()->getDelegateToday() == ofToday);
+    QVERIFY(cache()->getDelegateRecord() == ordered);
+    QVERIFY(cache()->getDealRecordList() == dealt);
+    QVERIFY(cache()->getDeliveryRecordList() == taken);
 }
 
 void RecordsTest::newerQuestionCounts_data()
