@@ -1,6 +1,9 @@
 #include "ZvNetworkKit/zvactionqueue.h"
 
+#include "ZvNetworkKit/zvfaults.h"
 #include "ZvNetworkKit/zvkittrace.h"
+#include "ZvNetworkKit/zvlateends.h"
+#include "ZvNetworkKit/zvresolution.h"
 
 #include <QRandomGenerator>
 
@@ -16,20 +19,6 @@ QString makeKey()
         key += QStringLiteral("%1").arg(word, 8, 16, QLatin1Char('0'));
     }
     return key;
-}
-
-// The exchange's own sentence, or one of the kit's where it sent none.
-QString messageOf(const ZvEnvelope &envelope)
-{
-    if (!envelope.message.isEmpty())
-        return envelope.message;
-    if (envelope.status == QLatin1String("unserved"))
-        return QStringLiteral("该功能尚未开放");
-    if (envelope.status == QLatin1String("session"))
-        return QStringLiteral("请先登录");
-    if (envelope.status == QLatin1String("busy"))
-        return QStringLiteral("交易所繁忙，请稍后再试");
-    return QStringLiteral("交易所拒绝了该请求");
 }
 
 // What a busy or stopping exchange says of an action is not its end: it may still be done.
@@ -50,8 +39,10 @@ QString signedOut()
 
 } // namespace
 
-ZvActionQueue::ZvActionQueue(ZvExchangeLink *link) : m_link(link)
+ZvActionQueue::ZvActionQueue(ZvExchangeLink *link, ZvActionChecks *checks)
+    : m_link(link), m_checks(checks), m_lateEnds(std::make_unique<ZvLateEnds>(link))
 {
+    connect(m_lateEnds.get(), &ZvLateEnds::settled, checks, &ZvActionChecks::settle);
     connect(link, &ZvExchangeLink::prefixChanged, this, &ZvActionQueue::changeView);
     connect(link, &ZvExchangeLink::sessionChanged, this, &ZvActionQueue::changeView);
 }
@@ -66,6 +57,7 @@ void ZvActionQueue::enqueue(ZvAction action)
     }
     const QString key = action.key.isEmpty() ? makeKey() : action.key;
     m_waiting.push_back({std::move(action), m_link->prefix(), m_link->generation().session, key});
+    noteWaiting();
     next();
 }
 
@@ -80,7 +72,6 @@ void ZvActionQueue::next()
     if (m_isBusy || m_waiting.empty())
         return;
     m_isBusy = true;
-    m_unknownSince = -1;
     m_resolutions = 0;
     send();
 }
@@ -93,7 +84,9 @@ ZvRequest ZvActionQueue::requestFor(const Entry &entry, bool isResolution) const
     request.prefix = entry.prefix;
     request.isAction = !entry.action.isQuestion;
     if (request.isAction)
-        request.parameters.append({QStringLiteral("key"), entry.key});
+        request.parameters.append(
+            {QStringLiteral("key"),
+             isResolution && zvFault("another-key-asked-for") ? makeKey() : entry.key});
     if (isResolution) {
         request.parameters.append({QStringLiteral("resolve"), QStringLiteral("1")});
         request.deadline = resolveDeadline;
@@ -163,8 +156,10 @@ void ZvActionQueue::take(const ZvOutcome &outcome)
         endWith(outcome);
     else if (outcome.ending == ZvAnswer::NotSent)
         endFailed(QStringLiteral("无法连接交易所，请稍后再试"));
-    else if (isQuestion)
+    else if (isQuestion || zvFault("lost-answer-is-a-failure"))
         endFailed(QStringLiteral("交易所没有答复，请稍后再试"));
+    else if (zvFault("sent-again-after-a-lost-answer"))
+        send();
     else
         resolveLater(reasonOf(outcome));
 }
@@ -174,6 +169,8 @@ void ZvActionQueue::resolveLater(const QString &reason)
     const qint64 now = m_link->clock()->now();
     if (m_unknownSince < 0) {
         m_unknownSince = now;
+        m_checks->begin(m_waiting.front().key, m_waiting.front().action.intent);
+        noteWaiting();
         qCInfo(zvNetworkLog).noquote() << m_waiting.front().action.path
                                        << "has no answer and is asked for by its key:" << reason;
     }
@@ -205,28 +202,56 @@ void ZvActionQueue::resolve()
 
 void ZvActionQueue::takeResolution(const ZvOutcome &outcome)
 {
-    const ZvEnvelope &envelope = outcome.reply.envelope;
-    const bool isPassing
-        = envelope.status == QLatin1String("failed") || envelope.status == QLatin1String("busy");
-    if (!outcome.isReadable() || isPassing)
+    switch (zvResolutionOf(outcome)) {
+    case ZvResolution::None:
         resolveLater(outcome.error);
-    else if (envelope.isOfSession()) // refuses the question, and says nothing about the action
+        break;
+    case ZvResolution::SignedOut:
         endUnknown(signedOut());
-    else if (envelope.reason == QLatin1String("unknown-key"))
+        break;
+    case ZvResolution::NotArrived:
         endFailed(QStringLiteral("请求未送达交易所，请重试"));
-    else
+        break;
+    case ZvResolution::Ended:
         endWith(outcome);
+        break;
+    }
+}
+
+bool ZvActionQueue::isChecked() const
+{
+    return m_unknownSince >= 0 && m_waiting.front().action.intent.matter != ZvIntent::Other;
+}
+
+void ZvActionQueue::noteWaiting()
+{
+    if (isChecked())
+        m_checks->setWaiting(waiting() - 1);
+}
+
+// Takes the action out that has ended.
+ZvAction ZvActionQueue::leave()
+{
+    if (isChecked())
+        m_checks->setWaiting(0);
+    const Entry entry = std::move(m_waiting.front());
+    m_waiting.pop_front();
+    m_isBusy = false;
+    m_unknownSince = -1;
+    m_checks->end(entry.key);
+    return entry.action;
 }
 
 void ZvActionQueue::endWith(const ZvOutcome &outcome)
 {
     if (!outcome.isOk()) {
-        endFailed(messageOf(outcome.reply.envelope));
+        endFailed(zvRefusalOf(outcome.reply.envelope));
         return;
     }
-    const ZvAction action = std::move(m_waiting.front().action);
-    m_waiting.pop_front();
-    m_isBusy = false;
+    // A row that vanishes says nothing to those who wonder what became of it.
+    if (m_waiting.front().action.intent.matter == ZvIntent::PreparedOrder)
+        m_checks->settle(m_waiting.front().key, ZvActionChecks::Done, QString());
+    const ZvAction action = leave();
     const bool isKept = !action.keep || action.keep(outcome.reply);
     // The next one leaves before this one is told: a page may open a box and stay in it.
     next();
@@ -238,17 +263,23 @@ void ZvActionQueue::endWith(const ZvOutcome &outcome)
 
 void ZvActionQueue::endUnknown(const QString &message)
 {
-    const Entry &entry = m_waiting.front();
+    const Entry entry = m_waiting.front();
     if (entry.action.lose)
         entry.action.lose(entry.key);
-    endFailed(message);
+    // A prepared order is sent again under its key, which a question would use up.
+    const bool isAskedOn = isChecked() && !entry.action.lose && !isOfOtherSession(entry);
+    leave();
+    if (isAskedOn) {
+        m_checks->begin(entry.key, entry.action.intent);
+        m_lateEnds->add(entry.key, requestFor(entry, true), entry.action.shape);
+    }
+    next();
+    entry.action.fail(message);
 }
 
 void ZvActionQueue::endFailed(const QString &message)
 {
-    const ZvAction action = std::move(m_waiting.front().action);
-    m_waiting.pop_front();
-    m_isBusy = false;
+    const ZvAction action = leave();
     next();
     action.fail(message);
 }

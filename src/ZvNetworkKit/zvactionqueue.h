@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZvNetworkKit/zvactionchecks.h"
 #include "ZvNetworkKit/zvexchangelink.h"
 #include "ZvNetworkKit/zvnetworkkit_export.h"
 
@@ -8,12 +9,16 @@
 
 #include <deque>
 #include <functional>
+#include <memory>
+
+class ZvLateEnds;
 
 // One action and how its end is told.
 struct ZvAction {
     QString path;
     ZvRequest::Parameters parameters;
     ZvDecodeTask::Shape shape = ZvDecodeTask::Action; // of its answer
+    ZvIntent intent;
 
     // Changes nothing: a query that waits for its turn among the actions. It is about the server
     // and the user in view; where they change before it has ended it is asked again.
@@ -38,8 +43,9 @@ struct ZvAction {
 // Sends actions one after the other, in the order of the calls, each once under a key of its own.
 //
 // Where the answer does not come, the action may have been done or not: the exchange is asked for
-// what became of the key, again and again within `resolveBound`. An action is never sent twice, and
-// never for another user or at another server than those it was meant for.
+// what became of the key, again and again within `resolveBound`, and later on unhurriedly while
+// other actions leave. An action is never sent twice, and never for another user or at another
+// server than those it was meant for.
 class ZVNETWORKKIT_EXPORT ZvActionQueue : public QObject
 {
     Q_OBJECT
@@ -51,7 +57,8 @@ public:
     static constexpr int shortestPause = 250;
     static constexpr int longestPause = 3000;
 
-    explicit ZvActionQueue(ZvExchangeLink *link);
+    // `checks` hears of the actions that are being asked for, and has to outlive the queue.
+    ZvActionQueue(ZvExchangeLink *link, ZvActionChecks *checks);
     ~ZvActionQueue() override;
 
     void enqueue(ZvAction action);
@@ -79,16 +86,21 @@ private:
     void resolveLater(const QString &reason);
     void resolve();
     ZvRequest requestFor(const Entry &entry, bool isResolution) const;
+    void noteWaiting();
+    bool isChecked() const;
+    ZvAction leave();
     void endWith(const ZvOutcome &outcome);
     void endLater(const QString &message);
     void endFailed(const QString &message);
     void endUnknown(const QString &message);
 
     ZvExchangeLink *m_link;
+    ZvActionChecks *m_checks;
+    std::unique_ptr<ZvLateEnds> m_lateEnds;
     std::deque<Entry> m_waiting; // the first one is under way while `m_isBusy`
     bool m_isBusy = false;
     ZvCallId m_call = 0; // under way for the first time
-    qint64 m_unknownSince = -1;
+    qint64 m_unknownSince = -1; // below 0: the first answer is still awaited
     int m_resolutions = 0;
     ZvTimer m_pause;
 };

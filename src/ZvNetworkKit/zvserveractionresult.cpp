@@ -1,6 +1,7 @@
 #include "ZvNetworkKit/zvserveractionresult.h"
 
 #include "ZvNetworkKit/serverpaths.h"
+#include "ZvNetworkKit/zvactionchecks.h"
 #include "ZvNetworkKit/zvactionqueue.h"
 #include "ZvNetworkKit/zvfavouritesync.h"
 #include "ZvNetworkKit/zvkitsingleton.h"
@@ -80,7 +81,8 @@ class ZvServerActionResult::Private
 {
 public:
     explicit Private(Result *result)
-        : q(result), queue(theLink()), favourites(theLink()), sync(theLink(), &favourites)
+        : q(result), queue(theLink(), &checks), favourites(theLink(), &checks),
+          sync(theLink(), &favourites)
     {
     }
 
@@ -96,10 +98,12 @@ public:
         return made;
     }
 
-    void send(const QString &path, const ZvRequest::Parameters &parameters,
+    void send(const ZvIntent &intent, const QString &path, const ZvRequest::Parameters &parameters,
               void (Result::*succeeded)(), void (Result::*failed)(QString))
     {
-        queue.enqueue(action(path, parameters, succeeded, failed));
+        ZvAction made = action(path, parameters, succeeded, failed);
+        made.intent = intent;
+        queue.enqueue(made);
     }
 
     // What a user does who may not have a session yet.
@@ -119,8 +123,10 @@ public:
     }
 
     // Adds collection, price and quantity of an order and sends it, or ends it where they are none.
-    void sendOrder(ZvAction order, const QString &collectionId, float price, int count)
+    void sendOrder(ZvAction order, ZvIntent::Matter matter, const QString &collectionId,
+                   float price, int count)
     {
+        order.intent = {matter, order.path == zvPath_trade_buy ? 1 : 2, collectionId};
         const std::optional<qint64> fen = fenOfPrice(price);
         if (!fen || count <= 0) {
             queue.fail(order, fen ? invalidCount : invalidPrice);
@@ -140,11 +146,13 @@ public:
             queue.fail(transfer, invalidAmount);
             return;
         }
+        transfer.intent.matter = ZvIntent::Transfer;
         transfer.parameters.prepend({QStringLiteral("amount"), QString::number(*fen)});
         queue.enqueue(transfer);
     }
 
     Result *q;
+    ZvActionChecks checks;
     ZvActionQueue queue;
 
     // A row of their own: no order waits for a favourite.
@@ -258,7 +266,7 @@ void ZvServerActionResult::sendRequest_trade_buy(QString collectionId, float pri
     zvtrace::call("ZvServerActionResult::sendRequest_trade_buy", collectionId, price, count);
     d->sendOrder(d->action(zvPath_trade_buy, {}, &Result::signal_trade_buy_succeed,
                            &Result::signal_trade_buy_failed),
-                 collectionId, price, count);
+                 ZvIntent::Order, collectionId, price, count);
 }
 
 void ZvServerActionResult::sendRequest_trade_sell(QString collectionId, float price, int count)
@@ -266,16 +274,23 @@ void ZvServerActionResult::sendRequest_trade_sell(QString collectionId, float pr
     zvtrace::call("ZvServerActionResult::sendRequest_trade_sell", collectionId, price, count);
     d->sendOrder(d->action(zvPath_trade_sell, {}, &Result::signal_trade_sell_succeed,
                            &Result::signal_trade_sell_failed),
-                 collectionId, price, count);
+                 ZvIntent::Order, collectionId, price, count);
 }
 
 void ZvServerActionResult::sendRequest_trade_revoke(QList<int> orderIds)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_trade_revoke", orderIds);
+    if (orderIds.isEmpty()) {
+        d->queue.fail(d->action(zvPath_trade_revoke, {}, &Result::signal_trade_revoke_succeed,
+                                &Result::signal_trade_revoke_failed),
+                      QStringLiteral("没有要撤销的委托"));
+        return;
+    }
     QStringList numbers;
     for (const int id : qAsConst(orderIds))
         numbers.append(QString::number(id));
-    d->send(zvPath_trade_revoke, {{QStringLiteral("orders"), numbers.join(QLatin1Char(','))}},
+    d->send({ZvIntent::Withdrawal, 0, QString()}, zvPath_trade_revoke,
+            {{QStringLiteral("orders"), numbers.join(QLatin1Char(','))}},
             &Result::signal_trade_revoke_succeed, &Result::signal_trade_revoke_failed);
 }
 
@@ -307,7 +322,7 @@ void ZvServerActionResult::sendRequest_prepay_send(QString md5, int direction, Q
         emit signal_prepay_send_failed(md5, message);
     };
     if (direction == 1 || direction == 2)
-        d->sendOrder(order, collectionId, price, count);
+        d->sendOrder(order, ZvIntent::PreparedOrder, collectionId, price, count);
     else
         d->queue.fail(order, QStringLiteral("买卖方向无效"));
 }
@@ -317,7 +332,7 @@ void ZvServerActionResult::sendRequest_delivery(QString collectionId, int count,
 {
     zvtrace::call("ZvServerActionResult::sendRequest_delivery", collectionId, count, name, phone,
                   address);
-    d->send(zvPath_trade_take,
+    d->send({ZvIntent::Delivery, 0, collectionId}, zvPath_trade_take,
             {{QStringLiteral("collection"), collectionId},
              {QStringLiteral("quantity"), QString::number(count)},
              {QStringLiteral("person"), name},
@@ -329,8 +344,9 @@ void ZvServerActionResult::sendRequest_delivery(QString collectionId, int count,
 void ZvServerActionResult::sendRequest_deliveryCancel(QString deliveryId)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_deliveryCancel", deliveryId);
-    d->send(zvPath_trade_take, {{QStringLiteral("cancel"), deliveryId}},
-            &Result::signal_cancelDelivery_succeed, &Result::signal_cancelDelivery_failed);
+    d->send({ZvIntent::Delivery, 0, QString()}, zvPath_trade_take,
+            {{QStringLiteral("cancel"), deliveryId}}, &Result::signal_cancelDelivery_succeed,
+            &Result::signal_cancelDelivery_failed);
 }
 
 void ZvServerActionResult::sendRequest_inMoney_sendCode(QString phone)
@@ -371,4 +387,9 @@ void ZvServerActionResult::sendRequest_outMoney(QString amount)
     d->sendTransfer(d->action(zvPath_pay_cash_deal, {}, &Result::signal_outMoney_succeed,
                               &Result::signal_outMoney_failed),
                     amount);
+}
+
+ZvActionChecks *ZvServerActionResult::checks() const
+{
+    return &d->checks;
 }

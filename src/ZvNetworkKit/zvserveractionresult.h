@@ -9,6 +9,7 @@
 
 #include <memory>
 
+class ZvActionChecks;
 enum class ZvKitEnd;
 template <typename T, ZvKitEnd End>
 struct ZvKitSingleton;
@@ -18,10 +19,10 @@ struct ZvKitSingleton;
 //
 // An action goes out once, under a key of its own, and one after the other in the order of the
 // calls, those of the favourites in a row of their own. Where no answer comes, the exchange is
-// asked what became of the key; nothing is ever sent a second time. What a user did belongs to the
-// server and the session of that moment: where the session has changed before an action could
-// leave, it fails unsent. Prices are yuan with at most two decimals, amounts texts of yuan such as
-// "12.50", counts pieces, collections their ids.
+// asked what became of the key, which checks() tells of; nothing is ever sent a second time. What a
+// user did belongs to the server and the session of that moment: where the session has changed
+// before an action could leave, it fails unsent. Prices are yuan with at most two decimals, amounts
+// texts of yuan such as "12.50", counts pieces, collections their ids.
 class ZVNETWORKKIT_EXPORT ZvServerActionResult : public QObject
 {
     Q_OBJECT
@@ -57,6 +58,9 @@ public:
     // `first` and `second` are what signal_inMoney_sendCode_succeed() gave.
     void sendRequest_inMoney(QString amount, QString code, QString first, QString second);
     void sendRequest_outMoney(QString amount);
+
+    // Which actions are being asked for at the moment.
+    ZvActionChecks *checks() const;
 
 signals:
     void signal_login_succeed();
