@@ -23,6 +23,7 @@ constexpr int fontSize = 12;
 constexpr int tabsLeft = 4;
 
 constexpr int notch = 120; // of a wheel, in eighths of a degree
+constexpr int mostNotches = 1000; // of one turn
 
 } // namespace
 
@@ -408,7 +409,7 @@ void ChartCanvas::wheelEvent(QWheelEvent *event)
     event->accept();
     if (!isKLine() || m_plot->isEmpty())
         return;
-    m_wheelRest += event->angleDelta().y();
+    m_wheelRest += qBound(-mostNotches * notch, event->angleDelta().y(), mostNotches * notch);
     const int notches = m_wheelRest / notch;
     m_wheelRest -= notches * notch;
     const QPoint at = toDevice(event->position());

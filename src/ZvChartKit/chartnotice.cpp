@@ -55,7 +55,7 @@ void ChartNotice::paint(QImage *image, const ChartPlot &plot, const QRegion &reg
     if (m_kind == Stale && !plot.panes().isEmpty() && region.intersects(head))
         putAge(plot);
     else if ((m_kind == Waiting || m_kind == NoData) && plot.isEmpty())
-        putInstead(plot);
+        putInstead(Pixels(image, image->rect()), plot);
     else
         return;
     plot.frame().glyphs->draw(Pixels(image, image->rect()));
@@ -74,7 +74,8 @@ void ChartNotice::putAge(const ChartPlot &plot) const
                (*plot.frame().colours)[Ink::Key]);
 }
 
-void ChartNotice::putInstead(const ChartPlot &plot) const
+// The lines of an empty chart, such as that of the previous close, stop at the words.
+void ChartNotice::putInstead(Pixels pixels, const ChartPlot &plot) const
 {
     ChartGlyphs &glyphs = *plot.frame().glyphs;
     const QRect area
@@ -83,8 +84,12 @@ void ChartNotice::putInstead(const ChartPlot &plot) const
     const int width = glyphs.width(words.view());
     if (width > area.width() || glyphs.height() > area.height())
         return;
+    const ChartColours &colours = *plot.frame().colours;
+    QRect place(0, 0, width + 2 * plot.frame().px(gap), glyphs.height());
+    place.moveCenter(area.center());
+    pixels.within(area).fill(place, colours[Ink::Ground]);
     glyphs.put(area.center().x() - width / 2, glyphs.baselineBetween(area.top(), area.bottom() + 1),
-               words.view(), (*plot.frame().colours)[Ink::Dim]);
+               words.view(), colours[Ink::Dim]);
 }
 
 } // namespace zvplot

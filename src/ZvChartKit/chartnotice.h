@@ -10,6 +10,7 @@ class QRegion;
 namespace zvplot {
 
 class ChartPlot;
+class Pixels;
 
 // What a chart says in words: instead of figures that it does not have, or of the age of those that
 // it has.
@@ -30,7 +31,7 @@ public:
 
 private:
     void putAge(const ChartPlot &plot) const;
-    void putInstead(const ChartPlot &plot) const;
+    void putInstead(Pixels pixels, const ChartPlot &plot) const;
 
     Kind m_kind;
     qint64 m_ageMs;

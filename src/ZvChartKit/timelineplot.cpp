@@ -22,6 +22,15 @@ constexpr double leastDeviation = 0.01; // of the previous close, on either side
 constexpr double leastLevel = 0.01; // yuan between two levels
 constexpr double freeAbovePrices = 0.04;
 
+// What an axis can still tell apart from its neighbours in fen. Larger figures, and what is no
+// number at all, are not drawn.
+constexpr double largest = 1e15;
+
+bool isSound(double figure)
+{
+    return std::abs(figure) <= largest;
+}
+
 constexpr qint64 minute = 60 * 1000;
 constexpr qint64 exchangeOffset = 8 * 60 * minute;
 
@@ -58,14 +67,14 @@ ChartPlot::Change TimeLinePlot::grow(const ZvUBTimeLine &line, int first)
 void TimeLinePlot::takeMinutes(const ZvUBTimeLine &line)
 {
     m_axis = SessionAxis(line);
-    m_previousClose = std::isfinite(line.previousClose) ? line.previousClose : 0;
+    m_previousClose = isSound(line.previousClose) ? line.previousClose : 0;
     m_knownMinutes = line.minutes.size();
     m_minutes.clear();
     m_firstPlace = 0;
     double before = m_previousClose;
     for (const ZvUBMinute &dealt : line.minutes) {
         const int place = m_axis.placeOf(dealt.time);
-        if (place < 0 || !std::isfinite(dealt.price) || !std::isfinite(dealt.average))
+        if (place < 0 || !isSound(dealt.price) || !isSound(dealt.average))
             continue;
         if (m_minutes.empty())
             m_firstPlace = place;
@@ -86,9 +95,8 @@ void TimeLinePlot::takeMinutes(const ZvUBTimeLine &line)
 bool TimeLinePlot::takeLastMinute(const ZvUBTimeLine &line)
 {
     const ZvUBMinute &dealt = line.minutes.last();
-    if (m_minutes.empty() || m_axis.placeOf(dealt.time) != lastPlace()
-        || !std::isfinite(dealt.price) || !std::isfinite(dealt.average)
-        || line.previousClose != m_previousClose)
+    if (m_minutes.empty() || m_axis.placeOf(dealt.time) != lastPlace() || !isSound(dealt.price)
+        || !isSound(dealt.average) || line.previousClose != m_previousClose)
         return false;
     Minute &taken = m_minutes.back();
     const double before

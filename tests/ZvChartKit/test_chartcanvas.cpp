@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 #include <QWindow>
 
+#include <limits>
 #include <memory>
 
 using namespace zvplot;
@@ -513,6 +514,50 @@ private slots:
         turn();
         QVERIFY(areaOf(watch.take()) <= 900 * 24);
         QVERIFY(picture() != stale);
+    }
+
+    // The line of the previous close runs through the middle, where the words stand.
+    void wordsInsteadOfFiguresAreNotCrossed_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::newRow("no data") << int(ChartNotice::NoData);
+        QTest::newRow("waiting") << int(ChartNotice::Waiting);
+    }
+    void wordsInsteadOfFiguresAreNotCrossed()
+    {
+        QFETCH(int, kind);
+        m_canvas->showTimeLine(chartsamples::timeLine(0));
+        const QImage bare = picture();
+        const int middle = bare.width() / 2;
+        int line = -1;
+        for (int y = 0; y < bare.height() && line < 0; ++y) {
+            if (bare.pixel(200, y) == crossColour && bare.pixel(middle, y) == crossColour)
+                line = y;
+        }
+        QVERIFY(line > 0);
+        m_canvas->setNotice(ChartNotice(static_cast<ChartNotice::Kind>(kind)));
+        const QImage told = picture();
+        QCOMPARE(told.pixel(200, line), crossColour);
+        // The words and a little room on either side.
+        for (int y = line - 6; y <= line + 6; ++y)
+            QCOMPARE(countOf(told, crossColour, QRect(middle - 30, y, 60, 1)), 0);
+        m_canvas->showTimeLine(chartsamples::timeLine(0));
+        m_canvas->setNotice(ChartNotice());
+        QCOMPARE(picture(), bare);
+    }
+
+    void theWheelMayTurnAsFarAsItCan()
+    {
+        m_canvas->showKLine(chartsamples::kLine(2000), KLinePlot::Period::Day);
+        const int most = std::numeric_limits<int>::max();
+        for (const int delta : {60, most, -60, -most, 0, most, most, -most}) {
+            turnWheel(m_canvas, QPoint(400, 200), delta, Qt::ControlModifier);
+            picture();
+        }
+        turnWheel(m_canvas, QPoint(400, 200), most, Qt::ControlModifier);
+        const QImage widest = picture();
+        turnWheel(m_canvas, QPoint(400, 200), 120, Qt::ControlModifier);
+        QCOMPARE(picture(), widest);
     }
 
     void nothingMovesNothingIsPainted()

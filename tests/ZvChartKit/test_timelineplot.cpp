@@ -231,6 +231,8 @@ private slots:
         QTest::newRow("one fen") << 0.01 << 0.01 << 20;
         QTest::newRow("huge") << 1e300 << 1.0 << 20;
         QTest::newRow("no number") << endless << endless << 20;
+        QTest::newRow("from end to end") << -1.7e308 << 1.7e308 << 20;
+        QTest::newRow("huge figures of the wire") << 9e16 << 0.01 << 20;
     }
     void unusualFiguresAreDrawn()
     {

@@ -17,7 +17,7 @@ namespace {
 
 QString pathOf(const QString &file)
 {
-    return QFINDTESTDATA("pictures") + QLatin1Char('/') + file;
+    return QStringLiteral(ZV_PICTURES "/") + file;
 }
 
 bool isRenewed()
