@@ -5,12 +5,11 @@
 
 using namespace zvx;
 
-RowMaker::RowMaker() : m_projector(m_market, std::nullopt, {}) { }
+RowMaker::RowMaker() : m_projector(m_market, std::nullopt, nullptr) { }
 
 RowMaker::RowMaker(Store &store)
     : m_market(recoverMarket(store).market),
-      m_projector(m_market, store.composite(m_market.session()),
-                  [&store](OrderNumber number) { return store.order(number); }),
+      m_projector(m_market, store.composite(m_market.session()), &store),
       m_last(store.lastCommand())
 {
 }

@@ -5,6 +5,7 @@
 #include "exchange/service/application_file.h"
 #include "exchange/service/json_text.h"
 #include "exchange/service/parameters.h"
+#include "exchange/service/record_question.h"
 #include "exchange/service/session_gate.h"
 #include "exchange/service/wire_answers.h"
 #include "exchange/store/exchange.h"
@@ -17,32 +18,6 @@
 namespace zvx {
 
 namespace {
-
-constexpr std::int64_t mostRows = 200;
-constexpr std::int64_t usualRows = 10;
-constexpr std::int64_t lastPage = INT32_MAX;
-
-struct Page {
-    explicit Page(ParameterReader &read)
-        : number(read.integer("page", 1, lastPage).value_or(1)),
-          size(read.integer("size", 1, mostRows).value_or(usualRows))
-    {
-    }
-
-    /// Leaves the rows of this page.
-    template <typename Row>
-    void cut(std::vector<Row> &rows) const
-    {
-        const auto count = static_cast<std::int64_t>(rows.size());
-        const std::int64_t first = std::min((number - 1) * size, count);
-        const std::int64_t end = std::min(first + size, count);
-        rows.erase(rows.begin() + end, rows.end());
-        rows.erase(rows.begin(), rows.begin() + first);
-    }
-
-    std::int64_t number; ///< from 1
-    std::int64_t size;
-};
 
 /// The fields that an issue and an application share.
 template <typename Entry>
@@ -112,14 +87,14 @@ void ApplicationPaths::showOpen(PathCall call)
         call.responder.answer(m_answers.misread(read));
         return;
     }
-    const Page page(read);
+    const RecordPage page = readPage(read);
     if (!read.fault().empty()) {
         call.responder.answer(m_answers.badParameter(read.fault()));
         return;
     }
     const auto market = m_file.of(call.market.prefix());
     std::vector<const OpenIssue *> open = market->openOn(call.market.snapshot()->check.data->day);
-    page.cut(open);
+    cutToPage(open, page);
     call.responder.answer(m_answers.doneWith(openJson(open)));
 }
 
@@ -131,16 +106,15 @@ void ApplicationPaths::showMine(PathCall call, AccountId account)
         return;
     }
     read.integer("mine", 1, 1);
-    const Page page(read);
-    const auto start = read.dayBound("start");
-    const auto stop = read.dayBound("stop");
+    RecordPage page = readPage(read);
+    readPeriod(read, page);
     if (!read.fault().empty()) {
         call.responder.answer(m_answers.badParameter(read.fault()));
         return;
     }
     m_desk.profile(account,
-                   [&answers = m_answers, market = m_file.of(call.market.prefix()), page, start,
-                    stop, responder = std::make_shared<HttpResponder>(std::move(call.responder))](
+                   [&answers = m_answers, market = m_file.of(call.market.prefix()), page,
+                    responder = std::make_shared<HttpResponder>(std::move(call.responder))](
                        const ProfileAnswer &result) {
                        if (result.status != AccountStatus::Done) {
                            responder->answer(accountRefusal(answers, result.status));
@@ -148,11 +122,10 @@ void ApplicationPaths::showMine(PathCall call, AccountId account)
                        }
                        auto mine = market->of(result.profile.phone, result.profile.number);
                        const auto isOutside = [&](const Application *application) {
-                           return (start && application->day < *start)
-                               || (stop && *stop < application->day);
+                           return application->day < page.first || page.last < application->day;
                        };
                        mine.erase(std::remove_if(mine.begin(), mine.end(), isOutside), mine.end());
-                       page.cut(mine);
+                       cutToPage(mine, page);
                        responder->answer(answers.doneWith(mineJson(mine)));
                    });
 }

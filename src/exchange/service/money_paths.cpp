@@ -213,20 +213,13 @@ void MoneyPaths::list(PathCall call, AccountId account)
         call.responder.answer(m_answers.misread(read));
         return;
     }
-    const auto asked = readRecordQuestion(call.request.query);
-    if (const auto *wrong = std::get_if<std::string>(&asked)) {
-        call.responder.answer(m_answers.badParameter(*wrong));
+    RecordPage page = readPage(read);
+    readKind(read, page);
+    readPeriod(read, page);
+    if (!read.fault().empty()) {
+        call.responder.answer(m_answers.badParameter(read.fault()));
         return;
     }
-    const RecordQuestion &question = std::get<RecordQuestion>(asked);
-    FlowPage page;
-    page.way = question.kind == RecordQuestion::All ? FlowWay::Both
-        : question.kind == RecordQuestion::Incoming ? FlowWay::In
-                                                    : FlowWay::Out;
-    page.first = question.first;
-    page.last = question.last;
-    page.page = question.page;
-    page.size = question.size;
     m_queries.answer(call.market, std::move(call.responder),
                      [&answers = m_answers, account, page](MarketReader &reader) {
                          return answers.doneWith(flowsJson(reader.flows(account, page)));

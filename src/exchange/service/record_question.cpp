@@ -11,19 +11,24 @@ constexpr std::int64_t largestPage = 200;
 
 } // namespace
 
-std::variant<RecordQuestion, std::string> readRecordQuestion(const HttpParameters &parameters)
+RecordPage readPage(ParameterReader &read)
 {
-    ParameterReader read(parameters);
-    RecordQuestion question;
-    question.page = read.integer("page", 1, lastPage).value_or(question.page);
-    question.size = read.integer("size", 1, largestPage).value_or(question.size);
-    question.kind
-        = static_cast<RecordQuestion::Kind>(read.integer("type", 0, 2).value_or(question.kind));
-    question.first = read.dayBound("start").value_or(question.first);
-    question.last = read.dayBound("stop").value_or(question.last);
-    if (!read.fault().empty())
-        return read.fault();
-    return question;
+    RecordPage page;
+    page.page = read.integer("page", 1, lastPage).value_or(page.page);
+    page.size = read.integer("size", 1, largestPage).value_or(page.size);
+    return page;
+}
+
+void readKind(ParameterReader &read, RecordPage &page)
+{
+    page.kind = static_cast<RecordPage::Kind>(
+        read.integer("type", RecordPage::Outgoing, RecordPage::All).value_or(page.kind));
+}
+
+void readPeriod(ParameterReader &read, RecordPage &page)
+{
+    page.first = read.dayBound("start").value_or(page.first);
+    page.last = read.dayBound("stop").value_or(page.last);
 }
 
 } // namespace zvx

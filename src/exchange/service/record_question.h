@@ -1,31 +1,34 @@
 #pragma once
 
-#include "exchange/core/types.h"
+#include "exchange/store/recordpage.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <optional>
-#include <string>
-#include <variant>
+#include <vector>
 
 namespace zvx {
 
-class HttpParameters;
+class ParameterReader;
 
-/// Which records of an account somebody asks for: a page, a period, a kind.
-struct RecordQuestion {
-    std::int64_t page = 1;
-    std::int64_t size = 10;
-    TradingDay first{TradingDay::least}; ///< both included
-    TradingDay last{TradingDay::most};
-    enum Kind : std::uint8_t {
-        Outgoing = 0, ///< sells, or money out
-        Incoming = 1, ///< buys, or money in
-        All = 2,
-    };
-    Kind kind = All;
-};
+// Which of an account's records somebody asks for, read from the parameters of the question. What
+// is wrong is the reader's fault.
 
-/// Reads `page`, `size`, `type`, `start` and `stop`, or gives the name of the first that is wrong.
-std::variant<RecordQuestion, std::string> readRecordQuestion(const HttpParameters &parameters);
+/// `page` and `size`: everything from any day, so far.
+RecordPage readPage(ParameterReader &read);
+/// `type`.
+void readKind(ParameterReader &read, RecordPage &page);
+/// `start` and `stop`.
+void readPeriod(ParameterReader &read, RecordPage &page);
+
+/// Leaves the rows of a page of a list that is at hand as a whole.
+template <typename Row>
+void cutToPage(std::vector<Row> &rows, const RecordPage &page)
+{
+    const auto count = static_cast<std::int64_t>(rows.size());
+    const std::int64_t first = std::min((page.page - 1) * page.size, count);
+    const std::int64_t end = std::min(first + page.size, count);
+    rows.erase(rows.begin() + end, rows.end());
+    rows.erase(rows.begin(), rows.begin() + first);
+}
 
 } // namespace zvx

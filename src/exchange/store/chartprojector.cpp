@@ -17,9 +17,7 @@ ChartProjector::ChartProjector(const Market &market)
 
 void ChartProjector::take(const Event &event)
 {
-    if (const auto *deal = std::get_if<Deal>(&event)) {
-        add(*deal);
-    } else if (const auto *listed = std::get_if<CollectionListed>(&event)) {
+    if (const auto *listed = std::get_if<CollectionListed>(&event)) {
         m_issues.push_back(
             {listed->collection, listed->previousClose, listed->issued, listed->limit});
         m_touched.insert(listed->collection.value());
@@ -36,10 +34,9 @@ void ChartProjector::take(const Event &event)
     }
 }
 
-void ChartProjector::add(const Deal &deal)
+DealRow ChartProjector::add(const Deal &deal)
 {
     const std::int64_t id = deal.collection.value();
-    m_deals.push_back({deal, m_session, Sequence(++m_counts[id])});
     const TimeMs begin = minuteOf(deal.at);
     MinuteRow &minute = m_minutes[{id, m_session.value(), begin.value()}];
     minute.collection = deal.collection;
@@ -50,11 +47,11 @@ void ChartProjector::add(const Deal &deal)
     minute.volume = Quantity(std::min(minute.volume.value() + deal.quantity.value(), kAmountBound));
     minute.amount = Fen(std::min(minute.amount.value() + amount.value(), kAmountBound));
     m_touched.insert(id);
+    return {deal, m_session, Sequence(++m_counts[id]), {}, {}};
 }
 
 void ChartProjector::finish(const Market &market, TableUpdate &update)
 {
-    update.deals.swap(m_deals);
     update.issues.swap(m_issues);
     update.phases.swap(m_phases);
     for (const auto &[place, minute] : m_minutes)

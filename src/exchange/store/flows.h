@@ -40,17 +40,6 @@ struct FlowPlaces {
     std::int64_t out = 0;
 };
 
-enum class FlowWay : std::uint8_t { Out, In, Both };
-
-/// Some of an account's flows, the newest first.
-struct FlowPage {
-    FlowWay way = FlowWay::Both;
-    TradingDay first{TradingDay::least}; ///< both included
-    TradingDay last{TradingDay::most};
-    std::int64_t page = 1; ///< from 1
-    std::int64_t size = 10; ///< positive
-};
-
 /// What an account's transfers of a time come to.
 struct FlowSum {
     Fen amount; ///< of those that the bank did not refuse; stops at kAmountBound

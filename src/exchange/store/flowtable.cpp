@@ -1,7 +1,5 @@
 #include "exchange/store/flowtable.h"
 
-#include "exchange/store/sqliterows.h"
-
 #include <algorithm>
 
 namespace zvx {
@@ -71,165 +69,94 @@ FlowRow readFlow(SQLite::Statement &statement)
 
 } // namespace
 
-/// A statement and its text; a use of it ends with its reset.
-class FlowTable::Prepared
+FlowTable::FlowTable(SQLite::Database &database) : m_statements(database) { }
+
+template <typename... Values>
+std::vector<FlowRow> FlowTable::rows(const char *sql, const Values &...values)
 {
-public:
-    Prepared(SQLite::Database &database, const char *sql) : m_sql(sql), m_statement(database, sql)
-    {
-    }
+    std::vector<FlowRow> found;
+    m_statements.each(
+        sql,
+        [&found](SQLite::Statement &statement) {
+            found.push_back(readFlow(statement));
+            return true;
+        },
+        values...);
+    return found;
+}
 
-    const char *sql() const { return m_sql; }
-
-    template <typename... Values>
-    void run(const Values &...values)
-    {
-        const Use use(m_statement);
-        bind(values...);
-        m_statement.exec();
-    }
-
-    /// Calls `take` for each row, until it says no.
-    template <typename Take, typename... Values>
-    void each(const Take &take, const Values &...values)
-    {
-        const Use use(m_statement);
-        bind(values...);
-        while (m_statement.executeStep() && take(m_statement)) { }
-    }
-
-    template <typename... Values>
-    std::vector<FlowRow> rows(const Values &...values)
-    {
-        std::vector<FlowRow> found;
-        each(
-            [&found](SQLite::Statement &statement) {
-                found.push_back(readFlow(statement));
-                return true;
-            },
-            values...);
-        return found;
-    }
-
-    template <typename... Values>
-    std::optional<FlowRow> row(const Values &...values)
-    {
-        std::vector<FlowRow> found = rows(values...);
-        return found.empty() ? std::nullopt : std::make_optional(found.front());
-    }
-
-    /// The first column of the first row, or 0.
-    template <typename... Values>
-    std::int64_t number(const Values &...values)
-    {
-        std::int64_t found = 0;
-        each(
-            [&found](SQLite::Statement &statement) {
-                found = statement.getColumn(0).getInt64();
-                return false;
-            },
-            values...);
-        return found;
-    }
-
-private:
-    struct Use {
-        explicit Use(SQLite::Statement &used) : statement(used) { }
-        ~Use() { statement.tryReset(); }
-        Use(const Use &) = delete;
-        Use &operator=(const Use &) = delete;
-        SQLite::Statement &statement;
-    };
-
-    template <typename... Values>
-    void bind(const Values &...values)
-    {
-        Binder binder(m_statement);
-        (static_cast<void>(binder << values), ...);
-    }
-
-    const char *m_sql;
-    SQLite::Statement m_statement;
-};
-
-FlowTable::FlowTable(SQLite::Database &database) : m_database(database) { }
-
-FlowTable::~FlowTable() = default;
-
-FlowTable::Prepared &FlowTable::prepared(const char *sql)
+template <typename... Values>
+std::optional<FlowRow> FlowTable::row(const char *sql, const Values &...values)
 {
-    const auto found = std::find_if(m_prepared.begin(), m_prepared.end(),
-                                    [sql](const auto &each) { return each->sql() == sql; });
-    if (found != m_prepared.end())
-        return **found;
-    m_prepared.push_back(std::make_unique<Prepared>(m_database, sql));
-    return *m_prepared.back();
+    const std::vector<FlowRow> found = rows(sql, values...);
+    return found.empty() ? std::nullopt : std::make_optional(found.front());
 }
 
 void FlowTable::put(const FlowRow &row)
 {
-    prepared(kPut).run(row.number, row.account, std::int64_t(row.incoming), row.place,
-                       row.placeOfWay, row.day, row.begunAt, row.endedAt, row.amount,
-                       static_cast<std::int64_t>(row.state), row.balance, row.transfer, row.bank,
-                       static_cast<std::int64_t>(row.card), row.key);
+    m_statements.run(kPut, row.number, row.account, std::int64_t(row.incoming), row.place,
+                     row.placeOfWay, row.day, row.begunAt, row.endedAt, row.amount,
+                     static_cast<std::int64_t>(row.state), row.balance, row.transfer, row.bank,
+                     static_cast<std::int64_t>(row.card), row.key);
 }
 
 std::int64_t FlowTable::last()
 {
-    return prepared(kLast).number();
+    return m_statements.number(kLast);
 }
 
 FlowPlaces FlowTable::places(AccountId account)
 {
     FlowPlaces places;
-    places.all = prepared(kLastPlace).number(account);
-    places.in = prepared(kLastPlaceOfWay).number(account, std::int64_t(1));
-    places.out = prepared(kLastPlaceOfWay).number(account, std::int64_t(0));
+    places.all = m_statements.number(kLastPlace, account);
+    places.in = m_statements.number(kLastPlaceOfWay, account, std::int64_t(1));
+    places.out = m_statements.number(kLastPlaceOfWay, account, std::int64_t(0));
     return places;
 }
 
 std::optional<FlowRow> FlowTable::ofTransfer(TransferNumber transfer)
 {
-    return prepared(kOfTransfer).row(transfer);
+    return row(kOfTransfer, transfer);
 }
 
 std::optional<FlowRow> FlowTable::ofKey(AccountId account, ActionKey key)
 {
-    return key.isNull() ? std::nullopt : prepared(kOfKey).row(account, key);
+    return key.isNull() ? std::nullopt : row(kOfKey, account, key);
 }
 
 std::vector<FlowRow> FlowTable::waiting()
 {
-    return prepared(kWaiting).rows();
+    return rows(kWaiting);
 }
 
-std::vector<FlowRow> FlowTable::page(AccountId account, const FlowPage &page)
+std::vector<FlowRow> FlowTable::page(AccountId account, const RecordPage &page)
 {
-    const std::int64_t first = placeBeside(account, page, true);
-    const std::int64_t last = placeBeside(account, page, false);
-    // Compared before they are multiplied, which might not fit.
-    if (first == 0 || last < first || page.page - 1 > (last - first) / page.size)
+    PlaceSpan all{placeBeside(account, page, true), placeBeside(account, page, false)};
+    if (all.bottom == 0) // nothing as late as that
+        all = {};
+    const PlaceSpan shown = all.cut(page);
+    if (shown.isEmpty())
         return {};
-    const std::int64_t top = last - (page.page - 1) * page.size;
-    const std::int64_t bottom = std::max(first, top - page.size + 1);
-    if (page.way == FlowWay::Both)
-        return prepared(kPage).rows(account, bottom, top);
-    return prepared(kPageOfWay).rows(account, std::int64_t(page.way == FlowWay::In), bottom, top);
+    if (page.kind == RecordPage::All)
+        return rows(kPage, account, shown.bottom, shown.top);
+    return rows(kPageOfWay, account, std::int64_t(page.kind == RecordPage::Incoming), shown.bottom,
+                shown.top);
 }
 
-std::int64_t FlowTable::placeBeside(AccountId account, const FlowPage &page, bool first)
+std::int64_t FlowTable::placeBeside(AccountId account, const RecordPage &page, bool first)
 {
     const TradingDay day = first ? page.first : page.last;
-    if (page.way == FlowWay::Both)
-        return prepared(first ? kFirst : kLastOf).number(account, day);
-    return prepared(first ? kFirstOfWay : kLastOfWay)
-        .number(account, std::int64_t(page.way == FlowWay::In), day);
+    if (page.kind == RecordPage::All)
+        return m_statements.number(first ? kFirst : kLastOf, account, day);
+    return m_statements.number(first ? kFirstOfWay : kLastOfWay, account,
+                               std::int64_t(page.kind == RecordPage::Incoming), day);
 }
 
 FlowSum FlowTable::sum(AccountId account, bool incoming, TimeMs since, std::size_t most)
 {
     FlowSum sum;
-    prepared(kNewest).each(
+    m_statements.each(
+        kNewest,
         [&](SQLite::Statement &statement) {
             if (statement.getColumn(0).getInt64() < since.value())
                 return false;

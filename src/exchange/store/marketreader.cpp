@@ -1,6 +1,7 @@
 #include "exchange/store/marketreader.h"
 
 #include "exchange/store/flowtable.h"
+#include "exchange/store/recordtable.h"
 #include "exchange/store/sqliterows.h"
 #include "exchange/store/store.h"
 
@@ -27,7 +28,6 @@ public:
         m_holdings = make("SELECT collection, quantity, frozen, cost FROM holdings "
                           "WHERE account = ? ORDER BY collection");
         m_rates = make("SELECT collection, fee FROM rates WHERE account = ? ORDER BY collection");
-        m_order = make(std::string("SELECT ") + kOrderColumns + " FROM orders WHERE number = ?");
         m_running
             = make(std::string("SELECT ") + kRunningColumns + " FROM running WHERE collection = ?");
         m_issue = make("SELECT collection, previous_close, issued, price_limit FROM issues "
@@ -105,9 +105,9 @@ public:
     }
 
     FlowTable &flows() { return m_flows; }
+    RecordTable &records() { return m_records; }
     SQLite::Statement &holdings() { return *m_holdings; }
     SQLite::Statement &rates() { return *m_rates; }
-    SQLite::Statement &order() { return *m_order; }
     SQLite::Statement &days() { return *m_days; }
     SQLite::Statement &phases() { return *m_phases; }
     SQLite::Statement &firstMinute() { return *m_firstMinute; }
@@ -122,10 +122,10 @@ private:
 
     SQLite::Database m_database;
     FlowTable m_flows{m_database};
+    RecordTable m_records{m_database};
     std::unique_ptr<SQLite::Statement> m_cash;
     std::unique_ptr<SQLite::Statement> m_holdings;
     std::unique_ptr<SQLite::Statement> m_rates;
-    std::unique_ptr<SQLite::Statement> m_order;
     std::unique_ptr<SQLite::Statement> m_running;
     std::unique_ptr<SQLite::Statement> m_issue;
     std::unique_ptr<SQLite::Statement> m_days;
@@ -181,9 +181,10 @@ std::vector<OrderRow> MarketReader::orders(const std::vector<OrderNumber> &numbe
 {
     return m_connection->consistently([&] {
         std::vector<OrderRow> rows;
-        const auto take = [&](SQLite::Statement &s) { rows.push_back(readOrder(s)); };
-        for (const OrderNumber number : numbers)
-            m_connection->each(m_connection->order(), take, number);
+        for (const OrderNumber number : numbers) {
+            if (std::optional<OrderRow> row = m_connection->records().order(number))
+                rows.push_back(std::move(*row));
+        }
         return rows;
     });
 }
@@ -254,7 +255,35 @@ std::optional<std::vector<DealRow>> MarketReader::deals(CollectionId id, std::in
     });
 }
 
-std::vector<FlowRow> MarketReader::flows(AccountId account, const FlowPage &page)
+std::vector<OrderRow> MarketReader::ordersOf(AccountId account, const RecordPage &page)
+{
+    return m_connection->consistently(
+        [&] { return m_connection->records().orders(account, page); });
+}
+
+std::vector<AccountDeal> MarketReader::dealsOf(AccountId account, const RecordPage &page)
+{
+    return m_connection->consistently([&] { return m_connection->records().deals(account, page); });
+}
+
+std::vector<OrderRow> MarketReader::ordersOfSession(AccountId account, const RecordPage &page)
+{
+    return m_connection->consistently(
+        [&] { return m_connection->records().ordersOfSession(account, page); });
+}
+
+std::vector<OrderRow> MarketReader::openOrders(AccountId account, const RecordPage &page)
+{
+    return m_connection->consistently(
+        [&] { return m_connection->records().openOrders(account, page); });
+}
+
+std::vector<GatherRow> MarketReader::gathers(AccountId account)
+{
+    return m_connection->consistently([&] { return m_connection->records().gathers(account); });
+}
+
+std::vector<FlowRow> MarketReader::flows(AccountId account, const RecordPage &page)
 {
     return m_connection->consistently([&] { return m_connection->flows().page(account, page); });
 }

@@ -70,8 +70,18 @@ public:
     std::optional<std::vector<DealRow>> deals(CollectionId id, std::int64_t page,
                                               std::int64_t size);
 
-    /// Some of an account's flows of money, the newest first.
-    std::vector<FlowRow> flows(AccountId account, const FlowPage &page);
+    // Some of an account's records, the newest first. Pages past the end have none.
+    /// Of the days that the page asks for.
+    std::vector<OrderRow> ordersOf(AccountId account, const RecordPage &page);
+    std::vector<AccountDeal> dealsOf(AccountId account, const RecordPage &page);
+    std::vector<FlowRow> flows(AccountId account, const RecordPage &page);
+    /// Of the running session; days do not matter.
+    std::vector<OrderRow> ordersOfSession(AccountId account, const RecordPage &page);
+    /// Those that are open; days and kind do not matter.
+    std::vector<OrderRow> openOrders(AccountId account, const RecordPage &page);
+
+    /// What an account dealt in the running session, by rising collection.
+    std::vector<GatherRow> gathers(AccountId account);
     /// Those that wait for the bank, the oldest first.
     std::vector<FlowRow> waitingFlows();
     /// The newest flow that began under a key, or the one of a transfer.

@@ -67,10 +67,8 @@ void MarketWriter::recover()
     m_notices.push_back("recovered command " + std::to_string(m_lastCommand) + ", of which "
                         + std::to_string(m_lastCommand - m_lastCheckpoint) + " by replay");
 
-    Store *store = m_store.get();
-    m_projector = std::make_unique<Projector>(
-        *m_market, m_store->composite(m_market->session()),
-        [store](OrderNumber number) { return store->order(number); }, store);
+    m_projector = std::make_unique<Projector>(*m_market, m_store->composite(m_market->session()),
+                                              m_store.get());
 }
 
 void MarketWriter::followCatalogue(const CatalogueMarket &catalogue)

@@ -26,9 +26,9 @@ OrderState endState(DoneReason reason)
 } // namespace
 
 Projector::Projector(const Market &market, const std::optional<CompositeRow> &composite,
-                     OrderFinder findOrder, StoredFlows *flows)
-    : m_findOrder(std::move(findOrder)), m_session(market.session()),
-      m_composite(market, composite), m_charts(market), m_flows(market.day(), flows)
+                     StoredRows *stored)
+    : m_stored(stored), m_session(market.session()), m_composite(market, composite),
+      m_charts(market), m_flows(market.day(), stored), m_records(market, stored)
 {
 }
 
@@ -40,6 +40,7 @@ void Projector::take(const Event &event)
         m_compositeChanged = true;
     m_charts.take(event);
     m_flows.take(event);
+    m_records.take(event);
 
     if (const auto *accepted = std::get_if<OrderAccepted>(&event)) {
         OrderRow row;
@@ -52,16 +53,21 @@ void Projector::take(const Event &event)
         row.fee = accepted->fee;
         row.session = m_session;
         row.placedAt = row.changedAt = accepted->at;
+        row.frozen = accepted->frozenCash;
+        m_records.add(row);
         m_orders[row.order.value()] = row;
         m_touchedOrders.insert(row.order.value());
         m_touchedAccounts.insert(row.account.value());
         m_touchedHoldings.insert({row.account.value(), row.collection.value()});
     } else if (const auto *deal = std::get_if<Deal>(&event)) {
+        m_deals.push_back(m_charts.add(*deal));
+        m_records.add(m_deals.back());
         fill(deal->maker, *deal, opposite(deal->takerSide));
         fill(deal->taker, *deal, deal->takerSide);
     } else if (const auto *done = std::get_if<OrderDone>(&event)) {
         OrderRow &row = order(done->order);
         row.state = endState(done->reason);
+        row.frozen = Fen(0);
         if (done->reason == DoneReason::Revoked)
             m_revoked.push_back(done->order);
         row.changedAt = done->at;
@@ -117,7 +123,9 @@ TableUpdate Projector::finish(const Market &market)
     }
     for (const auto &[place, fee] : m_rates)
         update.rates.push_back({AccountId(place.first), CollectionId(place.second), fee});
+    update.deals.swap(m_deals);
     m_charts.finish(market, update);
+    m_records.finish(market, update);
     update.flows = m_flows.finish();
     update.days.swap(m_days);
     update.composites.swap(m_endedComposites);
@@ -138,7 +146,7 @@ OrderRow &Projector::order(OrderNumber number)
     const auto found = m_orders.find(number.value());
     if (found != m_orders.end())
         return found->second;
-    const std::optional<OrderRow> stored = m_findOrder ? m_findOrder(number) : std::nullopt;
+    const std::optional<OrderRow> stored = m_stored ? m_stored->order(number) : std::nullopt;
     if (!stored)
         throw Damaged("order " + std::to_string(number.value()) + " has events and no row");
     return m_orders.emplace(number.value(), *stored).first->second;
@@ -161,6 +169,8 @@ void Projector::fill(OrderNumber number, const Deal &deal, Side side)
     row.filled += deal.quantity;
     row.amount += deal.price * deal.quantity;
     row.fees += side == Side::Buy ? deal.buyerFee : deal.sellerFee;
+    if (side == Side::Buy)
+        row.frozen -= deal.price * deal.quantity + deal.buyerFee + deal.released;
     row.changedAt = deal.at;
     m_touchedOrders.insert(number.value());
     m_touchedAccounts.insert(row.account.value());

@@ -3,9 +3,9 @@
 #include "exchange/store/chartprojector.h"
 #include "exchange/store/compositeindex.h"
 #include "exchange/store/flowprojector.h"
+#include "exchange/store/recordprojector.h"
 #include "exchange/store/tables.h"
 
-#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -17,6 +17,11 @@ namespace zvx {
 
 class Market;
 
+/// The rows that a projection goes on from.
+class StoredRows : public StoredFlows, public StoredRecords
+{
+};
+
 /**
  * Turns events into rows of the tables. The same events give the same rows, whether they come from
  * commands right now or from the store while the tables are made anew.
@@ -24,13 +29,10 @@ class Market;
 class Projector
 {
 public:
-    /// Finds the stored row of an order that was placed before this projector was made.
-    using OrderFinder = std::function<std::optional<OrderRow>(OrderNumber)>;
-
-    /// Goes on behind what the store holds; `market` and `composite` are as of its last command.
-    /// `flows` is null where it holds none.
+    /// Goes on behind what is stored, all of it as of the same command. `stored` is null where that
+    /// is nothing, and has to outlive this.
     Projector(const Market &market, const std::optional<CompositeRow> &composite,
-              OrderFinder findOrder, StoredFlows *flows = nullptr);
+              StoredRows *stored);
 
     /// Takes one event in. Throws Damaged for a deal of an order that nobody placed.
     void take(const Event &event);
@@ -45,11 +47,12 @@ private:
     void fill(OrderNumber number, const Deal &deal, Side side);
     void sign(const ActionAnswered &answered);
 
-    OrderFinder m_findOrder;
+    StoredRows *m_stored;
     Sequence m_session;
     CompositeIndex m_composite;
     ChartProjector m_charts;
     FlowProjector m_flows;
+    RecordProjector m_records;
     /// Open orders, and those that ended since the last finish().
     std::unordered_map<std::int64_t, OrderRow> m_orders;
 
@@ -59,6 +62,7 @@ private:
     std::set<std::pair<std::int64_t, std::int64_t>> m_touchedHoldings; ///< account, collection
     std::map<std::pair<std::int64_t, std::int64_t>, PartsPerMillion> m_rates; ///< the same pair
     std::vector<OrderNumber> m_revoked; ///< in their order
+    std::vector<DealRow> m_deals;
     std::vector<DayRow> m_days;
     std::vector<CompositeRow> m_endedComposites;
     bool m_compositeChanged = false;

@@ -85,7 +85,7 @@ void rebuildTables(Store &store, const Limits &limits)
     const std::int64_t last = store.lastCommand();
     store.rebuildTables([&](const Store::TablePutter &put) {
         Market market = emptyMarket(limits);
-        Projector projector(market, std::nullopt, {});
+        Projector projector(market, std::nullopt, nullptr);
         if (last == 0)
             return;
         store.readCommands(1, last, [&](const StoredCommand &command) {

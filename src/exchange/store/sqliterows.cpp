@@ -18,7 +18,8 @@ OrderRow readOrder(SQLite::Statement &statement)
     OrderRow row;
     RowReader(statement) >> row.order >> row.account >> row.collection >> row.side >> row.price
         >> row.quantity >> row.filled >> row.amount >> row.fees >> row.fee >> row.state
-        >> row.session >> row.placedAt >> row.changedAt >> row.key >> row.revokeKey;
+        >> row.session >> row.placedAt >> row.changedAt >> row.key >> row.revokeKey >> row.frozen
+        >> row.links.buy >> row.links.sell;
     return row;
 }
 
@@ -28,7 +29,8 @@ DealRow readDeal(SQLite::Statement &statement)
     Deal &deal = row.deal;
     RowReader(statement) >> deal.sequence >> deal.at >> row.session >> deal.collection >> deal.maker
         >> deal.taker >> deal.takerSide >> deal.buyer >> deal.seller >> deal.price >> deal.quantity
-        >> deal.buyerFee >> deal.sellerFee >> deal.released >> row.ordinal;
+        >> deal.buyerFee >> deal.sellerFee >> deal.released >> row.ordinal >> row.ofBuyer.buy
+        >> row.ofBuyer.sell >> row.ofSeller.buy >> row.ofSeller.sell;
     return row;
 }
 

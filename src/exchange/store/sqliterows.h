@@ -15,10 +15,11 @@ namespace zvx {
 /// The columns of orders and of deals in the order in which readOrder() and readDeal() take them.
 constexpr const char *kOrderColumns = "number, account, collection, side, price, quantity, filled, "
                                       "amount, fees, fee, state, session, placed, changed, key, "
-                                      "revoke_key";
+                                      "revoke_key, frozen, previous_buy, previous_sell";
 constexpr const char *kDealColumns = "sequence, time, session, collection, maker, taker, side, "
                                      "buyer, seller, price, quantity, buyer_fee, seller_fee, "
-                                     "released, ordinal";
+                                     "released, ordinal, buyer_bought, buyer_sold, "
+                                     "seller_bought, seller_sold";
 /// The same of a collection's running session, for readRunning().
 constexpr const char *kRunningColumns = "collection, session, day, previous_close, open, high, "
                                         "low, last, volume, amount, deals";

@@ -207,6 +207,116 @@ DELETE FROM holdings;
 DELETE FROM days;
 DELETE FROM composites;
 )sql",
+        // What leads through an account's orders and deals follows from the events, too.
+        R"sql(
+DROP TABLE orders;
+CREATE TABLE orders (
+    number INTEGER PRIMARY KEY,
+    account INTEGER NOT NULL,
+    collection INTEGER NOT NULL,
+    side INTEGER NOT NULL,
+    price INTEGER NOT NULL,
+    quantity INTEGER NOT NULL,
+    filled INTEGER NOT NULL,
+    amount INTEGER NOT NULL,
+    fees INTEGER NOT NULL,
+    fee INTEGER NOT NULL,
+    state INTEGER NOT NULL,
+    session INTEGER NOT NULL,
+    placed INTEGER NOT NULL,
+    changed INTEGER NOT NULL,
+    key BLOB,
+    revoke_key BLOB,
+    frozen INTEGER NOT NULL,
+    previous_buy INTEGER NOT NULL,
+    previous_sell INTEGER NOT NULL
+) STRICT;
+CREATE INDEX open_orders ON orders (account) WHERE state = 0;
+DROP TABLE deals;
+CREATE TABLE deals (
+    sequence INTEGER PRIMARY KEY,
+    time INTEGER NOT NULL,
+    session INTEGER NOT NULL,
+    collection INTEGER NOT NULL,
+    maker INTEGER NOT NULL,
+    taker INTEGER NOT NULL,
+    side INTEGER NOT NULL,
+    buyer INTEGER NOT NULL,
+    seller INTEGER NOT NULL,
+    price INTEGER NOT NULL,
+    quantity INTEGER NOT NULL,
+    buyer_fee INTEGER NOT NULL,
+    seller_fee INTEGER NOT NULL,
+    released INTEGER NOT NULL,
+    ordinal INTEGER NOT NULL,
+    buyer_bought INTEGER NOT NULL,
+    buyer_sold INTEGER NOT NULL,
+    seller_bought INTEGER NOT NULL,
+    seller_sold INTEGER NOT NULL
+) STRICT;
+CREATE INDEX deals_of_session ON deals (collection, session, ordinal);
+CREATE TABLE records (
+    account INTEGER PRIMARY KEY,
+    day INTEGER NOT NULL,
+    session INTEGER NOT NULL,
+    buys INTEGER NOT NULL,
+    sells INTEGER NOT NULL,
+    last_buy INTEGER NOT NULL,
+    last_sell INTEGER NOT NULL,
+    bought INTEGER NOT NULL,
+    sold INTEGER NOT NULL,
+    last_bought INTEGER NOT NULL,
+    last_sold INTEGER NOT NULL,
+    earlier_buys INTEGER NOT NULL,
+    earlier_sells INTEGER NOT NULL
+) STRICT;
+CREATE TABLE record_days (
+    account INTEGER NOT NULL,
+    day INTEGER NOT NULL,
+    session INTEGER NOT NULL,
+    buys INTEGER NOT NULL,
+    sells INTEGER NOT NULL,
+    last_buy INTEGER NOT NULL,
+    last_sell INTEGER NOT NULL,
+    bought INTEGER NOT NULL,
+    sold INTEGER NOT NULL,
+    last_bought INTEGER NOT NULL,
+    last_sold INTEGER NOT NULL,
+    earlier_buys INTEGER NOT NULL,
+    earlier_sells INTEGER NOT NULL,
+    PRIMARY KEY (account, day)
+) STRICT, WITHOUT ROWID;
+CREATE TABLE milestones (
+    account INTEGER NOT NULL,
+    list INTEGER NOT NULL,
+    place INTEGER NOT NULL,
+    number INTEGER NOT NULL,
+    PRIMARY KEY (account, list, place)
+) STRICT, WITHOUT ROWID;
+CREATE TABLE gathers (
+    account INTEGER NOT NULL,
+    collection INTEGER NOT NULL,
+    session INTEGER NOT NULL,
+    buy_quantity INTEGER NOT NULL,
+    buy_amount INTEGER NOT NULL,
+    buy_fee INTEGER NOT NULL,
+    sell_quantity INTEGER NOT NULL,
+    sell_amount INTEGER NOT NULL,
+    sell_fee INTEGER NOT NULL,
+    sell_profit INTEGER NOT NULL,
+    PRIMARY KEY (account, collection)
+) STRICT, WITHOUT ROWID;
+DELETE FROM cash;
+DELETE FROM rates;
+DELETE FROM holdings;
+DELETE FROM days;
+DELETE FROM composites;
+DELETE FROM issues;
+DELETE FROM running;
+DELETE FROM minutes;
+DELETE FROM phases;
+DELETE FROM flows;
+)sql",
     };
     return migrations;
 }

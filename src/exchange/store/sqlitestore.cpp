@@ -1,6 +1,7 @@
 #include "exchange/store/sqlitestore.h"
 
 #include "exchange/store/flowtable.h"
+#include "exchange/store/recordtable.h"
 #include "exchange/store/sqliteconnection.h"
 #include "exchange/store/sqliterows.h"
 #include "exchange/store/sqliteschema.h"
@@ -17,9 +18,9 @@ namespace {
 /// Checkpoints that are kept; older ones go with the commit of a new one.
 constexpr int kCheckpoints = 3;
 
-constexpr std::array<const char *, 12> kTables
-    = {"orders",     "deals",  "cash",    "rates",   "holdings", "days",
-       "composites", "issues", "running", "minutes", "phases",   "flows"};
+constexpr std::array<const char *, 16> kTables
+    = {"orders",  "deals",   "cash",   "rates", "holdings", "days",        "composites", "issues",
+       "running", "minutes", "phases", "flows", "records",  "record_days", "milestones", "gathers"};
 
 } // namespace
 
@@ -56,6 +57,7 @@ public:
     }
 
     FlowTable &flows() { return m_flows; }
+    RecordTable &records() { return m_records; }
 
     void put(const TableUpdate &tables)
     {
@@ -66,7 +68,8 @@ public:
                                 << static_cast<std::int64_t>(row.side) << row.price << row.quantity
                                 << row.filled << row.amount << row.fees << row.fee
                                 << static_cast<std::int64_t>(row.state) << row.session
-                                << row.placedAt << row.changedAt << row.key << row.revokeKey;
+                                << row.placedAt << row.changedAt << row.key << row.revokeKey
+                                << row.frozen << row.links.buy << row.links.sell;
             m_putOrder->exec();
         }
         for (const DealRow &row : tables.deals) {
@@ -75,9 +78,11 @@ public:
                                << deal.maker << deal.taker
                                << static_cast<std::int64_t>(deal.takerSide) << deal.buyer
                                << deal.seller << deal.price << deal.quantity << deal.buyerFee
-                               << deal.sellerFee << deal.released << row.ordinal;
+                               << deal.sellerFee << deal.released << row.ordinal << row.ofBuyer.buy
+                               << row.ofBuyer.sell << row.ofSeller.buy << row.ofSeller.sell;
             m_putDeal->exec();
         }
+        putRecords(tables);
         putCharts(tables);
         for (const CashRow &row : tables.cash) {
             Binder(*m_putCash) << row.account << row.fee << static_cast<std::int64_t>(row.frozen)
@@ -113,6 +118,19 @@ public:
 
 private:
     FlowTable m_flows{database()};
+    RecordTable m_records{database()};
+
+    void putRecords(const TableUpdate &tables)
+    {
+        for (const RecordRow &row : tables.records)
+            m_records.put(row);
+        for (const RecordRow &row : tables.recordDays)
+            m_records.putDay(row);
+        for (const MilestoneRow &row : tables.milestones)
+            m_records.put(row);
+        for (const GatherRow &row : tables.gathers)
+            m_records.put(row);
+    }
 
     void putCharts(const TableUpdate &tables)
     {
@@ -143,10 +161,15 @@ private:
             return std::make_unique<SQLite::Statement>(database(), sql);
         };
         m_putCommand = make("INSERT INTO commands VALUES (?, ?, ?, ?)");
-        m_putOrder
-            = make("INSERT OR REPLACE INTO orders VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
-                   "?, ?, ?, ?)");
-        m_putDeal = make("INSERT INTO deals VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+        // What an order is changed in later, so that indexes of the rest are left alone.
+        m_putOrder = make("INSERT INTO orders VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
+                          "?, ?, ?, ?) ON CONFLICT DO UPDATE SET filled = excluded.filled, "
+                          "amount = excluded.amount, fees = excluded.fees, state = excluded.state, "
+                          "changed = excluded.changed, key = excluded.key, "
+                          "revoke_key = excluded.revoke_key, frozen = excluded.frozen");
+        m_putDeal
+            = make("INSERT INTO deals VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
+                   "?, ?, ?)");
         m_putCash = make("INSERT OR REPLACE INTO cash VALUES (?, ?, ?, ?, ?)");
         m_putRate = make("INSERT OR REPLACE INTO rates VALUES (?, ?, ?)");
         m_putHolding = make("INSERT OR REPLACE INTO holdings VALUES (?, ?, ?, ?, ?)");
@@ -324,14 +347,7 @@ std::vector<DealRow> SqliteStore::latestDeals(CollectionId collection, Sequence 
 
 std::optional<OrderRow> SqliteStore::order(OrderNumber number)
 {
-    return m_connection->guarded([&]() -> std::optional<OrderRow> {
-        auto s = m_connection->statement(std::string("SELECT ") + kOrderColumns
-                                         + " FROM orders WHERE number = ?");
-        s.bind(1, number.value());
-        if (!s.executeStep())
-            return std::nullopt;
-        return readOrder(s);
-    });
+    return m_connection->guarded([&] { return m_connection->records().order(number); });
 }
 
 Sequence SqliteStore::lastDeal()
@@ -381,6 +397,23 @@ FlowPlaces SqliteStore::flowPlaces(AccountId account)
 std::optional<FlowRow> SqliteStore::flowOf(TransferNumber transfer)
 {
     return m_connection->guarded([&] { return m_connection->flows().ofTransfer(transfer); });
+}
+
+std::optional<RecordRow> SqliteStore::records(AccountId account)
+{
+    return m_connection->guarded([&] { return m_connection->records().records(account); });
+}
+
+std::optional<GatherRow> SqliteStore::gather(AccountId account, CollectionId collection)
+{
+    return m_connection->guarded(
+        [&] { return m_connection->records().gather(account, collection); });
+}
+
+HoldingView SqliteStore::holding(AccountId account, CollectionId collection)
+{
+    return m_connection->guarded(
+        [&] { return m_connection->records().holding(account, collection); });
 }
 
 std::vector<ListingRow> SqliteStore::listings()

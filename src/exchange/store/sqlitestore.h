@@ -41,6 +41,9 @@ public:
     std::int64_t lastFlow() override;
     FlowPlaces flowPlaces(AccountId account) override;
     std::optional<FlowRow> flowOf(TransferNumber transfer) override;
+    std::optional<RecordRow> records(AccountId account) override;
+    std::optional<GatherRow> gather(AccountId account, CollectionId collection) override;
+    HoldingView holding(AccountId account, CollectionId collection) override;
     std::vector<ListingRow> listings() override;
     void putListings(const std::vector<ListingRow> &rows) override;
 

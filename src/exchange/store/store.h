@@ -1,6 +1,6 @@
 #pragma once
 
-#include "exchange/store/flowprojector.h"
+#include "exchange/store/projector.h"
 #include "exchange/store/tables.h"
 
 #include <cstdint>
@@ -57,7 +57,7 @@ struct ListingRow {
  * One thread at a time. Everything throws StoreError; after a commit that threw nothing may be
  * called any more but the destructor: what the disk holds is only known after opening it again.
  */
-class Store : public StoredFlows
+class Store : public StoredRows
 {
 public:
     /// Number of the last stored command, 0 before the first.
@@ -91,7 +91,6 @@ public:
     virtual std::vector<DealRow> latestDeals(CollectionId collection, Sequence session,
                                              std::size_t limit)
         = 0;
-    virtual std::optional<OrderRow> order(OrderNumber number) = 0;
     virtual Sequence lastDeal() = 0;
     virtual OrderNumber lastOrder() = 0;
     virtual std::optional<CompositeRow> composite(Sequence session) = 0;

@@ -3,6 +3,7 @@
 #include "exchange/core/event.h"
 #include "exchange/core/market.h"
 #include "exchange/store/flows.h"
+#include "exchange/store/records.h"
 
 #include <optional>
 #include <string>
@@ -40,12 +41,27 @@ struct OrderRow {
     TimeMs changedAt; ///< of the last deal, or of its end
     ActionKey key; ///< of the action that placed it; null where there was none
     ActionKey revokeKey; ///< of the action that revoked it
+    Fen frozen; ///< money that it still reserves
+    RecordLinks links; ///< orders of the same account before it
+
+    const RecordLinks &before() const { return links; }
 };
 
 struct DealRow {
     Deal deal;
     Sequence session;
     Sequence ordinal; ///< among the deals of its collection in its session, from 1
+    RecordLinks ofBuyer; ///< deals of the same buyer before it
+    RecordLinks ofSeller;
+};
+
+/// A deal as one of its two accounts sees it.
+struct AccountDeal {
+    DealRow row;
+    Side side = Side::Buy; ///< that the account took
+
+    Fen fee() const { return side == Side::Buy ? row.deal.buyerFee : row.deal.sellerFee; }
+    const RecordLinks &before() const { return side == Side::Buy ? row.ofBuyer : row.ofSeller; }
 };
 
 /// Money of one account.
@@ -139,6 +155,10 @@ struct TableUpdate {
     std::vector<RunningRow> running;
     std::vector<MinuteRow> minutes;
     std::vector<PhaseRow> phases;
+    std::vector<RecordRow> records;
+    std::vector<RecordRow> recordDays; ///< each as its day ended
+    std::vector<MilestoneRow> milestones;
+    std::vector<GatherRow> gathers;
 };
 
 } // namespace zvx

@@ -124,9 +124,7 @@ std::int64_t RandomTrading::pick(std::int64_t least, std::int64_t most)
 
 Scribe::Scribe(Store &store, Market market)
     : m_store(store), m_market(std::move(market)),
-      m_projector(
-          m_market, store.composite(m_market.session()),
-          [&store](OrderNumber number) { return store.order(number); }, &store),
+      m_projector(m_market, store.composite(m_market.session()), &store),
       m_last(store.lastCommand())
 {
 }

@@ -141,6 +141,18 @@ public:
     {
         return m_store->flowOf(transfer);
     }
+    std::optional<RecordRow> records(AccountId account) override
+    {
+        return m_store->records(account);
+    }
+    std::optional<GatherRow> gather(AccountId account, CollectionId collection) override
+    {
+        return m_store->gather(account, collection);
+    }
+    HoldingView holding(AccountId account, CollectionId collection) override
+    {
+        return m_store->holding(account, collection);
+    }
     std::vector<ListingRow> listings() override { return m_store->listings(); }
     void putListings(const std::vector<ListingRow> &rows) override { m_store->putListings(rows); }
 

@@ -70,7 +70,7 @@ protected:
     }
     void carryOut(const std::vector<Command> &commands) { scribe->carryOut(commands); }
 
-    std::vector<FlowRow> page(std::int64_t account, FlowPage page = {})
+    std::vector<FlowRow> page(std::int64_t account, RecordPage page = {})
     {
         return reader->flows(AccountId(account), page);
     }
@@ -191,7 +191,7 @@ TEST_F(FlowsTest, PagesAreCutAsAListWouldBe)
     std::vector<FlowRow> all;
     for (std::int64_t number = 1;; ++number) {
         const auto found
-            = reader->flows(AccountId(1), {FlowWay::Both, {}, TradingDay(99'991'231), number, 7});
+            = reader->flows(AccountId(1), {RecordPage::All, {}, TradingDay(99'991'231), number, 7});
         if (found.empty())
             break;
         all.insert(all.end(), found.begin(), found.end());
@@ -202,7 +202,7 @@ TEST_F(FlowsTest, PagesAreCutAsAListWouldBe)
         ASSERT_LE(all[i].day, all[i - 1].day);
     }
     int pages = 0;
-    for (const FlowWay way : {FlowWay::Both, FlowWay::In, FlowWay::Out})
+    for (const auto way : {RecordPage::All, RecordPage::Incoming, RecordPage::Outgoing})
         for (const std::int64_t first :
              {19'700'101, 20'200'101, 20'200'103, 20'200'106, 20'200'107})
             for (const std::int64_t last : {20'191'231, 20'200'102, 20'200'104, 99'991'231})
@@ -212,8 +212,8 @@ TEST_F(FlowsTest, PagesAreCutAsAListWouldBe)
                         std::copy_if(all.begin(), all.end(), std::back_inserter(kept),
                                      [&](const FlowRow &row) {
                                          return row.day.value() >= first && row.day.value() <= last
-                                             && (way == FlowWay::Both
-                                                 || row.incoming == (way == FlowWay::In));
+                                             && (way == RecordPage::All
+                                                 || row.incoming == (way == RecordPage::Incoming));
                                      });
                         const std::size_t begin
                             = std::min(kept.size(), static_cast<std::size_t>((page - 1) * size));
