@@ -1,5 +1,6 @@
 #include "ZvWidgetKit/collection_detailwidget.h"
 
+#include "BreltWidgetToolKit/brelttooltip.h"
 #include "ZvModelKit/zvubproitem.h"
 #include "ZvModelKit/zvubtopfive.h"
 #include "ZvNetworkKit/serverpaths.h"
@@ -270,7 +271,7 @@ void Collection_DetailWidget::slot_updateCollectionTradeTop5(QString collectionI
     const QFontMetrics metrics(ui->label_collectionName->font());
     ui->label_collectionName->setText(
         metrics.elidedText(name, Qt::ElideRight, ui->label_collectionName->width() - 1));
-    ui->label_collectionName->setToolTip(name);
+    ui->label_collectionName->setToolTip(brelt::plainToolTip(name));
     for (const Level &level : levelsOf(*ui)) {
         level.price->setText(quote.getPropertyString(level.property));
         level.quantity->setText(quote.getPropertyString(level.property + 1));

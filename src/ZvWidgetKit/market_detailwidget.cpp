@@ -90,7 +90,10 @@ void Market_DetailWidget::resizeEvent(QResizeEvent *event)
     m_viewCount = width() / ViewWidth;
     m_rowsPerView = (height() - HeadHeight) / RowHeight;
     m_pageSize = m_viewCount * m_rowsPerView;
-    selectTiggered(engine()->getGlobalCollectionID());
+    const QString id = engine()->getGlobalCollectionID();
+    if (isVisible())
+        nameCollection(id);
+    selectTiggered(id);
     qDebug() << m_viewCount << m_rowsPerView << m_pageSize;
     for (int i = 0; i < m_views.size(); ++i) {
         const bool isUsed = i < m_viewCount;
@@ -107,12 +110,18 @@ void Market_DetailWidget::showEvent(QShowEvent *event)
     QWidget::showEvent(event);
     slot_clearMarketDetail();
     const QString id = engine()->getGlobalCollectionID();
+    nameCollection(id);
+    selectTiggered(id);
+}
+
+// The current collection may change under the page, and no deals may stand below another name.
+void Market_DetailWidget::nameCollection(const QString &id)
+{
     const ZvUBBriefInfo info = cache()->getCurrentBriefInfo();
     const QString name = info.getNameFromCollectionID(id);
     const QString code = info.getCodeFromCollectionID(id);
     ui->label_title->setText(name + QLatin1Char('(') + code + QLatin1Char(')')
                              + QStringLiteral("成交明细"));
-    selectTiggered(id);
 }
 
 void Market_DetailWidget::selectTiggered(QString collectionId)
@@ -141,8 +150,9 @@ void Market_DetailWidget::requestPage(int page, const QString &direction)
     m_requestedPage = page;
     logWithTime(direction);
     logWithTime(QStringLiteral(" ==> RequestPage: ") + QString::number(m_requestedPage));
-    engine()->sendRequest_Market_Detail(engine()->getGlobalCollectionID(), m_requestedPage,
-                                        m_pageSize);
+    const QString id = engine()->getGlobalCollectionID();
+    nameCollection(id);
+    engine()->sendRequest_Market_Detail(id, m_requestedPage, m_pageSize);
 }
 
 // Gathers what the wheel turns, so that a fast turn does not run through many pages. A change of
@@ -154,7 +164,8 @@ void Market_DetailWidget::wheelEvent(QWheelEvent *event)
     if (turnsUp ? m_wheelDelta < 0 : m_wheelDelta > 0) {
         m_wheelDelta = 0;
     } else {
-        m_wheelDelta += y;
+        // More than one page turns is lost anyway, and so nothing can overflow.
+        m_wheelDelta += qBound(-TurningDelta - 1, y, TurningDelta + 1);
         if (m_wheelDelta > TurningDelta) {
             requestPage_whenWheelOut();
             m_wheelDelta = 0;

@@ -49,6 +49,7 @@ private:
 
     void applyLayout();
     void createConnections();
+    void nameCollection(const QString &id);
     void requestPage(int page, const QString &direction);
     void fillViews(Filling filling);
     int usedViews() const;

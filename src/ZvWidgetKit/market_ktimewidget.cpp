@@ -164,8 +164,9 @@ void Market_KTimeWidget::wheelEvent(QWheelEvent *event)
 
 void Market_KTimeWidget::timer_wheelCard_timeout()
 {
-    // Whoever hears of the collection may take this page away.
+    // Whoever hears of the collection may take this page away. The list may be that of another
+    // server by now.
     const QString id = std::exchange(m_wheelCollectionId, QString());
-    if (!id.isEmpty())
+    if (!id.isEmpty() && Standing().ids.contains(id))
         pool()->slot_collectionTableView_clicked(id);
 }

@@ -17,6 +17,7 @@
 #include <QGridLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QTextDocument>
 #include <QtTest/QtTest>
 
 #include <memory>
@@ -470,6 +471,28 @@ private slots:
         storeQuote(data);
         for (const char *name : {"label_collectionName", "label_collectionCode"})
             QCOMPARE(label(name)->textFormat(), Qt::PlainText);
+        QCOMPARE(text("label_collectionCode"), data.code);
+        // The tool tip, which guesses, is told to the letter, too.
+        QTextDocument shown;
+        shown.setHtml(label("label_collectionName")->toolTip());
+        QCOMPARE(shown.toPlainText(), data.name);
+    }
+
+    void endlessNamesKeepThePanelTogether()
+    {
+        showPanel();
+        ZvUBTopFive::Data data = quoteData();
+        data.name = QString(200, QLatin1Char('W'));
+        data.code = QString(200, QLatin1Char('8'));
+        storeQuote(data);
+        QCoreApplication::processEvents();
+        QCOMPARE(m_panel->width(), 325);
+        QCOMPARE(text("label_collectionCode"), data.code);
+        QVERIFY(label("label_collectionName")->width() >= 100);
+        for (const QLabel *each : m_panel->findChildren<QLabel *>())
+            QVERIFY2(
+                m_panel->rect().contains(QRect(each->mapTo(m_panel.get(), QPoint()), each->size())),
+                qPrintable(each->objectName()));
     }
 
     void pricesAreColouredByTheReference()

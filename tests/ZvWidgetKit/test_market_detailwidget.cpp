@@ -18,6 +18,7 @@
 #include <QScrollBar>
 #include <QtTest/QtTest>
 
+#include <limits>
 #include <memory>
 
 using zvtest::deals;
@@ -536,7 +537,32 @@ private slots:
         engine()->setGlobalCollectionID(QStringLiteral("2002"));
         zvtest::PageLog log;
         forward();
+        auto *title = m_page->findChild<QLabel *>("label_title");
         QCOMPARE(withoutTimes(log.take()), turn("Down", 2, PageSize, QStringLiteral("2002")));
+        // No deals stand below the name of another collection.
+        QCOMPARE(title->text(), QStringLiteral("()成交明细"));
+        engine()->setGlobalCollectionID(current);
+        m_page->resize(901, 330);
+        QCOMPARE(title->text(), QStringLiteral("庚申猴票(600137)成交明细"));
+        // A hidden page has nothing to name.
+        m_page->hide();
+        engine()->setGlobalCollectionID(QStringLiteral("2002"));
+        m_page->resize(900, 330);
+        QCOMPARE(title->text(), QStringLiteral("庚申猴票(600137)成交明细"));
+    }
+
+    void theWheelMayTurnAsFarAsItCan()
+    {
+        showPage();
+        answer(33);
+        const int most = std::numeric_limits<int>::max();
+        zvtest::PageLog log;
+        zvtest::turnWheel(m_page.get(), -480);
+        zvtest::turnWheel(m_page.get(), -most);
+        QCOMPARE(withoutTimes(log.take()), turn("Down", 2, PageSize));
+        zvtest::turnWheel(m_page.get(), 480);
+        zvtest::turnWheel(m_page.get(), most);
+        QCOMPARE(withoutTimes(log.take()), turn("Up", 1, PageSize));
     }
 
     void fiveNotchesTurnThePage()

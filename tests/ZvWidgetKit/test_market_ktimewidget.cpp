@@ -17,6 +17,7 @@
 #include <QTimer>
 #include <QtTest/QtTest>
 
+#include <limits>
 #include <memory>
 
 using zvtest::choose;
@@ -153,6 +154,7 @@ private slots:
         QCOMPARE(row->count(), 3);
         QCOMPARE(row->itemAt(0)->spacerItem()->sizeHint().width(), 20);
         QCOMPARE(row->itemAt(1)->widget(), caption);
+        QCOMPARE(qobject_cast<const QHBoxLayout *>(row)->stretch(2), 1);
     }
 
     void theBackgroundIsOneColour()
@@ -347,6 +349,30 @@ private slots:
         pool()->slot_wheelOnChart_clicked(-119);
         tick();
         QCOMPARE(current(), QStringLiteral("1001"));
+    }
+
+    // The server may be another one before the second is over.
+    void aTargetOfAnotherListIsForgotten()
+    {
+        QVERIFY(turnWheel(m_page.get(), -120));
+        zvtest::storeCollections({"7", "8"});
+        zvtest::Record record;
+        tick();
+        QCOMPARE(record.take(), QString());
+        // For good: the old list does not bring it back.
+        zvtest::storeCollections(three);
+        tick();
+        QCOMPARE(record.take(), QString());
+    }
+
+    void theWheelMayTurnAsFarAsItCan()
+    {
+        for (const int delta : {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
+            choose("1002");
+            pool()->slot_wheelOnChart_clicked(delta);
+            tick();
+            QCOMPARE(current(), QLatin1String(delta < 0 ? "1003" : "1001"));
+        }
     }
 
     void anEmptyIdIsNoTarget()

@@ -387,6 +387,61 @@ private slots:
         QCOMPARE(checked(), QStringLiteral("日K"));
     }
 
+    // Only a negative number is the composite's.
+    void otherIdsHaveDeals_data()
+    {
+        QTest::addColumn<QString>("id");
+        QTest::addColumn<bool>("hasDeals");
+        QTest::newRow("none") << QString() << true;
+        QTest::newRow("no number") << "-x" << true;
+        QTest::newRow("zero") << "0" << true;
+        QTest::newRow("more than a number holds") << "-99999999999" << true;
+        QTest::newRow("negative") << "-7" << false;
+    }
+    void otherIdsHaveDeals()
+    {
+        QFETCH(QString, id);
+        QFETCH(bool, hasDeals);
+        call("slot_changeToPage_KLine_day");
+        ZvServerEngine::getZvServerEngineInstance()->setGlobalCollectionID(id);
+        call("slot_changeToPage_marketDetail");
+        QCOMPARE(page(), hasDeals ? QStringLiteral("deals") : QStringLiteral("chart"));
+    }
+
+    // A host may check buttons by itself; where several are, the order decides.
+    void theFirstCheckedButtonDecides()
+    {
+        call("slot_changeToPage_KLine_month");
+        m_bench->button("周K")->setChecked(true);
+        m_bench->button("分时")->setChecked(true);
+        call("slot_changeToPage_marketDetail"); // remembers the week
+        QCOMPARE(checked(), QString());
+        QVERIFY(asks("slot_escapeToTimeKline"));
+        QCOMPARE(checked(), QStringLiteral("周K"));
+
+        call("slot_changeToPage_marketDetail");
+        m_bench->button("日K")->setChecked(true);
+        QVERIFY(asks("slot_escapeToTimeKline")); // the day stands before the week
+        QCOMPARE(checked(), QStringLiteral("日K"));
+        QCOMPARE(chart(), ZvChartFeed::DayKLine);
+    }
+
+    void anySizeIsTaken()
+    {
+        for (const char *slot : {"slot_changeToPage_marketTable", "slot_changeToPage_KLine_day",
+                                 "slot_changeToPage_marketDetail", "slot_changeToPage_TimeChart"}) {
+            call(slot);
+            for (const QSize &size :
+                 {QSize(1, 1), QSize(4000, 60), QSize(60, 3000), QSize(0, 0), QSize(1366, 600)}) {
+                m_bench->market->resize(size);
+                QCoreApplication::processEvents();
+                m_bench->market->grab();
+            }
+            QCOMPARE(m_bench->market->size(), QSize(1366, 600));
+        }
+        QCOMPARE(page(), QStringLiteral("chart"));
+    }
+
     void escapeLeadsBackToTheChart_data()
     {
         QTest::addColumn<int>("index");

@@ -168,6 +168,24 @@ private slots:
         }
     }
 
+    void whatTheServerWroteIsNoMarkup()
+    {
+        const QString name = QStringLiteral("<b>甲</b><img src='x'>&amp;");
+        ZvUBMyAcount::Data data;
+        data.accountNumber = data.phone = data.name = name;
+        cache()->storeMyAccount(ZvUBMyAcount(data));
+        const Small_Money_Overview dialog(nullptr);
+        int values = 0;
+        for (const QLabel *label : dialog.findChildren<QLabel *>()) {
+            if (!label->objectName().endsWith(QLatin1String("_value")))
+                continue;
+            ++values;
+            QCOMPARE(label->textFormat(), Qt::PlainText);
+        }
+        QCOMPARE(values, 7);
+        QCOMPARE(textOf(dialog, "label_name_value"), name);
+    }
+
     void theOldDialogKeepsItsSamples_data()
     {
         QTest::addColumn<QString>("name");
