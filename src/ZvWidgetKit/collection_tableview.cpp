@@ -22,6 +22,8 @@
 #include <QUrl>
 #include <QWheelEvent>
 
+#include <utility>
+
 namespace {
 
 constexpr int PendingMilliseconds = 1000;
@@ -34,6 +36,11 @@ constexpr int WheelNotch = 120; // eighths of a degree
 ZvWidgetSignalSLotPool *pool()
 {
     return ZvWidgetSignalSLotPool::getSignalSlotPoolInstance();
+}
+
+ZvServerCache *cache()
+{
+    return ZvServerCache::getZvServerCacheInstance();
 }
 
 // Whether a cell looks otherwise although its number is the same.
@@ -103,6 +110,9 @@ void Collection_TableView::applyStyle()
     QFont tableFont = font();
     tableFont.setPixelSize(16);
     header->setFont(tableFont);
+    // Below a style sheet a font does not reach the viewport by itself, and that is where it is
+    // drawn.
+    header->viewport()->setFont(tableFont);
     setFont(tableFont);
     verticalHeader()->hide();
 
@@ -309,15 +319,17 @@ void Collection_TableView::selectRowByWheel(const QWheelEvent *event)
             continue;
         selectRow(row);
         m_pendingCollectionId = currentCollectionId();
+        m_pendingServer = cache()->currentServer();
         return;
     }
 }
 
 void Collection_TableView::pendingTimerTimeout()
 {
-    if (!m_pendingCollectionId.isEmpty())
-        pool()->slot_collectionTableView_clicked(m_pendingCollectionId);
-    m_pendingCollectionId.clear();
+    // On another server the collection is none.
+    const QString id = std::exchange(m_pendingCollectionId, QString());
+    if (!id.isEmpty() && m_pendingServer == cache()->currentServer())
+        pool()->slot_collectionTableView_clicked(id);
 }
 
 void Collection_TableView::contextMenuEvent(QContextMenuEvent *event)
@@ -372,11 +384,10 @@ void Collection_TableView::addOption()
         ZvServerActionResult::getZvServerActionResultInstance()->sendRequest_addOption(id);
         return;
     }
-    ZvServerCache *cache = ZvServerCache::getZvServerCacheInstance();
-    QStringList ids = cache->getMarketListOption(QString());
+    QStringList ids = cache()->getMarketListOption(QString());
     ids.removeAll(id);
     ids.append(id);
-    cache->setMarketListOption(ids, QString());
+    cache()->setMarketListOption(ids, QString());
 }
 
 void Collection_TableView::removeOption()
@@ -388,8 +399,7 @@ void Collection_TableView::removeOption()
         ZvServerActionResult::getZvServerActionResultInstance()->sendRequest_removeOption(id);
         return;
     }
-    ZvServerCache *cache = ZvServerCache::getZvServerCacheInstance();
-    QStringList ids = cache->getMarketListOption(QString());
+    QStringList ids = cache()->getMarketListOption(QString());
     ids.removeAll(id);
-    cache->setMarketListOption(ids, QString());
+    cache()->setMarketListOption(ids, QString());
 }

@@ -58,6 +58,7 @@ private:
     CollectionTableModel m_model;
     CollectionSortFilterProxyModel m_proxy;
     bool m_isOptionView;
-    QString m_pendingCollectionId;
+    QString m_pendingCollectionId; // waits for the timer; empty for none
+    QString m_pendingServer; // on which it is
     QTimer *m_pendingTimer;
 };

@@ -6,7 +6,9 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QLockFile>
 #include <QMap>
+#include <QSaveFile>
 #include <QWidget>
 #include <QtTest/QtTest>
 
@@ -56,12 +58,23 @@ QMap<QString, QString> readHashes()
 
 bool writeHashes(const QMap<QString, QString> &hashes)
 {
-    QFile file(pathOf(QStringLiteral("hashes.txt")));
+    QSaveFile file(pathOf(QStringLiteral("hashes.txt")));
     if (!file.open(QIODevice::WriteOnly))
         return false;
     for (auto hash = hashes.cbegin(); hash != hashes.cend(); ++hash)
         file.write(hash.key().toUtf8() + ' ' + hash.value().toUtf8() + '\n');
-    return true;
+    return file.commit();
+}
+
+// Test classes run side by side, and each renews its own pictures.
+bool renewHash(const QString &name, const QString &hash)
+{
+    QLockFile lock(QDir::temp().filePath(QStringLiteral("zv_pictures.lock")));
+    if (!lock.lock())
+        return false;
+    QMap<QString, QString> hashes = readHashes();
+    hashes.insert(name, hash);
+    return writeHashes(hashes);
 }
 
 } // namespace
@@ -101,13 +114,10 @@ QString differenceFromPicture(const QImage &image, const QString &name)
 
 QString differenceFromHash(const QImage &image, const QString &name)
 {
-    QMap<QString, QString> hashes = readHashes();
     const QString hash = hashOf(image);
-    if (isRenewed()) {
-        hashes.insert(name, hash);
-        return writeHashes(hashes) ? QString() : QStringLiteral("cannot write the hashes");
-    }
-    if (hashes.value(name) == hash)
+    if (isRenewed())
+        return renewHash(name, hash) ? QString() : QStringLiteral("cannot write the hashes");
+    if (readHashes().value(name) == hash)
         return {};
     return QStringLiteral("%1 is not as it was, see %2").arg(name, leave(image, name));
 }

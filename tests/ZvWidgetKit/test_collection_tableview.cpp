@@ -228,6 +228,39 @@ private slots:
         QCOMPARE(view.font().family(), QApplication::font().family());
     }
 
+    // The header's own font is one thing, what is drawn another.
+    void headersAreDrawnInTheirSize()
+    {
+        const auto inkHeight = [](const QTableView &view) {
+            QCoreApplication::processEvents();
+            const QImage image = view.horizontalHeader()->grab().toImage();
+            int top = image.height();
+            int bottom = -1;
+            for (int y = 2; y < image.height() - 2; ++y) {
+                for (int x = 0; x < image.width(); ++x) {
+                    if (qGray(image.pixel(x, y)) > 128) {
+                        top = qMin(top, y);
+                        bottom = y;
+                    }
+                }
+            }
+            return bottom - top + 1;
+        };
+        // Below a style sheet of the page, and alone.
+        QWidget page;
+        page.setStyleSheet(QStringLiteral("QFrame#none{color: red;}"));
+        auto *inPage = new Collection_TableView(&page);
+        inPage->resize(800, 300);
+        page.resize(800, 300);
+        page.show();
+        m_view->show();
+        for (Collection_TableView *view : {inPage, m_view.get()}) {
+            QCOMPARE(view->horizontalHeader()->viewport()->font().pixelSize(), 16);
+            const int height = inkHeight(*view);
+            QVERIFY2(height >= 14 && height <= 18, qPrintable(QString::number(height)));
+        }
+    }
+
     void sheetsAreSetToTheLetter()
     {
         QCOMPARE(m_view->styleSheet(),
@@ -673,6 +706,20 @@ private slots:
         fireTimer();
         QCOMPARE(trace.take(), QStringList{setGlobal(QStringLiteral("1010"))});
         QCOMPARE(selectedRow(), 0);
+    }
+
+    void wheelBeforeAChangeOfServerChangesNothing()
+    {
+        fill(10);
+        wheel(-120);
+        auto *access = ZvServerAccessManager::getZvServerAccessManagerInstance();
+        const QString before = access->urlPrefix();
+        access->setUrlPrefix(QStringLiteral("/wheel/away/"));
+        zvtest::CallTrace trace;
+        fireTimer();
+        access->setUrlPrefix(before);
+        fireTimer();
+        QCOMPARE(trace.take().filter(QStringLiteral("setGlobalCollectionID")), QStringList());
     }
 
     void wheelDoesNotScrollThePage()
