@@ -311,7 +311,7 @@ QString sheetOf(Style style)
         return buttonSheet(tab("border-bottom-width:2px;padding:0px 4px;"));
     case Style::DealTypeButton:
         return buttonSheet(
-            entry("border-left-width:3px;padding:6px 4px 6px 16px;text-align:left;"));
+            entry("border-left-width:3px;padding:0px 4px 0px 16px;height:34px;text-align:left;"));
     case Style::DealSelectButton:
         return buttonSheet(
             entry("border-left-width:3px;padding:4px 2px;text-align:left;font-size:9pt;"));

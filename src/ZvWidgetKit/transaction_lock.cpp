@@ -46,8 +46,9 @@ void Transaction_Lock::layOut()
 {
     auto *column = new QVBoxLayout;
     column->addStretch(1);
-    column->addWidget(m_passwordEdit);
-    column->addWidget(m_unlockButton);
+    // A long refusal makes the column wider, not the field and the button.
+    column->addWidget(m_passwordEdit, 0, Qt::AlignHCenter);
+    column->addWidget(m_unlockButton, 0, Qt::AlignHCenter);
     column->addWidget(m_hintLabel);
     column->addStretch(1);
     auto *page = new QHBoxLayout(this);

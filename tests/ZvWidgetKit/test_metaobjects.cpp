@@ -5,10 +5,38 @@
 #include "ZvWidgetKit/collectionsortfilterproxymodel.h"
 #include "ZvWidgetKit/collectiontabledelegate.h"
 #include "ZvWidgetKit/collectiontablemodel.h"
+#include "ZvWidgetKit/dealwidget_allwidgets.h"
+#include "ZvWidgetKit/dealwidget_buysell.h"
+#include "ZvWidgetKit/dealwidget_buysell_captabledelegate.h"
+#include "ZvWidgetKit/dealwidget_buysell_captableview.h"
+#include "ZvWidgetKit/dealwidget_buysell_dealtabledelegate.h"
+#include "ZvWidgetKit/dealwidget_buysell_dealtableview.h"
+#include "ZvWidgetKit/dealwidget_delivery.h"
+#include "ZvWidgetKit/dealwidget_delivery_delegate.h"
+#include "ZvWidgetKit/dealwidget_delivery_model.h"
+#include "ZvWidgetKit/dealwidget_delivery_tableview.h"
+#include "ZvWidgetKit/dealwidget_select_applyrecord.h"
+#include "ZvWidgetKit/dealwidget_select_applyrecord_tabledelegate.h"
+#include "ZvWidgetKit/dealwidget_select_applyrecord_tableview.h"
+#include "ZvWidgetKit/dealwidget_select_dealrecord.h"
+#include "ZvWidgetKit/dealwidget_select_dealrecord_tabledelegate.h"
+#include "ZvWidgetKit/dealwidget_select_dealrecord_tableview.h"
+#include "ZvWidgetKit/dealwidget_select_delegate_history_tableview.h"
+#include "ZvWidgetKit/dealwidget_select_delegate_tabledelegate.h"
+#include "ZvWidgetKit/dealwidget_select_delegate_today_tableview.h"
+#include "ZvWidgetKit/dealwidget_select_delegaterecord.h"
+#include "ZvWidgetKit/dealwidget_select_delegatetoday.h"
+#include "ZvWidgetKit/dealwidget_select_moneyflow.h"
+#include "ZvWidgetKit/dealwidget_select_moneyflow_tabledelegate.h"
+#include "ZvWidgetKit/dealwidget_select_moneyflow_tableview.h"
 #include "ZvWidgetKit/market_detailwidget.h"
 #include "ZvWidgetKit/market_ktimewidget.h"
 #include "ZvWidgetKit/market_widget.h"
+#include "ZvWidgetKit/small_deliveryhandling_dialog.h"
 #include "ZvWidgetKit/small_money_inout.h"
+#include "ZvWidgetKit/transaction_deal.h"
+#include "ZvWidgetKit/transaction_lock.h"
+#include "ZvWidgetKit/transaction_widget.h"
 #include "ZvWidgetKit/zvguidetabitem.h"
 #include "ZvWidgetKit/zvguidetabpage.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
@@ -137,6 +165,8 @@ private slots:
                                       << "Collection_DetailWidget" << &QWidget::staticMetaObject;
         QTest::newRow("detail page") << &Market_DetailWidget::staticMetaObject
                                      << "Market_DetailWidget" << &QWidget::staticMetaObject;
+        QTest::newRow("order ticket") << &DealWidget_BuySell::staticMetaObject
+                                      << "DealWidget_BuySell" << &QWidget::staticMetaObject;
     }
 
     void classesStandBelowTheirQtClass()
@@ -180,6 +210,68 @@ private slots:
                               "public slot requestPage_whenWheelIn()"}));
     }
 
+    // The names are those of their classes, so a row needs no more than the class.
+    void recordClassesStandBelowTheirQtClass()
+    {
+        const auto below = [](const QMetaObject &super, const QList<const QMetaObject *> &metas) {
+            for (const QMetaObject *meta : metas)
+                QVERIFY2(meta->superClass() == &super, meta->className());
+        };
+        below(QWidget::staticMetaObject,
+              {&DealWidget_Select_DealRecord::staticMetaObject,
+               &DealWidget_Select_DelegateToday::staticMetaObject,
+               &DealWidget_Select_DelegateRecord::staticMetaObject,
+               &DealWidget_Select_ApplyRecord::staticMetaObject,
+               &DealWidget_Select_MoneyFlow::staticMetaObject});
+        below(QTableView::staticMetaObject,
+              {&DealWidget_Select_DealRecord_TableView::staticMetaObject,
+               &DealWidget_Select_Delegate_today_TableView::staticMetaObject,
+               &DealWidget_Select_Delegate_history_TableView::staticMetaObject,
+               &DealWidget_Select_ApplyRecord_TableView::staticMetaObject,
+               &DealWidget_Select_MoneyFlow_TableView::staticMetaObject,
+               &DealWidget_BuySell_CapTableView::staticMetaObject,
+               &DealWidget_BuySell_DealTableView::staticMetaObject});
+        below(QAbstractTableModel::staticMetaObject,
+              {&DealWidget_Select_DealRecord_TableModel::staticMetaObject,
+               &DealWidget_Select_Delegate_TableModel::staticMetaObject,
+               &DealWidget_Select_ApplyRecord_TableModel::staticMetaObject,
+               &DealWidget_Select_MoneyFlow_TableModel::staticMetaObject,
+               &DealWidget_BuySell_CapTableModel::staticMetaObject,
+               &DealWidget_BuySell_DealTableModel::staticMetaObject});
+        below(QStyledItemDelegate::staticMetaObject,
+              {&DealWidget_Select_DealRecord_TableDelegate::staticMetaObject,
+               &DealWidget_Select_Delegate_TableDelegate::staticMetaObject,
+               &DealWidget_Select_ApplyRecord_TableDelegate::staticMetaObject,
+               &DealWidget_Select_MoneyFlow_TableDelegate::staticMetaObject,
+               &DealWidget_BuySell_CapTableDelegate::staticMetaObject,
+               &DealWidget_BuySell_DealTableDelegate::staticMetaObject});
+    }
+
+    void recordMethods()
+    {
+        for (const QMetaObject *page : {&DealWidget_Select_DealRecord::staticMetaObject,
+                                        &DealWidget_Select_DelegateToday::staticMetaObject,
+                                        &DealWidget_Select_DelegateRecord::staticMetaObject,
+                                        &DealWidget_Select_ApplyRecord::staticMetaObject,
+                                        &DealWidget_Select_MoneyFlow::staticMetaObject}) {
+            QCOMPARE(ownMethods(*page),
+                     (QStringList{"public slot slot_selectButton_clicked()",
+                                  "public slot slot_pageUpButton_clicked()",
+                                  "public slot slot_pageDownButton_clicked()"}));
+        }
+        for (const QMetaObject *view :
+             {&DealWidget_Select_DealRecord_TableView::staticMetaObject,
+              &DealWidget_Select_Delegate_today_TableView::staticMetaObject,
+              &DealWidget_Select_Delegate_history_TableView::staticMetaObject,
+              &DealWidget_Select_ApplyRecord_TableView::staticMetaObject,
+              &DealWidget_Select_MoneyFlow_TableView::staticMetaObject})
+            QCOMPARE(ownMethods(*view), QStringList("public slot slot_recordCacheChanged()"));
+        for (const QMetaObject *view : {&DealWidget_BuySell_CapTableView::staticMetaObject,
+                                        &DealWidget_BuySell_DealTableView::staticMetaObject})
+            QCOMPARE(ownMethods(*view),
+                     QStringList("public slot slot_rowDoubleClicked(QModelIndex index)"));
+    }
+
     void marketMethods()
     {
         const QStringList expected{
@@ -217,6 +309,84 @@ private slots:
     {
         QCOMPARE(ownMethods(Market_KTimeWidget::staticMetaObject),
                  QStringList("public slot timer_wheelCard_timeout()"));
+    }
+
+    void ticketMethods()
+    {
+        const QStringList expected{
+            "private slot slot_buysell_licked()",
+            "private slot slot_subPrice_clicked()",
+            "private slot slot_addPrice_clicked()",
+            "private slot slot_subCount_clicked()",
+            "private slot slot_addCount_clicked()",
+            "private slot slot_resetPriceCount_clicked()",
+            "private slot slot_preBuyClicked()",
+            "private slot slot_preSellClicked()",
+            "private slot slot_prepay_deleteSelected_clicked()",
+            "private slot slot_prepay_sendSelected_clicked()",
+            "private slot slot_price_changed()",
+            "private slot slot_count_changed()",
+            "public slot slot_trade_buy_succeed()",
+            "public slot slot_trade_buy_failed(QString msg)",
+            "public slot slot_trade_sell_succeed()",
+            "public slot slot_trade_sell_failed(QString msg)",
+            "public slot slot_prepay_succeed(QString md5)",
+            "public slot slot_prepay_failed(QString md5, QString msg)",
+            "public slot slot_updateCapInfo()",
+            "public slot slot_updateGatherInfo()",
+            "public slot slot_updateTop5(QString collectionID)",
+            "private slot slot_updateBriefInfo(QString server)",
+            "private slot slot_comboxCode_activated()",
+            "private slot slot_comboxName_activated()",
+            "private slot lockBuysellLimit()",
+            "private slot unlockBuysellLimit()",
+            "private slot flushTopFive()",
+        };
+        QCOMPARE(ownMethods(DealWidget_BuySell::staticMetaObject).join('\n'), expected.join('\n'));
+    }
+
+    void transactionClassesStandBelowTheirQtClass()
+    {
+        const QMetaObject &widget = QWidget::staticMetaObject;
+        QCOMPARE(Transaction_Widget::staticMetaObject.superClass(), &widget);
+        QCOMPARE(Transaction_Deal::staticMetaObject.superClass(), &widget);
+        QCOMPARE(Transaction_Lock::staticMetaObject.superClass(), &widget);
+        QCOMPARE(DealWidget_AllWidgets::staticMetaObject.superClass(),
+                 &QStackedWidget::staticMetaObject);
+        QCOMPARE(DealWidget_Delivery::staticMetaObject.superClass(), &widget);
+        QCOMPARE(DealWidget_Delivery_TableView::staticMetaObject.superClass(),
+                 &QTableView::staticMetaObject);
+        QCOMPARE(DealWidget_Delivery_Model::staticMetaObject.superClass(),
+                 &QAbstractTableModel::staticMetaObject);
+        QCOMPARE(DealWidget_Delivery_Delegate::staticMetaObject.superClass(),
+                 &QStyledItemDelegate::staticMetaObject);
+        QCOMPARE(Small_DeliveryHandling_Dialog::staticMetaObject.superClass(),
+                 &BreltFramlessMoveableDialog::staticMetaObject);
+    }
+
+    void transactionMethods()
+    {
+        QCOMPARE(ownMethods(Transaction_Widget::staticMetaObject),
+                 (QStringList{"public slot slot_showTransctionLock()",
+                              "public slot slot_after_login_succeed()",
+                              "public slot slot_after_login_failed(QString msg)",
+                              "public slot slot_after_serverChanged()",
+                              "public slot slot_login_LoggedOtherPlace(QString msg)",
+                              "public slot slot_adjustSize(QSize mainSize)"}));
+        QCOMPARE(ownMethods(Transaction_Lock::staticMetaObject),
+                 QStringList("public slot slot_unlockButton_clicked()"));
+        QCOMPARE(ownMethods(DealWidget_Delivery::staticMetaObject),
+                 QStringList("private slot slot_updateCapInfo()"));
+        QCOMPARE(
+            ownMethods(Small_DeliveryHandling_Dialog::staticMetaObject),
+            (QStringList{"private slot slot_ok_clicked()", "private slot slot_delivery_succeed()",
+                         "private slot slot_delivery_failed(QString reason)"}));
+        for (const QMetaObject *meta :
+             {&Transaction_Deal::staticMetaObject, &DealWidget_AllWidgets::staticMetaObject,
+              &DealWidget_Delivery_TableView::staticMetaObject,
+              &DealWidget_Delivery_Model::staticMetaObject,
+              &DealWidget_Delivery_Delegate::staticMetaObject})
+            QCOMPARE(ownMethods(*meta), QStringList());
     }
 
     void moneyDialogAddsNoMethods()

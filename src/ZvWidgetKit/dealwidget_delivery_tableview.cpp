@@ -1,0 +1,72 @@
+#include "ZvWidgetKit/dealwidget_delivery_tableview.h"
+
+#include "ZvNetworkKit/serverpaths.h"
+#include "ZvWidgetKit/dealwidget_delivery_delegate.h"
+#include "ZvWidgetKit/recordtablestyle.h"
+#include "ZvWidgetKit/small_deliveryhandling_dialog.h"
+
+#include <QDebug>
+#include <QHeaderView>
+#include <QPointer>
+
+namespace {
+
+constexpr int CodeColumn = 0;
+constexpr int NameColumn = 1;
+constexpr int AvailableColumn = 3;
+constexpr int IdColumn = 10;
+constexpr int NameWidth = 200;
+constexpr int RowHeight = 24;
+
+} // namespace
+
+DealWidget_Delivery_TableView::DealWidget_Delivery_TableView(QWidget *parent)
+    : QTableView(parent), m_delegate(new DealWidget_Delivery_Delegate(this))
+{
+    setUpRecordTable(this, &m_model, m_delegate, RowHeight);
+    applyStyle();
+    m_delegate->follow(this);
+}
+
+DealWidget_Delivery_TableView::~DealWidget_Delivery_TableView() = default;
+
+void DealWidget_Delivery_TableView::applyStyle()
+{
+    horizontalHeader()->setStyleSheet(deliveryHeaderSheet());
+    hideColumns(this, {IdColumn});
+    setColumnWidths(this, {{NameColumn, NameWidth}});
+}
+
+void DealWidget_Delivery_TableView::setRecordList(const QList<ZvUBCapItem> &list)
+{
+    m_model.setRecordList(list);
+}
+
+QString DealWidget_Delivery_TableView::textAt(int row, int column) const
+{
+    return m_model.index(row, column).data().toString();
+}
+
+void DealWidget_Delivery_TableView::showDeliveryDialog(int row)
+{
+    const QString code = textAt(row, CodeColumn);
+    const QString name = textAt(row, NameColumn);
+    const int available = textAt(row, AvailableColumn).toInt();
+    const QString id = textAt(row, IdColumn);
+    qDebug() << "delivery collection ID:" << id;
+
+    // The form ends with this view, should that end while it runs.
+    m_delegate->leaveButton();
+    const QPointer<Small_DeliveryHandling_Dialog> dialog(new Small_DeliveryHandling_Dialog(this));
+    dialog->setCollectionId(id);
+    dialog->setCollectionCode(code);
+    dialog->setCollectionName(name);
+    dialog->setAvailableNum(available);
+    dialog->exec();
+    delete dialog;
+}
+
+void DealWidget_Delivery_TableView::mouseReleaseEvent(QMouseEvent *event)
+{
+    m_delegate->clickAfter([this, event] { QTableView::mouseReleaseEvent(event); });
+}
