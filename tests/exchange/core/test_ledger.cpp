@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 using namespace zvx;
 using zvxtest::OpenMarket;
 using zvxtest::Table;
@@ -80,54 +78,6 @@ TEST(Ledger, TheTicketsTenPiecesCostWhatTheTicketSays)
         revoke 1 1                      = accepted 1
         cash 1                          = 100.30 0.00
     )");
-}
-
-TEST(Ledger, WhatTheTicketShowsAsItsMaximumIsAccepted)
-{
-    // The client's own formula, in its own types: float money over the rounded-up cost of a piece.
-    std::uint64_t state = 7;
-    const auto next = [&state](std::uint64_t bound) {
-        state = state * 6364136223846793005u + 1442695040888963407u;
-        return (state >> 33) % bound;
-    };
-    int tight = 0;
-    for (int round = 0; round < 3000; ++round) {
-        const std::int64_t cents
-            = 1 + static_cast<std::int64_t>(next(round % 2 ? 13'000'000 : 5000));
-        const std::int64_t rate
-            = static_cast<std::int64_t>(next(4) == 0 ? 1 + next(100'000) : 3000);
-        const float price = static_cast<float>(static_cast<double>(cents) / 100.0);
-        const double factor = 1 + static_cast<double>(rate) / 1'000'000;
-        const auto unit = static_cast<std::int64_t>(std::ceil(price * factor * 100));
-        // Money that is exactly enough, or a fen less, is the hardest.
-        const std::int64_t pieces = 1 + static_cast<std::int64_t>(next(100'000));
-        const std::int64_t fen = unit * pieces - static_cast<std::int64_t>(next(2));
-        const float money = static_cast<float>(static_cast<double>(fen) / 100.0);
-        const auto most = static_cast<std::int64_t>(money / (static_cast<double>(unit) / 100.0));
-        if (most < 1)
-            continue;
-
-        Market market;
-        std::vector<Event> events;
-        const TimeMs now(0);
-        market.apply(SetPhase{true}, now, events);
-        market.apply(ListCollection{CollectionId(7), Fen(cents), Quantity(0)}, now, events);
-        market.apply(OpenAccount{AccountId(1), PartsPerMillion(rate), {}}, now, events);
-        market.apply(Deposit{AccountId(1), Fen(fen), {}}, now, events);
-        PlaceOrder order;
-        order.account = AccountId(1);
-        order.collection = CollectionId(7);
-        order.price = Fen(cents);
-        order.quantity = Quantity(most);
-        const Result result = market.apply(order, now, events);
-        ASSERT_EQ(name(result.status), std::string("accepted"))
-            << cents << " fen, rate " << rate << ", money " << fen << ", pieces " << most;
-        const auto view = market.order(result.order);
-        tight += view->frozenCash < Fen(cents) * Quantity(most)
-                + share(Fen(cents) * Quantity(most), PartsPerMillion(rate));
-        EXPECT_EQ(market.audit().value_or("content"), "content");
-    }
-    EXPECT_GT(tight, 0) << "the client's rounding never mattered, so nothing was tested";
 }
 
 TEST(Ledger, MoneyThatIsReallyMissingIsRefused)
