@@ -14,6 +14,7 @@
 #include <boost/beast/http/string_body.hpp>
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <stdexcept>
 #include <thread>
@@ -227,7 +228,9 @@ private:
         if (m_phase == Phase::Waiting && m_buffer.size() >= bound)
             return;
         m_reading = true;
-        m_socket.async_read_some(m_buffer.prepare(readStep),
+        // Not into the buffer: requests are taken out of it while this is under way, and what it
+        // has made room for would no longer be behind what it holds.
+        m_socket.async_read_some(net::buffer(m_incoming),
                                  [self = shared_from_this()](error_code error, std::size_t bytes) {
                                      self->m_reading = false;
                                      self->received(error, bytes);
@@ -243,7 +246,9 @@ private:
             ended(error);
             return;
         }
-        m_buffer.commit(bytes);
+        m_buffer.commit(net::buffer_copy(m_buffer.prepare(bytes), net::buffer(m_incoming, bytes)));
+        // Passwords and tokens came through here.
+        wipe(m_incoming.data(), bytes);
         if (m_phase == Phase::Draining) {
             m_drained += bytes;
             m_buffer.consume(m_buffer.size());
@@ -474,7 +479,8 @@ private:
     Impl &m_server;
     Socket m_socket;
     const std::string m_peer;
-    beast::flat_buffer m_buffer;
+    std::array<char, readStep> m_incoming; ///< what is being read
+    beast::flat_buffer m_buffer; ///< what has come and was not taken yet
     std::optional<Parser> m_parser;
     RequestHead m_head;
     std::size_t m_headSize = 0;

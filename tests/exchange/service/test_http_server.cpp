@@ -123,6 +123,28 @@ TEST_F(HttpServerTest, KeepsPipelinedRequestsInOrderBehindAParkedOne)
     EXPECT_EQ(one.answer()->body, "GET/c");
 }
 
+TEST_F(HttpServerTest, KeepsARequestThatComesBehindOneThatWasTakenMeanwhile)
+{
+    begin();
+    RawClient one = client();
+    // The next request is there before the first is answered, and the one after it comes when both
+    // were taken.
+    for (int round = 0; round < 20; ++round) {
+        const int before = echo.parked;
+        one.send("GET /park HTTP/1.1\r\nHost: h\r\n\r\n");
+        ASSERT_TRUE(until([&] { return echo.parked == before + 1; }));
+        one.send("POST /park HTTP/1.1\r\nHost: h\r\nContent-Length: 2\r\n\r\nhi");
+        ASSERT_EQ(zvxtest::fetch(server->port(), "/fine").status, 200); // and it is read by now
+        echo.release();
+        ASSERT_EQ(one.answer()->body, "released");
+        ASSERT_TRUE(until([&] { return echo.parked == before + 2; }));
+        one.send("POST /b HTTP/1.1\r\nHost: h\r\nContent-Length: 3\r\n\r\nxyz");
+        echo.release();
+        ASSERT_EQ(one.answer()->body, "released");
+        ASSERT_EQ(one.answer()->body, "POST/bxyz");
+    }
+}
+
 TEST_F(HttpServerTest, ReadsARequestThatComesByteByByte)
 {
     begin();
