@@ -27,7 +27,7 @@ public:
     /// The exit code, -1 after a signal.
     int wait();
 
-    /// The port of the first line of output.
+    /// The port of the first line of output. Throws std::runtime_error where none comes.
     std::uint16_t port();
 
     std::string output;

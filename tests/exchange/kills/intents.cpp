@@ -1,0 +1,99 @@
+#include "exchange/kills/intents.h"
+
+#include <nlohmann/json.hpp>
+
+#include <array>
+#include <cstdio>
+
+namespace zvxtest {
+
+using zvx::CollectionId;
+using zvx::Fen;
+using zvx::Quantity;
+using zvx::Side;
+
+namespace {
+
+struct Traded {
+    std::int64_t collection;
+    std::int64_t previousClose; ///< limits lie a tenth below and above
+};
+
+constexpr std::array<Traded, 3> kTraded = {{{2100, 1000}, {2101, 1005}, {2106, 47'000}}};
+
+} // namespace
+
+std::string Intent::question() const
+{
+    return "key=" + key + "&resolve=1" + (kind == Revoke ? "&" + fields : std::string());
+}
+
+Word Word::of(const std::string &body)
+{
+    const auto json = nlohmann::json::parse(body, nullptr, false);
+    if (!json.is_object())
+        return {};
+    const std::string status = json.value("status", std::string());
+    const std::string reason = json.value("reason", std::string());
+    Word word;
+    word.said = status + ' ' + reason
+        + (json.contains("data") ? ' ' + json["data"].dump() : std::string());
+    word.done = status == "ok";
+    word.isUnknownKey = reason == "unknown-key";
+    if (word.done)
+        word.order = json.value("/data/order"_json_pointer, std::int64_t(0));
+    const bool isFinal = word.done || (status == "refused" && reason != "pending");
+    word.kind = isFinal ? Final : Passing;
+    return word;
+}
+
+Wishes::Wishes(std::uint64_t seed, int trader)
+    : m_random(seed * 64 + static_cast<std::uint64_t>(trader))
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%016llx%04x", static_cast<unsigned long long>(seed),
+                  static_cast<unsigned>(trader));
+    m_keys = text;
+}
+
+std::string Wishes::newKey()
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "%012x", ++m_made);
+    return m_keys + text;
+}
+
+Intent Wishes::next()
+{
+    Intent intent;
+    intent.key = newKey();
+    const std::size_t kind = below(100);
+    if (kind < 10) {
+        intent.kind = Intent::PayOut;
+        intent.path = "pay/cash-deal.html";
+        intent.amount = Fen(static_cast<std::int64_t>(1 + below(5'000)));
+        intent.fields = "amount=" + std::to_string(intent.amount.value());
+        return intent;
+    }
+    if (kind < 35 && !m_orders.empty()) {
+        intent.kind = Intent::Revoke;
+        intent.path = "trade/revoke.html";
+        intent.order = m_orders[below(m_orders.size())];
+        intent.fields = "orders=" + std::to_string(intent.order);
+        return intent;
+    }
+    const Traded &traded = kTraded[below(kTraded.size())];
+    intent.collection = CollectionId(traded.collection);
+    intent.side = below(2) == 0 ? Side::Buy : Side::Sell;
+    intent.path = intent.side == Side::Buy ? "trade/buy.html" : "trade/sell.html";
+    // Close together, so that many meet; some stand outside the limits and are refused.
+    intent.price = Fen(traded.previousClose + static_cast<std::int64_t>(below(9)) - 4
+                       + (kind >= 95 ? traded.previousClose : 0));
+    intent.quantity = Quantity(static_cast<std::int64_t>(1 + below(4)));
+    intent.fields = "collection=" + std::to_string(traded.collection)
+        + "&price=" + std::to_string(intent.price.value())
+        + "&quantity=" + std::to_string(intent.quantity.value());
+    return intent;
+}
+
+} // namespace zvxtest
