@@ -4,8 +4,6 @@
 #include "ZvWidgetKit/recordtablestyle.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
-#include <QHeaderView>
-
 namespace {
 
 constexpr int RowHeight = 24;
@@ -18,10 +16,9 @@ CollectionRowsView::~CollectionRowsView() = default;
 
 void CollectionRowsView::setUpTable(QAbstractItemModel *model, QAbstractItemDelegate *delegate)
 {
-    setUpRecordTable(this, model, delegate, RowHeight);
-    // Here table and header take theirs from one sheet.
-    horizontalHeader()->setStyleSheet(QString());
-    setStyleSheet(recordTableSheet() + recordHeaderSheet());
+    giveItemDelegate(this, delegate);
+    setModel(model);
+    applyTicketTableStyle(this, RowHeight);
 }
 
 void CollectionRowsView::showTimeLine(const QString &collectionId)

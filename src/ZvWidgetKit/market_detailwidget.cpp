@@ -5,11 +5,11 @@
 #include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverengine.h"
 #include "ZvWidgetKit/collection_dealhistory_view.h"
+#include "ZvWidgetKit/pageturn.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 #include "ui_market_detailwidget.h"
 
 #include <QDebug>
-#include <QTime>
 #include <QWheelEvent>
 
 namespace {
@@ -17,7 +17,6 @@ namespace {
 constexpr int ViewWidth = 300; // at least
 constexpr int RowHeight = 25;
 constexpr int HeadHeight = 55; // the title and the header of a list
-constexpr int TurningDelta = 480; // a page takes more of the wheel than this
 constexpr int ViewSpacing = 20;
 constexpr int LoggedView = 2;
 
@@ -35,11 +34,6 @@ void setSpacing(QLayout *layout, int spacing)
 {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(spacing);
-}
-
-void logWithTime(const QString &text)
-{
-    qDebug().noquote() << QTime::currentTime().toString(QStringLiteral("hh:ss:zzz")) + text;
 }
 
 } // namespace
@@ -134,45 +128,37 @@ void Market_DetailWidget::selectTiggered(QString collectionId)
 
 void Market_DetailWidget::requestPage_whenWheelOut()
 {
-    requestPage(qMax(1, m_currentPage - 1), QStringLiteral(" ==> Up"));
+    requestPage(qMax(1, m_currentPage - 1), pageturn::Up);
 }
 
 void Market_DetailWidget::requestPage_whenWheelIn()
 {
-    requestPage(m_currentPage + 1, QStringLiteral(" ==> Down"));
+    requestPage(m_currentPage + 1, pageturn::Down);
 }
 
-void Market_DetailWidget::requestPage(int page, const QString &direction)
+void Market_DetailWidget::requestPage(int page, pageturn::Direction direction)
 {
     if (isHidden())
         return;
     slot_clearMarketDetail();
     m_requestedPage = page;
-    logWithTime(direction);
-    logWithTime(QStringLiteral(" ==> RequestPage: ") + QString::number(m_requestedPage));
+    pageturn::log(direction, m_requestedPage);
     const QString id = engine()->getGlobalCollectionID();
     nameCollection(id);
     engine()->sendRequest_Market_Detail(id, m_requestedPage, m_pageSize);
 }
 
-// Gathers what the wheel turns, so that a fast turn does not run through many pages. A change of
-// direction begins anew, and what brought it does not count.
 void Market_DetailWidget::wheelEvent(QWheelEvent *event)
 {
-    const int y = event->angleDelta().y();
-    const bool turnsUp = y >= 0;
-    if (turnsUp ? m_wheelDelta < 0 : m_wheelDelta > 0) {
-        m_wheelDelta = 0;
-    } else {
-        // More than one page turns is lost anyway, and so nothing can overflow.
-        m_wheelDelta += qBound(-TurningDelta - 1, y, TurningDelta + 1);
-        if (m_wheelDelta > TurningDelta) {
-            requestPage_whenWheelOut();
-            m_wheelDelta = 0;
-        } else if (m_wheelDelta < -TurningDelta) {
-            requestPage_whenWheelIn();
-            m_wheelDelta = 0;
-        }
+    switch (pageturn::byWheel(event->angleDelta().y(), m_wheelDelta)) {
+    case pageturn::Up:
+        requestPage_whenWheelOut();
+        break;
+    case pageturn::Down:
+        requestPage_whenWheelIn();
+        break;
+    case pageturn::None:
+        break;
     }
     event->accept();
 }

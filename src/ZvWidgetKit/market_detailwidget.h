@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ZvModelKit/zvubdealitem.h"
+#include "ZvWidgetKit/pageturn.h"
 
 #include <QList>
 #include <QWidget>
@@ -50,7 +51,7 @@ private:
     void applyLayout();
     void createConnections();
     void nameCollection(const QString &id);
-    void requestPage(int page, const QString &direction);
+    void requestPage(int page, pageturn::Direction direction);
     void fillViews(Filling filling);
     int usedViews() const;
 

@@ -3,11 +3,13 @@
 #include "ZvNetworkKit/serverpaths.h"
 #include "ZvNetworkKit/zvserverconfig.h"
 
+#include <QCalendarWidget>
 #include <QDate>
 #include <QDateEdit>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLocale>
 #include <QPushButton>
 #include <QTableView>
 #include <QToolButton>
@@ -18,6 +20,20 @@ void setGaps(QLayout *layout, int gap)
 {
     layout->setContentsMargins(gap, gap, gap, gap);
     layout->setSpacing(gap);
+}
+
+// A calendar in the language of the client, whose months are turned by arrows in the colours of the
+// style instead of the stock pictures.
+void applyCalendarStyle(QCalendarWidget *calendar)
+{
+    calendar->setLocale(QLocale(QLocale::Chinese, QLocale::China));
+    calendar->setFirstDayOfWeek(Qt::Monday);
+    const auto setArrow = [calendar](const char *name, Qt::ArrowType arrow) {
+        if (auto *button = calendar->findChild<QToolButton *>(QLatin1String(name)))
+            button->setArrowType(arrow);
+    };
+    setArrow("qt_calendar_prevmonth", Qt::LeftArrow);
+    setArrow("qt_calendar_nextmonth", Qt::RightArrow);
 }
 
 } // namespace
@@ -54,8 +70,23 @@ void RecordPage::applyStyle(const FilterBar &bar)
         label->setStyleSheet(QStringLiteral("QLabel{color:rgb(255,255,255)}"));
     bar.select->setStyleSheet(
         ZvServerConfig::getZvServerConfigInstance()->getStyleOf_DealCheckButton());
+    for (QDateEdit *edit : {bar.startDate, bar.stopDate}) {
+        if (edit)
+            edit->installEventFilter(this);
+    }
     bar.pageUp->setVisible(false);
     bar.pageDown->setVisible(false);
+}
+
+// A date edit makes its calendar when it is pressed for the first time, and not all of them will
+// be.
+bool RecordPage::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::MouseButtonPress) {
+        if (const auto *edit = qobject_cast<QDateEdit *>(watched))
+            applyCalendarStyle(edit->calendarWidget());
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void RecordPage::createConnections(const FilterBar &bar)

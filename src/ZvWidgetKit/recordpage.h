@@ -46,6 +46,8 @@ protected:
     // brings the filter bar to life.
     void setUpPage(const FilterBar &bar, QWidget *container, QTableView *table);
 
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
     // A date as requests have it.
     static QString dateText(const QDateEdit *edit);
 

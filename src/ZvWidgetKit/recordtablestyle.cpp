@@ -7,15 +7,9 @@
 #include <QHeaderView>
 #include <QTableView>
 
-void setUpRecordTable(QTableView *view, QAbstractItemModel *model, QAbstractItemDelegate *delegate,
-                      int rowHeight)
-{
-    giveItemDelegate(view, delegate);
-    view->setModel(model);
-    applyRecordTableStyle(view, rowHeight);
-}
+namespace {
 
-void applyRecordTableStyle(QTableView *view, int rowHeight)
+void setUpSections(QTableView *view, int rowHeight)
 {
     view->setShowGrid(false);
     view->setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -32,9 +26,30 @@ void applyRecordTableStyle(QTableView *view, int rowHeight)
     header->setSectionResizeMode(QHeaderView::Interactive);
     header->setStretchLastSection(true);
     header->setHighlightSections(false);
+}
 
+} // namespace
+
+void setUpRecordTable(QTableView *view, QAbstractItemModel *model, QAbstractItemDelegate *delegate,
+                      int rowHeight)
+{
+    giveItemDelegate(view, delegate);
+    view->setModel(model);
+    applyRecordTableStyle(view, rowHeight);
+}
+
+void applyRecordTableStyle(QTableView *view, int rowHeight)
+{
+    setUpSections(view, rowHeight);
     view->setStyleSheet(recordTableSheet());
-    header->setStyleSheet(recordHeaderSheet());
+    view->horizontalHeader()->setStyleSheet(recordHeaderSheet());
+    applyScrollBarStyle(view);
+}
+
+void applyTicketTableStyle(QTableView *view, int rowHeight)
+{
+    setUpSections(view, rowHeight);
+    view->setStyleSheet(recordTableSheet() + recordHeaderSheet());
     applyScrollBarStyle(view);
 }
 

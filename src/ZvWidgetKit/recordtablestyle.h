@@ -21,6 +21,9 @@ struct ColumnWidth {
 // a header whose sections the user may drag, the sheets below and those of the scroll bars.
 void applyRecordTableStyle(QTableView *view, int rowHeight);
 
+// The same, but the sheets of table and header are one, as the tables under the ticket have it.
+void applyTicketTableStyle(QTableView *view, int rowHeight);
+
 // The sheets: of the table itself and of its header.
 QString recordTableSheet();
 QString recordHeaderSheet();
