@@ -265,6 +265,18 @@ private slots:
         QCOMPARE(shown(), page(1));
     }
 
+    void anEmptyTableIsLeftAloneBeyondItsEnd_data() { zvtest::addRecordMembers(); }
+    void anEmptyTableIsLeftAloneBeyondItsEnd()
+    {
+        make();
+        query();
+        answerNothing();
+        turnDown();
+        QSignalSpy reset(table()->model(), &QAbstractItemModel::modelReset);
+        answerNothing();
+        QCOMPARE(reset.count(), 0);
+    }
+
     void anAnswerBeforeAnyQueryIsTakenForTheFirstPage_data() { zvtest::addRecordMembers(); }
     void anAnswerBeforeAnyQueryIsTakenForTheFirstPage()
     {
