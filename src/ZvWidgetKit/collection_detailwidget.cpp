@@ -28,6 +28,8 @@ constexpr int WidestPanel = 325;
 constexpr int HeadHeight = 32;
 constexpr int HeadWeight = 75;
 constexpr int TextPixels = 14;
+constexpr int LeastHeight = 480;
+constexpr int LeastLowHeight = 420; // with fewer levels
 constexpr int LevelsOfLowWindow = 3;
 constexpr int Levels = 5; // a side
 constexpr float FirstReference = 50.0F;
@@ -308,6 +310,7 @@ void Collection_DetailWidget::slot_adjustSize(QSize mainSize)
              {levels[i].caption, levels[i].price, levels[i].quantity, levels[i].spacer})
             label->setVisible(hasRoom);
     }
+    setMinimumHeight(hasRoom ? LeastHeight : LeastLowHeight);
 }
 
 void Collection_DetailWidget::resizeEvent(QResizeEvent *event)

@@ -1,10 +1,10 @@
 #include "client/accountbutton.h"
 
+#include "BreltWidgetToolKit/brelttooltip.h"
 #include "ZvNetworkKit/zvserveractionresult.h"
 #include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverconfig.h"
 #include "ZvNetworkKit/zvserverengine.h"
-#include "ZvWidgetKit/framedmessage.h"
 #include "ZvWidgetKit/logindialog.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
@@ -51,7 +51,8 @@ QString nameOf(const ZvUBMyAcount &account)
 
 } // namespace
 
-AccountButton::AccountButton(QWidget *parent) : QPushButton(parent), m_menu(new QMenu(this))
+AccountButton::AccountButton(QWidget *parent)
+    : QPushButton(parent), m_menu(new QMenu(this)), m_hideAction(nullptr)
 {
     setObjectName(QStringLiteral("AccountButton"));
     setStyleSheet(ZvServerConfig::getZvServerConfigInstance()->getStyleOf_StatusBarLoginButton());
@@ -61,6 +62,9 @@ AccountButton::AccountButton(QWidget *parent) : QPushButton(parent), m_menu(new 
     small.setPixelSize(12);
     setFont(small);
     m_menu->addAction(QStringLiteral("出/入金"), this, &AccountButton::transferWanted);
+    m_hideAction = m_menu->addAction(QString(), this, &AccountButton::toggleHide);
+    setHideText(false);
+    m_menu->addAction(QStringLiteral("锁定交易"), this, &AccountButton::lockTransactionsWanted);
     m_menu->addSeparator();
     m_menu->addAction(QStringLiteral("退出登录"), this, &AccountButton::signOut);
 
@@ -68,9 +72,11 @@ AccountButton::AccountButton(QWidget *parent) : QPushButton(parent), m_menu(new 
     connect(ZvServerActionResult::getZvServerActionResultInstance(),
             &ZvServerActionResult::signal_login_succeed, this, &AccountButton::takeSignIn);
     connect(cache(), &ZvServerCache::signal_cache_Myaccount_changed, this, &AccountButton::refresh);
-    connect(cache(), &ZvServerCache::signal_cache_LoggedOtherPlace, this,
-            &AccountButton::takeSessionEnd);
-    connect(pool(), &ZvWidgetSignalSLotPool::signal_login_succeed, this, &AccountButton::refresh);
+    connect(pool(), &ZvWidgetSignalSLotPool::signal_login_succeed, this, [this] {
+        // Whoever signs in sees the trading half.
+        setHideText(false);
+        refresh();
+    });
     connect(pool(), &ZvWidgetSignalSLotPool::signal_loggedOtherPlace, this,
             &AccountButton::refresh);
     refresh();
@@ -87,7 +93,8 @@ void AccountButton::refresh()
     // A new text takes the shortcut with it.
     const QKeySequence keys(Qt::CTRL | Qt::Key_L);
     setShortcut(keys);
-    setToolTip(QStringLiteral("%1 (%2)").arg(words, keys.toString(QKeySequence::NativeText)));
+    setToolTip(brelt::plainToolTip(
+        QStringLiteral("%1 (%2)").arg(words, keys.toString(QKeySequence::NativeText))));
     setAccessibleName(isLogged ? QStringLiteral("账户 %1").arg(words) : words);
 }
 
@@ -135,17 +142,14 @@ void AccountButton::signOut()
     pool()->slot_loggedOtherPlace();
 }
 
-void AccountButton::takeSessionEnd(QString message)
+void AccountButton::toggleHide()
 {
-    engine()->startUnloggedEngine();
-    refresh();
-    if (m_isTelling)
-        return;
-    m_isTelling = true;
-    const QPointer<AccountButton> self(this);
-    framedmessage::show(framedmessage::paragraph(message), QStringLiteral("错误提示"));
-    if (!self)
-        return;
-    m_isTelling = false;
-    pool()->slot_loggedOtherPlace();
+    setHideText(!m_isHidden);
+    emit hideTransactionsToggled(m_isHidden);
+}
+
+void AccountButton::setHideText(bool isHidden)
+{
+    m_isHidden = isHidden;
+    m_hideAction->setText(isHidden ? QStringLiteral("显示交易") : QStringLiteral("隐藏交易"));
 }

@@ -1,8 +1,11 @@
 #include "client/connectionstrip.h"
 
 #include "client/accountbutton.h"
+#include "client/checkwords.h"
 
+#include "BreltWidgetToolKit/breltglobalfunction.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
+#include "ZvNetworkKit/zvserveractionresult.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -12,6 +15,17 @@ namespace {
 
 constexpr int stripHeight = 30;
 constexpr int markSide = 8;
+
+ZvActionChecks *checks()
+{
+    return ZvServerActionResult::getZvServerActionResultInstance()->checks();
+}
+
+void giveNotice(const ZvIntent &intent, ZvActionChecks::Outcome outcome, const QString &message)
+{
+    BreltGlobalFunction::getBreltGlobalFunciton()->alertMessage(
+        checkwords::notice(intent, outcome, message));
+}
 
 QString span(qint64 milliseconds)
 {
@@ -49,6 +63,8 @@ ConnectionStrip::ConnectionStrip(QWidget *parent)
     connect(m_timer, &QTimer::timeout, this, &ConnectionStrip::refresh);
     connect(ZvServerAccessManager::getZvServerAccessManagerInstance(),
             &ZvServerAccessManager::signal_connection_changed, this, &ConnectionStrip::refresh);
+    connect(checks(), &ZvActionChecks::changed, this, &ConnectionStrip::refresh);
+    connect(checks(), &ZvActionChecks::settled, this, giveNotice);
     refresh();
 }
 
@@ -74,11 +90,15 @@ void ConnectionStrip::refresh()
     }
     if (!isConnected && !m_serviceNotice.isEmpty())
         parts << m_serviceNotice;
+    const QString checked = checkwords::sentence(checks()->open(), checks()->waiting());
+    if (!checked.isEmpty())
+        parts << checked;
+    const bool isCalm = isConnected && checked.isEmpty();
     const QString words = parts.join(QStringLiteral("  ·  "));
     m_words->setText(words);
-    m_words->setToolTip(isConnected ? QString() : words);
-    if (!m_shownState || *m_shownState != isConnected)
-        showColours(isConnected);
+    m_words->setToolTip(isCalm ? QString() : words);
+    if (!m_shownState || *m_shownState != isCalm)
+        showColours(isCalm);
     // While connected nothing here moves, so nothing is painted either.
     if (isConnected)
         m_timer->stop();
@@ -86,11 +106,11 @@ void ConnectionStrip::refresh()
         m_timer->start();
 }
 
-void ConnectionStrip::showColours(bool isConnected)
+void ConnectionStrip::showColours(bool isCalm)
 {
-    m_shownState = isConnected;
-    const QString words = isConnected ? QStringLiteral("#8c939d") : QStringLiteral("#e2ef33");
-    const QString mark = isConnected ? QStringLiteral("#4a9e5c") : QStringLiteral("#e2ef33");
+    m_shownState = isCalm;
+    const QString words = isCalm ? QStringLiteral("#8c939d") : QStringLiteral("#e2ef33");
+    const QString mark = isCalm ? QStringLiteral("#4a9e5c") : QStringLiteral("#e2ef33");
     m_words->setStyleSheet(QStringLiteral("color:%1;font-size:12px;").arg(words));
     m_mark->setStyleSheet(QStringLiteral("background-color:%1;border-radius:4px;").arg(mark));
 }

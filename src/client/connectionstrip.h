@@ -8,9 +8,10 @@ class AccountButton;
 class QLabel;
 class QTimer;
 
-// The slim strip at the bottom of the window that says in words whether the exchange is there and
-// how old the figures on the screen are. Quotes that stop with nothing said cost traders money. At
-// its end stands the account.
+// The slim strip at the bottom of the window that says in words whether the exchange is there, how
+// old the figures on the screen are, and of which orders it is not known yet what became of them.
+// Quotes that stop with nothing said cost traders money, and so does an order that is placed twice.
+// At its end stands the account.
 class ConnectionStrip : public QWidget
 {
     Q_OBJECT
@@ -31,9 +32,9 @@ public:
     AccountButton *accountButton() const { return m_account; }
 
 private:
-    void showColours(bool isConnected);
+    void showColours(bool isCalm);
 
-    std::optional<bool> m_shownState; // the connection as the colours tell it
+    std::optional<bool> m_shownState; // calm or not, as the colours tell it
     QLabel *m_mark;
     QLabel *m_words;
     AccountButton *m_account;

@@ -11,6 +11,7 @@
 #include "ZvNetworkKit/zvserverconfig.h"
 #include "ZvNetworkKit/zvserverengine.h"
 #include "ZvWidgetKit/market_widget.h"
+#include "ZvWidgetKit/transaction_widget.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
 #include <QResizeEvent>
@@ -23,6 +24,10 @@ namespace {
 
 constexpr int tablePage = 0;
 
+// The market half gives way to the trading half down to this, also where the page of a chart would
+// rather have more: the window has to fit a screen of 800 lines.
+constexpr int leastMarketHeight = 420;
+
 ZvWidgetSignalSLotPool *pool()
 {
     return ZvWidgetSignalSLotPool::getSignalSlotPoolInstance();
@@ -33,8 +38,8 @@ ZvWidgetSignalSLotPool *pool()
 MainWindow::MainWindow(QWidget *parent)
     : QWidget(parent), m_halves(new QSplitter(Qt::Vertical)), m_market(new Market_Widget),
       m_pages(m_market->findChild<QStackedWidget *>(QString(), Qt::FindDirectChildrenOnly)),
-      m_table(m_pages->widget(tablePage)->findChild<QTableView *>()), m_strip(new ConnectionStrip),
-      m_sprite(nullptr)
+      m_table(m_pages->widget(tablePage)->findChild<QTableView *>()),
+      m_transactions(new Transaction_Widget), m_strip(new ConnectionStrip), m_sprite(nullptr)
 {
     setObjectName(QStringLiteral("MainWindow"));
     setAttribute(Qt::WA_StyledBackground);
@@ -42,7 +47,12 @@ MainWindow::MainWindow(QWidget *parent)
     setWindowTitle(QStringLiteral("藏品交易"));
 
     m_halves->setChildrenCollapsible(false);
+    m_market->setMinimumHeight(leastMarketHeight);
     m_halves->addWidget(m_market);
+    m_halves->addWidget(m_transactions);
+    // What the window grows by is the market's.
+    m_halves->setStretchFactor(m_halves->indexOf(m_market), 1);
+    m_halves->setStretchFactor(m_halves->indexOf(m_transactions), 0);
 
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -54,6 +64,9 @@ MainWindow::MainWindow(QWidget *parent)
     new MarketKeys(this, m_pages, m_sprite);
     new NameColumn(m_table);
     createConnections();
+    // Before the window has a size of its own: what it needs at least is told by its parts as they
+    // are on the smallest screen.
+    pool()->slot_adjustSize(size());
     m_table->setFocus();
 }
 
@@ -66,6 +79,12 @@ void MainWindow::createConnections()
             &Market_Widget::hideButtonsNeedLog);
     connect(m_strip->accountButton(), &AccountButton::transferWanted, m_market,
             &Market_Widget::slot_inputoutput_clicked);
+    connect(m_strip->accountButton(), &AccountButton::hideTransactionsToggled, this,
+            &MainWindow::hideTransactions);
+    connect(m_strip->accountButton(), &AccountButton::lockTransactionsWanted, m_transactions,
+            &Transaction_Widget::slot_showTransctionLock);
+    connect(pool(), &ZvWidgetSignalSLotPool::signal_login_succeed, this,
+            [this] { hideTransactions(false); });
 
     connect(pool(), &ZvWidgetSignalSLotPool::signal_escape_clicked, this, &MainWindow::goBack);
     connect(pool(), &ZvWidgetSignalSLotPool::signal_keyboardFairy_clicked, m_sprite,
@@ -112,10 +131,37 @@ void MainWindow::noteRows()
     emit marketShown();
 }
 
+// The keys do not stay with what is out of sight.
+void MainWindow::hideTransactions(bool isHidden)
+{
+    const bool hadKeys = m_transactions->isAncestorOf(focusWidget());
+    m_transactions->setHidden(isHidden);
+    if (isHidden && hadKeys) {
+        const bool isTable = m_pages->currentIndex() == tablePage;
+        (isTable ? m_table : m_pages->currentWidget())->setFocus();
+    }
+}
+
+// The trading half asks for a height by the window's. A splitter makes room for a half that needs
+// more, keeps the room when less would do, and does not see that a half has changed its own size.
+void MainWindow::adjustHalves()
+{
+    layout()->activate(); // the halves have the room of the window as it is now
+    QList<int> heights = m_halves->sizes();
+    const int before = m_transactions->minimumHeight();
+    pool()->slot_adjustSize(size());
+    const int wanted = m_transactions->minimumHeight();
+    const int rest = m_halves->height() - m_halves->handleWidth() - wanted;
+    if ((wanted != before || !m_isAdjusted) && rest > 0)
+        heights = {rest, wanted};
+    m_halves->setSizes(heights);
+    m_isAdjusted = true;
+}
+
 void MainWindow::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    pool()->slot_adjustSize(size());
+    adjustHalves();
 }
 
 void MainWindow::showEvent(QShowEvent *event)

@@ -10,9 +10,10 @@ class QSplitter;
 class QStackedWidget;
 class QTableView;
 class QUrl;
+class Transaction_Widget;
 
 // The one window: title bar, market half over trading half, status bar, and the strip that tells
-// of the connection. The bars and the trading half find their places left free here.
+// of the connection. The bars find their places left free here.
 class MainWindow : public QWidget
 {
     Q_OBJECT
@@ -44,12 +45,16 @@ private:
     void createConnections();
     void goBack();
     void noteRows();
+    void hideTransactions(bool isHidden);
+    void adjustHalves();
 
     QSplitter *m_halves;
     Market_Widget *m_market;
     QStackedWidget *m_pages; // of the market half: its table, the chart, the deals
     QTableView *m_table; // the market table
+    Transaction_Widget *m_transactions;
     ConnectionStrip *m_strip;
     KeyboardSprite *m_sprite;
     bool m_hasMarket = false;
+    bool m_isAdjusted = false; // the halves have had a size of the window
 };

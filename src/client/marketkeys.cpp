@@ -16,6 +16,7 @@ constexpr int tablePage = 0;
 constexpr int chartPage = 1;
 constexpr int idColumn = 21; // of the market table, hidden
 constexpr int notch = 120; // of a wheel, in eighths of a degree
+constexpr int mostNotches = 1000; // of one turn
 
 ZvWidgetSignalSLotPool *pool()
 {
@@ -76,6 +77,13 @@ bool MarketKeys::isTyping() const
     return focus && focus->testAttribute(Qt::WA_InputMethodEnabled);
 }
 
+// In a list that stands beside the pages, such as the records of the trading half.
+bool MarketKeys::isScrolling() const
+{
+    const auto *view = qobject_cast<const QAbstractItemView *>(m_window->focusWidget());
+    return view && !m_pages->isAncestorOf(view);
+}
+
 bool MarketKeys::takePress(const QKeyEvent &event)
 {
     const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
@@ -85,7 +93,7 @@ bool MarketKeys::takePress(const QKeyEvent &event)
     const bool isPaging = event.key() == Qt::Key_PageUp || event.key() == Qt::Key_PageDown;
     if ((isPaging || isCharacter) && isTyping())
         return false;
-    if (isPaging && m_pages->currentIndex() == tablePage)
+    if (isPaging && (isScrolling() || m_pages->currentIndex() == tablePage))
         return false;
 
     // A page that is turned while a key is held would not stop at the next one.
@@ -140,7 +148,7 @@ void MarketKeys::takeRelease(const QKeyEvent &event)
 // A fine wheel turns by parts of a notch, and the page counts whole ones.
 bool MarketKeys::takeWheel(const QWheelEvent &event)
 {
-    const int turn = event.angleDelta().y();
+    const int turn = qBound(-mostNotches * notch, event.angleDelta().y(), mostNotches * notch);
     if (turn == 0 || event.modifiers() != Qt::NoModifier)
         return false;
     if ((turn < 0) != (m_turned < 0))

@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QTextDocument>
 #include <QVBoxLayout>
 #include <QtTest/QtTest>
 
@@ -80,31 +81,6 @@ private:
                 QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier,
                                   menu->actionGeometry(action).center());
         }
-    }
-
-    // Waits for the box that tells of the end and presses its button.
-    static void confirmBox()
-    {
-        QTRY_COMPARE(shown<BreltFramlessMessageBox>().size(), 1);
-        QTest::mouseClick(shown<BreltFramlessMessageBox>().first()->findChild<QPushButton *>(),
-                          Qt::LeftButton);
-    }
-
-    // Ends the session, and runs `step` while the box that tells of it is on the screen.
-    template <typename Step>
-    static bool endSession(const QString &message, Step step)
-    {
-        bool isDone = false;
-        QTimer watch;
-        connect(&watch, &QTimer::timeout, &watch, [&] {
-            if (isDone || shown<BreltFramlessMessageBox>().isEmpty())
-                return;
-            isDone = true;
-            step(shown<BreltFramlessMessageBox>().first());
-        });
-        watch.start(0);
-        cache()->storeLoggedOtherPlace(message);
-        return isDone;
     }
 
 private slots:
@@ -256,6 +232,16 @@ private slots:
         QVERIFY(m_button->toolTip().contains(name));
     }
 
+    void namesAreNoMarkup()
+    {
+        const QString name = QStringLiteral("<b>张</b>");
+        signIn();
+        cache()->storeMyAccount(account("13900000001", name));
+        QTextDocument shown;
+        shown.setHtml(m_button->toolTip());
+        QVERIFY2(shown.toPlainText().startsWith(name), qPrintable(m_button->toolTip()));
+    }
+
     void nameIsOfTheAccountThatIsSignedIn()
     {
         // The account is there before its sign-in is told.
@@ -303,78 +289,53 @@ private slots:
         QVERIFY(engine()->isLogged);
     }
 
-    void menuHoldsTransferAndFarewell()
+    void menuHoldsWhatASignedInUserMayDo()
     {
         QStringList texts;
         for (const QAction *action : m_button->findChild<QMenu *>()->actions())
             texts << action->text();
-        QCOMPARE(texts, QStringList({"出/入金", "", "退出登录"}));
+        QCOMPARE(texts, QStringList({"出/入金", "隐藏交易", "锁定交易", "", "退出登录"}));
     }
 
-    void endOfTheSessionIsCarriedOutFirstAndToldThen()
+    void menuHidesAndShowsTheTradingHalf()
     {
         signIn();
-        QSignalSpy left(pool(), &ZvWidgetSignalSLotPool::signal_loggedOtherPlace);
+        QSignalSpy toggled(m_button, &AccountButton::hideTransactionsToggled);
+        for (const bool isHidden : {true, false, true}) {
+            QTest::mouseClick(m_button, Qt::LeftButton);
+            QTRY_VERIFY(m_button->findChild<QMenu *>()->isVisible());
+            choose(isHidden ? "隐藏交易" : "显示交易");
+            QCOMPARE(toggled.count(), 1);
+            QCOMPARE(toggled.takeFirst().first().toBool(), isHidden);
+        }
+        // Whoever signs in sees it, and the menu offers to hide it.
+        pool()->slot_login_succeed();
+        QVERIFY(toggled.isEmpty());
+        QTest::mouseClick(m_button, Qt::LeftButton);
+        QTRY_VERIFY(m_button->findChild<QMenu *>()->isVisible());
+        choose("隐藏交易");
+        QCOMPARE(toggled.count(), 1);
+        QVERIFY(toggled.first().first().toBool());
+    }
+
+    void menuLocksTheTradingHalf()
+    {
+        signIn();
+        QSignalSpy wanted(m_button, &AccountButton::lockTransactionsWanted);
+        QTest::mouseClick(m_button, Qt::LeftButton);
+        QTRY_VERIFY(m_button->findChild<QMenu *>()->isVisible());
+        choose("锁定交易");
+        QCOMPARE(wanted.count(), 1);
+    }
+
+    void theEndOfTheSessionIsTheTradingHalfsToSay()
+    {
+        signIn();
         zvtest::CallTrace trace;
-        QStringList before;
-        QString button;
-        QString text;
-        QString title;
-        QStringList buttons;
-        int height = 0;
-        int leftBefore = -1;
-        QVERIFY(endSession("您的账户已在别处登录", [&](BreltFramlessMessageBox *box) {
-            before = trace.take();
-            button = m_button->text();
-            text = box->findChild<QLabel *>()->text();
-            title = box->windowTitle();
-            height = box->titleHeight();
-            for (const QPushButton *each : box->findChildren<QPushButton *>())
-                buttons << each->text();
-            leftBefore = left.count();
-            confirmBox();
-        }));
-        QCOMPARE(before, QStringList{endsSession});
-        QCOMPARE(button, QStringLiteral("登录"));
-        QCOMPARE(text, QStringLiteral("<p align='center'>您的账户已在别处登录</p>"));
-        QCOMPARE(title, QStringLiteral("错误提示"));
-        QCOMPARE(height, 40);
-        QCOMPARE(buttons, QStringList{"确认"});
-        QCOMPARE(leftBefore, 0);
-        QCOMPARE(left.count(), 1);
+        cache()->storeLoggedOtherPlace("您的账户已在别处登录");
+        QCOMPARE(trace.take(), QStringList());
         QVERIFY(shown<BreltFramlessMessageBox>().isEmpty());
-    }
-
-    void anEndDuringTheBoxOpensNoSecondOne()
-    {
-        signIn();
-        int most = 0;
-        bool wasLogged = true;
-        QVERIFY(endSession("第一次", [&](BreltFramlessMessageBox *) {
-            engine()->isLogged = true;
-            cache()->storeLoggedOtherPlace("第二次");
-            wasLogged = engine()->isLogged;
-            most = shown<BreltFramlessMessageBox>().size();
-            confirmBox();
-        }));
-        QVERIFY(!wasLogged);
-        QCOMPARE(most, 1);
-        QVERIFY(shown<BreltFramlessMessageBox>().isEmpty());
-        // A later one is told again.
-        QVERIFY(endSession("第三次", [](BreltFramlessMessageBox *) { confirmBox(); }));
-    }
-
-    void windowMayEndWhileTheBoxIsOpen()
-    {
-        signIn();
-        QSignalSpy left(pool(), &ZvWidgetSignalSLotPool::signal_loggedOtherPlace);
-        QVERIFY(endSession("再见", [&](BreltFramlessMessageBox *) {
-            m_window.reset();
-            confirmBox();
-        }));
-        QVERIFY(!m_button);
-        QVERIFY(shown<BreltFramlessMessageBox>().isEmpty());
-        QCOMPARE(left.count(), 0);
+        QVERIFY(engine()->isLogged);
     }
 
     void windowMayEndWithItsDialog()

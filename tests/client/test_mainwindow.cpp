@@ -17,11 +17,14 @@
 #include "ZvWidgetKit/market_ktimewidget.h"
 #include "ZvWidgetKit/market_tablewidget.h"
 #include "ZvWidgetKit/market_widget.h"
+#include "ZvWidgetKit/transaction_widget.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
 #include <QButtonGroup>
+#include <QDoubleSpinBox>
 #include <QMenu>
 #include <QPushButton>
+#include <QSplitter>
 #include <QStackedWidget>
 #include <QTableView>
 #include <QtTest/QtTest>
@@ -104,6 +107,43 @@ private:
         const auto *pages = m_window->findChild<Market_Widget *>()->findChild<QStackedWidget *>(
             QString(), Qt::FindDirectChildrenOnly);
         return pages->currentWidget()->metaObject()->className();
+    }
+
+    Transaction_Widget *transactions() const { return m_window->findChild<Transaction_Widget *>(); }
+
+    // What the window leaves to the market half beside the strip and the higher trading half.
+    int marketHeightOf(int window) const
+    {
+        return window - 307 - m_window->findChild<QSplitter *>()->handleWidth()
+            - m_window->connectionStrip()->height();
+    }
+
+    QDoubleSpinBox *ticketField() const
+    {
+        return transactions()->findChild<QDoubleSpinBox *>("doubleSpinBox_buysellPrice");
+    }
+
+    // The first table of the trading half that is on the screen.
+    QTableView *tradingTable() const
+    {
+        for (QTableView *view : transactions()->findChildren<QTableView *>()) {
+            if (view->isVisible())
+                return view;
+        }
+        return nullptr;
+    }
+
+    // Takes an entry of the account's menu.
+    void choose(const QString &entry) const
+    {
+        for (QAction *action :
+             m_window->findChild<AccountButton *>()->findChild<QMenu *>()->actions()) {
+            if (action->text() == entry) {
+                action->trigger();
+                return;
+            }
+        }
+        QFAIL(qPrintable(entry));
     }
 
     KeyboardSprite *sprite() const { return m_window->findChild<KeyboardSprite *>(); }
@@ -353,7 +393,8 @@ private slots:
         m_window->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
         bool isReached = false;
-        for (int i = 0; i < 8 && !isReached; ++i) {
+        // The ticket's fields lie between, and the tables beside it.
+        for (int i = 0; i < 40 && !isReached; ++i) {
             QTest::keyClick(m_window->focusWidget(), Qt::Key_Tab);
             isReached = qobject_cast<AccountButton *>(m_window->focusWidget());
         }
@@ -382,14 +423,174 @@ private slots:
         QVERIFY(config->getStyleOf_ContactUrl().contains(":4712/"));
     }
 
+    void halvesShareASmallScreen()
+    {
+        m_window->resize(1366, 768);
+        m_window->show();
+        QCOMPARE(m_window->size(), QSize(1366, 768));
+        QVERIFY2(m_window->minimumSizeHint().width() <= 1366
+                     && m_window->minimumSizeHint().height() <= 768,
+                 qPrintable(QStringLiteral("%1x%2")
+                                .arg(m_window->minimumSizeHint().width())
+                                .arg(m_window->minimumSizeHint().height())));
+        QCOMPARE(transactions()->height(), 226);
+        const auto *market = m_window->findChild<Market_Widget *>();
+        QVERIFY(market->height() >= market->minimumSizeHint().height());
+        QVERIFY(market->geometry().bottom() < transactions()->geometry().top());
+        QCOMPARE(transactions()->width(), market->width());
+    }
+
+    void theTradingHalfFollowsTheHeightOfTheWindow()
+    {
+        m_window->resize(1366, 780);
+        m_window->show();
+        QCOMPARE(transactions()->height(), 226);
+        m_window->resize(1366, 781);
+        QTRY_COMPARE(transactions()->height(), 307);
+        m_window->resize(1366, 900);
+        QTRY_COMPARE(m_window->findChild<Market_Widget *>()->height(), marketHeightOf(900));
+        QCOMPARE(transactions()->height(), 307);
+        m_window->resize(1366, 700);
+        QTRY_COMPARE(transactions()->height(), 226);
+    }
+
+    void aHeightOfTheUsersOwnIsKept()
+    {
+        m_window->resize(1366, 900);
+        m_window->show();
+        auto *halves = m_window->findChild<QSplitter *>();
+        halves->setSizes({100, 400});
+        const int height = transactions()->height();
+        QVERIFY(height > 307);
+        m_window->resize(1366, 920);
+        QTRY_COMPARE(m_window->height(), 920);
+        QCOMPARE(transactions()->height(), height);
+    }
+
+    void theTradingHalfHidesAndComesBack()
+    {
+        m_window->resize(1366, 768);
+        open();
+        const int market = m_window->findChild<Market_Widget *>()->height();
+        auto *price = ticketField();
+        price->setFocus();
+        QVERIFY(price->hasFocus());
+        choose("隐藏交易");
+        QVERIFY(!transactions()->isVisible());
+        QTRY_VERIFY(m_window->findChild<Market_Widget *>()->height() > market);
+        QVERIFY(table()->hasFocus());
+        choose("显示交易");
+        QVERIFY(transactions()->isVisible());
+        QTRY_COMPARE(m_window->findChild<Market_Widget *>()->height(), market);
+        QVERIFY(table()->hasFocus());
+        // A sign-in brings it back as well.
+        choose("隐藏交易");
+        engine()->isLogged = true;
+        pool()->slot_login_succeed();
+        QVERIFY(transactions()->isVisible());
+    }
+
+    void theTradingHalfIsLockedFromTheMenu()
+    {
+        open();
+        auto *pages
+            = transactions()->findChild<QStackedWidget *>(QString(), Qt::FindDirectChildrenOnly);
+        QCOMPARE(pages->currentIndex(), 0);
+        choose("锁定交易");
+        QCOMPARE(pages->currentIndex(), 1);
+    }
+
+    void theEndOfTheSessionIsToldOnce()
+    {
+        open();
+        engine()->isLogged = true;
+        pool()->slot_login_succeed();
+        QSignalSpy left(pool(), &ZvWidgetSignalSLotPool::signal_loggedOtherPlace);
+        int boxes = 0;
+        QStringList before;
+        zvtest::CallTrace trace;
+        QTimer reader;
+        connect(&reader, &QTimer::timeout, this, [&] {
+            QWidget *box = QApplication::activeModalWidget();
+            if (!box)
+                return;
+            ++boxes;
+            before = trace.take();
+            QTest::mouseClick(box->findChild<QPushButton *>(), Qt::LeftButton);
+        });
+        reader.start(20);
+        cache()->storeLoggedOtherPlace(QStringLiteral("您的账户已在别处登录"));
+        QCOMPARE(boxes, 1);
+        QVERIFY2(before.contains("ZvServerEngine::startUnloggedEngine()"),
+                 qPrintable(before.join('\n')));
+        QCOMPARE(left.count(), 1);
+        QCOMPARE(m_window->findChild<AccountButton *>()->text(), QStringLiteral("登录"));
+    }
+
+    void digitsTypedIntoTheTicketStayThere()
+    {
+        m_window->resize(1366, 768);
+        open();
+        press(Qt::Key_Return);
+        QCOMPARE(page(), QStringLiteral("Market_KTimeWidget"));
+        auto *price = ticketField();
+        price->setFocus();
+        price->selectAll();
+        QTest::keyClicks(price, "12.34");
+        QVERIFY(sprite()->isHidden());
+        QCOMPARE(price->text(), QStringLiteral("12.34"));
+        const QString id = engine()->getGlobalCollectionID();
+        QTest::keyClick(price, Qt::Key_PageDown);
+        QCOMPARE(engine()->getGlobalCollectionID(), id);
+        // Escape goes back step by step, wherever the keys are.
+        QTest::keyClick(price, Qt::Key_Escape);
+        QCOMPARE(page(), QStringLiteral("Market_TableWidget"));
+    }
+
+    void pageKeysScrollATableOfTheTradingHalf()
+    {
+        m_window->resize(1366, 768);
+        open();
+        press(Qt::Key_Return);
+        auto *records = tradingTable();
+        QVERIFY(records);
+        records->setFocus();
+        QVERIFY(records->hasFocus());
+        const QString id = engine()->getGlobalCollectionID();
+        QTest::keyClick(records, Qt::Key_PageDown);
+        QCOMPARE(engine()->getGlobalCollectionID(), id);
+        // F5 and letters are the window's there as well.
+        QTest::keyClick(records, Qt::Key_F5);
+        QVERIFY(marketButton("日K")->isChecked());
+        QTest::keyClick(records, Qt::Key_C);
+        QVERIFY(sprite()->isVisible());
+        sprite()->leave();
+    }
+
+    void theWheelOverTheTradingHalfLeavesTheChart()
+    {
+        m_window->resize(1366, 768);
+        open();
+        press(Qt::Key_Return);
+        const QString id = engine()->getGlobalCollectionID();
+        QSignalSpy turned(pool(), &ZvWidgetSignalSLotPool::signal_wheelOnChart_clicked);
+        QWidget *viewport = tradingTable()->viewport();
+        const QPoint place = viewport->rect().center();
+        QWheelEvent wheel(place, viewport->mapToGlobal(place), QPoint(), QPoint(0, -120),
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(viewport, &wheel);
+        QCOMPARE(turned.count(), 0);
+        QCOMPARE(engine()->getGlobalCollectionID(), id);
+    }
+
     void sizeIsToldThroughThePool()
     {
         QSignalSpy sizes(ZvWidgetSignalSLotPool::getSignalSlotPoolInstance(),
                          &ZvWidgetSignalSLotPool::signal_adjustSize);
         m_window->show();
-        m_window->resize(880, 640);
+        m_window->resize(880, 720);
         QTRY_VERIFY(!sizes.isEmpty());
-        QTRY_COMPARE(sizes.last().first().toSize(), QSize(880, 640));
+        QTRY_COMPARE(sizes.last().first().toSize(), QSize(880, 720));
     }
 };
 

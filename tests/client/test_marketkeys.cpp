@@ -20,6 +20,8 @@
 #include <QVBoxLayout>
 #include <QtTest/QtTest>
 
+#include <limits>
+
 namespace {
 
 constexpr int idColumn = 21;
@@ -282,6 +284,25 @@ private slots:
         QCOMPARE(heard(), QStringLiteral("F5, F6, Escape"));
     }
 
+    void aListBesideThePagesKeepsItsPageKeys()
+    {
+        m_pages->setCurrentIndex(1);
+        auto *list = focusOnNew<QTableView>();
+        list->setModel(&m_model);
+        list->setCurrentIndex(m_model.index(0, 0));
+        press(Qt::Key_PageDown);
+        QVERIFY(list->currentIndex().row() > 0);
+        QCOMPARE(heard(), QString());
+        press(Qt::Key_F5);
+        press(Qt::Key_Escape);
+        press(Qt::Key_7);
+        QCOMPARE(heard(), QStringLiteral("F5, Escape, key 7"));
+        // One on a page is a page's.
+        m_deals->setFocus();
+        press(Qt::Key_PageDown);
+        QCOMPARE(heard(), QStringLiteral("PageDown"));
+    }
+
     void buttonsAndReadOnlyFieldsKeepNothing()
     {
         focusOnNew<QPushButton>();
@@ -442,6 +463,17 @@ private slots:
         QCOMPARE(heard(), QString());
         turn(m_chart, QPoint(0, 200));
         QCOMPARE(heard(), QStringLiteral("wheel 240"));
+    }
+
+    void theWheelMayTurnAsFarAsItCan()
+    {
+        m_pages->setCurrentIndex(1);
+        const int most = std::numeric_limits<int>::max();
+        turn(m_chart, QPoint(0, 119));
+        QVERIFY(turn(m_chart, QPoint(0, most)));
+        QCOMPARE(heard(), QStringLiteral("wheel 120000"));
+        QVERIFY(turn(m_chart, QPoint(0, -most)));
+        QCOMPARE(heard(), QStringLiteral("wheel -120000"));
     }
 };
 
