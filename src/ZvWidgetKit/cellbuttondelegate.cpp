@@ -174,6 +174,8 @@ bool CellButtonDelegate::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched != m_viewport)
         return RecordTableDelegate::eventFilter(watched, event);
+    if (!m_followed) // it is in its destructor
+        return false;
     switch (event->type()) {
     case QEvent::HoverEnter:
     case QEvent::HoverMove:
@@ -183,6 +185,7 @@ bool CellButtonDelegate::eventFilter(QObject *watched, QEvent *event)
     case QEvent::Leave:
     case QEvent::Hide:
     case QEvent::EnabledChange:
+    case QEvent::WindowDeactivate:
         hoverNowhere();
         break;
     case QEvent::MouseButtonPress:

@@ -9,6 +9,14 @@ namespace {
 
 constexpr QSize ButtonSize(70, 24);
 
+// Letters with which the longest text, of five characters, fits a button.
+QFont buttonFont(QFont font)
+{
+    font.setPixelSize(12);
+    font.setLetterSpacing(QFont::AbsoluteSpacing, -0.8);
+    return font;
+}
+
 } // namespace
 
 DealWidget_Revoke::DealWidget_Revoke(QWidget *parent)
@@ -34,6 +42,7 @@ void DealWidget_Revoke::applyStyle()
                                 ui->pushButton_withdrawalSell, ui->pushButton_withdrawalLast}) {
         button->setStyleSheet(config->getStyleOf_DealGrayRoundButton());
         button->setFixedSize(ButtonSize);
+        button->setFont(buttonFont(button->font()));
     }
     ui->pushButton_findCode->setStyleSheet(config->getStyleOf_DealCheckButton());
     // The exchange finds no order by a code.

@@ -14,8 +14,6 @@
 
 namespace {
 
-constexpr int RowHeight = 22;
-
 void tellResult(const QString &text)
 {
     framedmessage::show(framedmessage::paragraph(text), QStringLiteral("提示"));
@@ -26,8 +24,7 @@ void tellResult(const QString &text)
 DealWidget_Revoke_TableView::DealWidget_Revoke_TableView(QWidget *parent)
     : PagedTableView(parent), m_pageSize(SmallestPage)
 {
-    giveItemDelegate(this, new DealWidget_Revoke_tableDelegate);
-    setModel(&m_model);
+    setUpRecordTable(this, &m_model, new DealWidget_Revoke_tableDelegate, RecordRowHeight);
     setupView();
     createConnections();
 }
@@ -36,7 +33,6 @@ DealWidget_Revoke_TableView::~DealWidget_Revoke_TableView() = default;
 
 void DealWidget_Revoke_TableView::setupView()
 {
-    applyRecordTableStyle(this, RowHeight);
     setSelectionMode(QAbstractItemView::MultiSelection);
     hideColumns(this, {1, 10, 13});
     setColumnWidths(this, {{0, 50}, {2, 200}, {3, 100}, {4, 200}, {5, 50}, {6, 100}, {15, 200}});

@@ -35,8 +35,7 @@ DealWidget_Select_DeliveryRecord_TableView::DealWidget_Select_DeliveryRecord_Tab
     : PagedTableView(parent), m_delegate(new DealWidget_Select_DeliveryRecord_Delegate)
 {
     m_delegate->setView(this);
-    giveItemDelegate(this, m_delegate);
-    setModel(&m_model);
+    setUpRecordTable(this, &m_model, m_delegate, RowHeight);
     setupView();
     m_delegate->follow(this);
     createConnections();
@@ -46,7 +45,6 @@ DealWidget_Select_DeliveryRecord_TableView::~DealWidget_Select_DeliveryRecord_Ta
 
 void DealWidget_Select_DeliveryRecord_TableView::setupView()
 {
-    applyRecordTableStyle(this, RowHeight);
     horizontalHeader()->setStyleSheet(deliveryHeaderSheet());
     hideColumns(this, {0, 9, 10});
     setColumnWidths(this, {{1, 160}, {3, 250}, {6, 200}, {8, 100}, {11, 100}, {12, 200}});
