@@ -1,12 +1,8 @@
 #include "exchange/accounts/account_file.h"
 
+#include "exchange/store/privatefile.h"
 #include "exchange/store/sqliteconnection.h"
 
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <unordered_map>
 
 namespace zvx {
@@ -184,22 +180,6 @@ private:
     int m_bound = 0;
     int m_column = 0;
 };
-
-namespace {
-
-/// SQLite would make the file readable for everybody; its log and index take the file's mode.
-void makePrivate(const std::filesystem::path &file)
-{
-    const int open = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-    const bool done = open >= 0 && ::fchmod(open, 0600) == 0;
-    const int reason = errno;
-    if (open >= 0)
-        ::close(open);
-    if (!done)
-        throw StoreError(file.string() + ": " + std::strerror(reason));
-}
-
-} // namespace
 
 AccountFile::AccountFile(const std::filesystem::path &file, const std::string &vfs, int logFrames)
 {

@@ -1,5 +1,6 @@
 #include "exchange/store/marketreader.h"
 
+#include "exchange/store/deliverytable.h"
 #include "exchange/store/flowtable.h"
 #include "exchange/store/recordtable.h"
 #include "exchange/store/sqliterows.h"
@@ -106,6 +107,7 @@ public:
 
     FlowTable &flows() { return m_flows; }
     RecordTable &records() { return m_records; }
+    DeliveryTable &deliveries() { return m_deliveries; }
     SQLite::Statement &holdings() { return *m_holdings; }
     SQLite::Statement &rates() { return *m_rates; }
     SQLite::Statement &days() { return *m_days; }
@@ -123,6 +125,7 @@ private:
     SQLite::Database m_database;
     FlowTable m_flows{m_database};
     RecordTable m_records{m_database};
+    DeliveryTable m_deliveries{m_database};
     std::unique_ptr<SQLite::Statement> m_cash;
     std::unique_ptr<SQLite::Statement> m_holdings;
     std::unique_ptr<SQLite::Statement> m_rates;
@@ -307,6 +310,28 @@ FlowSum MarketReader::flowSum(AccountId account, bool incoming, TimeMs since, st
 {
     return m_connection->consistently(
         [&] { return m_connection->flows().sum(account, incoming, since, most); });
+}
+
+std::vector<DeliveryRow> MarketReader::deliveries(AccountId account, const RecordPage &page)
+{
+    return m_connection->consistently(
+        [&] { return m_connection->deliveries().page(account, page); });
+}
+
+std::vector<DeliveryRow> MarketReader::deliveriesUnderWay()
+{
+    return m_connection->consistently([&] { return m_connection->deliveries().underWay(); });
+}
+
+std::optional<DeliveryRow> MarketReader::deliveryOf(AccountId account, ActionKey key)
+{
+    return m_connection->consistently(
+        [&] { return m_connection->deliveries().ofKey(account, key); });
+}
+
+std::optional<DeliveryRow> MarketReader::deliveryOf(ParcelId parcel)
+{
+    return m_connection->consistently([&] { return m_connection->deliveries().ofParcel(parcel); });
 }
 
 MarketReaders::MarketReaders(std::filesystem::path file, std::string vfs)

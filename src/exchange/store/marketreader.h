@@ -90,6 +90,14 @@ public:
     /// The newest transfers one way that began at `since` or later, at most `most` of them.
     FlowSum flowSum(AccountId account, bool incoming, TimeMs since, std::size_t most);
 
+    /// Some of an account's deliveries, the newest first; of all kinds, whatever the page names.
+    std::vector<DeliveryRow> deliveries(AccountId account, const RecordPage &page);
+    /// Those that are under way, the oldest first.
+    std::vector<DeliveryRow> deliveriesUnderWay();
+    /// The one that was asked for under a key, or the one of a parcel.
+    std::optional<DeliveryRow> deliveryOf(AccountId account, ActionKey key);
+    std::optional<DeliveryRow> deliveryOf(ParcelId parcel);
+
 private:
     class Connection;
     std::unique_ptr<Connection> m_connection;

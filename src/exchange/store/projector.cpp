@@ -28,7 +28,8 @@ OrderState endState(DoneReason reason)
 Projector::Projector(const Market &market, const std::optional<CompositeRow> &composite,
                      StoredRows *stored)
     : m_stored(stored), m_session(market.session()), m_composite(market, composite),
-      m_charts(market), m_flows(market.day(), stored), m_records(market, stored)
+      m_charts(market), m_flows(market.day(), stored), m_deliveries(market.day(), stored),
+      m_records(market, stored)
 {
 }
 
@@ -40,6 +41,7 @@ void Projector::take(const Event &event)
         m_compositeChanged = true;
     m_charts.take(event);
     m_flows.take(event);
+    m_deliveries.take(event);
     m_records.take(event);
 
     if (const auto *accepted = std::get_if<OrderAccepted>(&event)) {
@@ -93,6 +95,10 @@ void Projector::take(const Event &event)
         m_touchedAccounts.insert(ended->account.value());
     } else if (const auto *moved = std::get_if<HoldingMoved>(&event)) {
         m_touchedHoldings.insert({moved->account.value(), moved->collection.value()});
+    } else if (const auto *asked = std::get_if<DeliveryRequested>(&event)) {
+        m_touchedHoldings.insert({asked->account.value(), asked->collection.value()});
+    } else if (const auto *delivery = std::get_if<DeliveryMoved>(&event)) {
+        m_touchedHoldings.insert({delivery->account.value(), delivery->collection.value()});
     } else if (const auto *settled = std::get_if<CollectionSettled>(&event)) {
         m_days.push_back(*settled);
     } else if (const auto *day = std::get_if<DaySettled>(&event)) {
@@ -127,6 +133,7 @@ TableUpdate Projector::finish(const Market &market)
     m_charts.finish(market, update);
     m_records.finish(market, update);
     update.flows = m_flows.finish();
+    update.deliveries = m_deliveries.finish();
     update.days.swap(m_days);
     update.composites.swap(m_endedComposites);
     if (m_compositeChanged)

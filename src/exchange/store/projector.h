@@ -2,6 +2,7 @@
 
 #include "exchange/store/chartprojector.h"
 #include "exchange/store/compositeindex.h"
+#include "exchange/store/deliveryprojector.h"
 #include "exchange/store/flowprojector.h"
 #include "exchange/store/recordprojector.h"
 #include "exchange/store/tables.h"
@@ -18,7 +19,7 @@ namespace zvx {
 class Market;
 
 /// The rows that a projection goes on from.
-class StoredRows : public StoredFlows, public StoredRecords
+class StoredRows : public StoredFlows, public StoredRecords, public StoredDeliveries
 {
 };
 
@@ -52,6 +53,7 @@ private:
     CompositeIndex m_composite;
     ChartProjector m_charts;
     FlowProjector m_flows;
+    DeliveryProjector m_deliveries;
     RecordProjector m_records;
     /// Open orders, and those that ended since the last finish().
     std::unordered_map<std::int64_t, OrderRow> m_orders;

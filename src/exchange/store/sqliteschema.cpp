@@ -317,6 +317,26 @@ DELETE FROM minutes;
 DELETE FROM phases;
 DELETE FROM flows;
 )sql",
+        // No earlier market gave goods out, so nothing has to be made anew.
+        R"sql(
+CREATE TABLE deliveries (
+    number INTEGER PRIMARY KEY,
+    account INTEGER NOT NULL,
+    collection INTEGER NOT NULL,
+    quantity INTEGER NOT NULL,
+    stage INTEGER NOT NULL,
+    place INTEGER NOT NULL,
+    day INTEGER NOT NULL,
+    asked INTEGER NOT NULL,
+    moved INTEGER NOT NULL,
+    parcel BLOB NOT NULL UNIQUE,
+    key BLOB
+) STRICT;
+CREATE UNIQUE INDEX deliveries_by_place ON deliveries (account, place);
+CREATE INDEX deliveries_by_day ON deliveries (account, day, place);
+CREATE INDEX deliveries_by_key ON deliveries (account, key) WHERE key IS NOT NULL;
+CREATE INDEX deliveries_under_way ON deliveries (number) WHERE stage < 2;
+)sql",
     };
     return migrations;
 }

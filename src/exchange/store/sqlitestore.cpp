@@ -1,5 +1,6 @@
 #include "exchange/store/sqlitestore.h"
 
+#include "exchange/store/deliverytable.h"
 #include "exchange/store/flowtable.h"
 #include "exchange/store/recordtable.h"
 #include "exchange/store/sqliteconnection.h"
@@ -18,9 +19,10 @@ namespace {
 /// Checkpoints that are kept; older ones go with the commit of a new one.
 constexpr int kCheckpoints = 3;
 
-constexpr std::array<const char *, 16> kTables
-    = {"orders",  "deals",   "cash",   "rates", "holdings", "days",        "composites", "issues",
-       "running", "minutes", "phases", "flows", "records",  "record_days", "milestones", "gathers"};
+constexpr std::array<const char *, 17> kTables
+    = {"orders",     "deals",       "cash",       "rates",   "holdings",  "days",
+       "composites", "issues",      "running",    "minutes", "phases",    "flows",
+       "records",    "record_days", "milestones", "gathers", "deliveries"};
 
 } // namespace
 
@@ -58,11 +60,14 @@ public:
 
     FlowTable &flows() { return m_flows; }
     RecordTable &records() { return m_records; }
+    DeliveryTable &deliveries() { return m_deliveries; }
 
     void put(const TableUpdate &tables)
     {
         for (const FlowRow &row : tables.flows)
             m_flows.put(row);
+        for (const DeliveryRow &row : tables.deliveries)
+            m_deliveries.put(row);
         for (const OrderRow &row : tables.orders) {
             Binder(*m_putOrder) << row.order << row.account << row.collection
                                 << static_cast<std::int64_t>(row.side) << row.price << row.quantity
@@ -119,6 +124,7 @@ public:
 private:
     FlowTable m_flows{database()};
     RecordTable m_records{database()};
+    DeliveryTable m_deliveries{database()};
 
     void putRecords(const TableUpdate &tables)
     {
@@ -397,6 +403,16 @@ FlowPlaces SqliteStore::flowPlaces(AccountId account)
 std::optional<FlowRow> SqliteStore::flowOf(TransferNumber transfer)
 {
     return m_connection->guarded([&] { return m_connection->flows().ofTransfer(transfer); });
+}
+
+std::int64_t SqliteStore::lastDeliveryPlace(AccountId account)
+{
+    return m_connection->guarded([&] { return m_connection->deliveries().lastPlace(account); });
+}
+
+std::optional<DeliveryRow> SqliteStore::delivery(DeliveryNumber number)
+{
+    return m_connection->guarded([&] { return m_connection->deliveries().of(number); });
 }
 
 std::optional<RecordRow> SqliteStore::records(AccountId account)

@@ -41,6 +41,8 @@ public:
     std::int64_t lastFlow() override;
     FlowPlaces flowPlaces(AccountId account) override;
     std::optional<FlowRow> flowOf(TransferNumber transfer) override;
+    std::int64_t lastDeliveryPlace(AccountId account) override;
+    std::optional<DeliveryRow> delivery(DeliveryNumber number) override;
     std::optional<RecordRow> records(AccountId account) override;
     std::optional<GatherRow> gather(AccountId account, CollectionId collection) override;
     HoldingView holding(AccountId account, CollectionId collection) override;

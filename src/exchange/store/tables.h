@@ -2,6 +2,7 @@
 
 #include "exchange/core/event.h"
 #include "exchange/core/market.h"
+#include "exchange/store/deliveries.h"
 #include "exchange/store/flows.h"
 #include "exchange/store/records.h"
 
@@ -151,6 +152,7 @@ struct TableUpdate {
     std::vector<DayRow> days;
     std::vector<CompositeRow> composites;
     std::vector<FlowRow> flows;
+    std::vector<DeliveryRow> deliveries;
     std::vector<IssueRow> issues;
     std::vector<RunningRow> running;
     std::vector<MinuteRow> minutes;

@@ -36,6 +36,8 @@ struct KeyOf {
     Answered operator()(const Withdraw &c) const { return {c.account, c.key}; }
     Answered operator()(const PlaceOrder &c) const { return {c.account, c.key}; }
     Answered operator()(const BeginTransfer &c) const { return {c.account, c.key}; }
+    Answered operator()(const RequestDelivery &c) const { return {c.account, c.key}; }
+    Answered operator()(const CancelDelivery &c) const { return {c.account, c.key}; }
     Answered operator()(const RevokeOrders &c) const { return {c.account, c.key}; }
 };
 

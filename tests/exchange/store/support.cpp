@@ -89,6 +89,24 @@ Command RandomTrading::next()
     }
     if (kind <= 60)
         return EndTransfer{TransferNumber(pick(1, m_transfers + 1)), pick(0, 2) > 0};
+    if (kind <= 80) {
+        RequestDelivery delivery;
+        delivery.account = account;
+        delivery.collection
+            = m_market
+                  .collections[static_cast<std::size_t>(pick(0, 7)) % m_market.collections.size()]
+                  .id;
+        delivery.quantity = Quantity(pick(0, 5)); // 0 is refused
+        delivery.parcel = newKey();
+        delivery.key = newKey();
+        ++m_deliveries;
+        return delivery;
+    }
+    if (kind <= 90)
+        return AdvanceDelivery{DeliveryNumber(pick(1, m_deliveries + 1)),
+                               static_cast<DeliveryStage>(pick(1, 3))};
+    if (kind <= 95)
+        return CancelDelivery{account, DeliveryNumber(pick(1, m_deliveries + 1)), newKey()};
     if (kind <= 150) {
         RevokeOrders revoke;
         revoke.account = account;

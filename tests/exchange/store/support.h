@@ -45,8 +45,8 @@ std::filesystem::path dataFile(const std::string &name);
 CatalogueMarket smallMarket();
 
 /// Commands as a busy market sees them: orders around the last prices, with keys, deals, revokes,
-/// money in and out, transfers and the bank's words on them, refusals, and now and then the end of
-/// a day. The same seed gives the same.
+/// money in and out, transfers and deliveries with the words of banks and carriers on them,
+/// refusals, and now and then the end of a day. The same seed gives the same.
 class RandomTrading
 {
 public:
@@ -68,6 +68,7 @@ private:
     CatalogueMarket m_market;
     std::uint64_t m_keys = 0;
     std::int64_t m_transfers = 0; ///< that were begun, refused ones as well
+    std::int64_t m_deliveries = 0; ///< likewise
     std::uint32_t m_seed;
 };
 

@@ -33,6 +33,11 @@ struct KeyOf {
     Acknowledged operator()(const Withdraw &c) const { return {c.account.value(), c.key, 0}; }
     Acknowledged operator()(const PlaceOrder &c) const { return {c.account.value(), c.key, 0}; }
     Acknowledged operator()(const BeginTransfer &c) const { return {c.account.value(), c.key, 0}; }
+    Acknowledged operator()(const RequestDelivery &c) const
+    {
+        return {c.account.value(), c.key, 0};
+    }
+    Acknowledged operator()(const CancelDelivery &c) const { return {c.account.value(), c.key, 0}; }
     Acknowledged operator()(const RevokeOrders &c) const { return {c.account.value(), c.key, 0}; }
 };
 
