@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCursor>
 #include <QGuiApplication>
 
 // The pointing hand as the cursor of the whole application. It is held once at most, however often
