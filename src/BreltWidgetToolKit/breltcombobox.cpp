@@ -3,6 +3,7 @@
 #include "BreltWidgetToolKit/breltreturnkey.h"
 
 #include <QAbstractItemView>
+#include <QCompleter>
 #include <QListView>
 #include <QStyle>
 #include <QWheelEvent>
@@ -37,11 +38,22 @@ void BreltComboBox::showPopup()
     QComboBox::showPopup();
 }
 
+// Return takes the completion that is marked: the completer does so when the key comes back to it
+// unused. Where none is marked, the list of completions closes first, since the field does not look
+// at its own text below an open one.
 void BreltComboBox::keyPressEvent(QKeyEvent *event)
 {
     if (!brelt::isReturnKey(event)) {
         QComboBox::keyPressEvent(event);
         return;
+    }
+    if (completer() && completer()->completionMode() == QCompleter::PopupCompletion
+        && completer()->popup()->isVisible()) {
+        if (completer()->popup()->currentIndex().isValid()) {
+            event->ignore();
+            return;
+        }
+        completer()->popup()->hide();
     }
     brelt::takeReturnKey(
         event, [this, event] { QComboBox::keyPressEvent(event); }, [] {});
