@@ -484,6 +484,17 @@ private slots:
         QVERIFY(!QGuiApplication::overrideCursor());
     }
 
+    // The view goes on with itself after its delegate has taken a release.
+    void theFormOpensWhenTheTableHasDoneWithTheClick()
+    {
+        fill();
+        QSignalSpy clicked(view(), &QTableView::clicked);
+        int told = 0;
+        QCOMPARE(formIn([this] { clickAt(button(1)); }, [&] { told = clicked.count(); }),
+                 QStringLiteral("C2 藏品2 7 7"));
+        QCOMPARE(told, 1);
+    }
+
     void theDelegateOpensTheFormAtOnce()
     {
         fill();
