@@ -49,15 +49,10 @@ CapFigures capFigures(const AccountState &account, const MarketSnapshot &market)
     return figures;
 }
 
-void writeCap(JsonText &json, const CapFigures &figures)
+void writeHoldings(JsonText &json, const std::vector<CapHolding> &holdings)
 {
-    json.open('{').key("heldMarketValue").number(figures.heldMarketValue.value());
-    json.key("profit").number(figures.profit.value());
-    json.key("available").number(figures.available.value());
-    json.key("frozen").number(figures.frozen.value());
-    json.key("total").number(figures.total.value());
-    json.key("items").open('[');
-    for (const CapHolding &holding : figures.holdings) {
+    json.open('[');
+    for (const CapHolding &holding : holdings) {
         json.open('{').key("collection").text(std::to_string(holding.collection.value()));
         json.key("code").text(holding.code).key("name").text(holding.name);
         json.key("quantity").number(holding.quantity.value());
@@ -70,7 +65,19 @@ void writeCap(JsonText &json, const CapFigures &figures)
             json.null();
         json.close('}');
     }
-    json.close(']').close('}');
+    json.close(']');
+}
+
+void writeCap(JsonText &json, const CapFigures &figures)
+{
+    json.open('{').key("heldMarketValue").number(figures.heldMarketValue.value());
+    json.key("profit").number(figures.profit.value());
+    json.key("available").number(figures.available.value());
+    json.key("frozen").number(figures.frozen.value());
+    json.key("total").number(figures.total.value());
+    json.key("items");
+    writeHoldings(json, figures.holdings);
+    json.close('}');
 }
 
 } // namespace zvx

@@ -37,6 +37,9 @@ struct CapFigures {
 
 CapFigures capFigures(const AccountState &account, const MarketSnapshot &market);
 
+/// The JSON array of holdings.
+void writeHoldings(JsonText &json, const std::vector<CapHolding> &holdings);
+
 /// The `data` of cap.html.
 void writeCap(JsonText &json, const CapFigures &figures);
 

@@ -1,6 +1,7 @@
 #include "exchange/service/embedded_bank.h"
 
 #include "exchange/accounts/outbox.h"
+#include "exchange/service/key_text.h"
 #include "exchange/store/clock.h"
 
 #include <algorithm>
@@ -35,14 +36,6 @@ using IdKey = std::pair<std::uint64_t, std::uint64_t>;
 IdKey keyOf(TransferId id)
 {
     return {id.high, id.low};
-}
-
-std::string textOf(TransferId id)
-{
-    char text[40];
-    std::snprintf(text, sizeof text, "%016llx%016llx", static_cast<unsigned long long>(id.high),
-                  static_cast<unsigned long long>(id.low));
-    return text;
 }
 
 std::string yuan(Fen amount)
@@ -82,7 +75,7 @@ public:
     /// On the disk when this returns. Throws std::system_error, and the word is not in the file.
     void add(const BankOrder &order, BankWord word)
     {
-        const std::string line = textOf(order.id) + (order.incoming ? " in " : " out ")
+        const std::string line = keyText(order.id) + (order.incoming ? " in " : " out ")
             + std::to_string(order.amount.value())
             + (word == BankWord::Done ? " done\n" : " refused\n");
         append(line);
@@ -262,7 +255,7 @@ private:
         if (order.card)
             text += "，卡号尾号" + order.card->tail;
         text += word == BankWord::Done ? "，已完成" : "，已拒绝";
-        text += "，编号" + textOf(order.id);
+        text += "，编号" + keyText(order.id);
         try {
             m_options.outbox->send("bank", text);
         } catch (const std::exception &error) {

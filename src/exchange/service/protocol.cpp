@@ -53,15 +53,15 @@ const std::array<PathEntry, 46> &contractPaths()
         {"market/detail.html", get, PathKind::DealPage},
         {"myaccount.html", get, PathKind::Account},
         {"cap.html", get, PathKind::Cap},
-        {"myaccount/gather.html", get, PathKind::Unserved},
-        {"revoke.html", get, PathKind::Unserved},
+        {"myaccount/gather.html", get, PathKind::Gather},
+        {"revoke.html", get, PathKind::OpenOrders},
         {"myaccount/optional.html", get, PathKind::Favourites},
         {"myaccount/append.html", post, PathKind::FavouriteAdd},
         {"myaccount/remove.html", post, PathKind::FavouriteRemove},
-        {"myaccount/entrust.html", get, PathKind::Unserved},
-        {"myaccount/his-entrust.html", get, PathKind::Unserved},
-        {"myaccount/trade.html", get, PathKind::Unserved},
-        {"myaccount/hold.html", get, PathKind::Unserved},
+        {"myaccount/entrust.html", get, PathKind::OrdersOfSession},
+        {"myaccount/his-entrust.html", get, PathKind::Orders},
+        {"myaccount/trade.html", get, PathKind::Deals},
+        {"myaccount/hold.html", get, PathKind::Holdings},
         {"myaccount/take-list.html", get, PathKind::Unserved},
         {"pay/list.html", get, PathKind::MoneyList},
         {"login.html", post, PathKind::SignIn},
@@ -95,6 +95,8 @@ const PathEntry *findPath(std::string_view path)
 PathRoom roomOf(PathKind kind)
 {
     switch (kind) {
+    case PathKind::Sync:
+        return PathRoom::Polls;
     case PathKind::Minutes:
     case PathKind::DayBars:
     case PathKind::WeekBars:
@@ -118,6 +120,13 @@ PathRoom roomOf(PathKind kind)
     case PathKind::Sell:
     case PathKind::Revoke:
         return PathRoom::Trading;
+    case PathKind::OpenOrders:
+    case PathKind::OrdersOfSession:
+    case PathKind::Orders:
+    case PathKind::Deals:
+    case PathKind::Gather:
+    case PathKind::Holdings:
+        return PathRoom::Records;
     case PathKind::MoneyCode:
     case PathKind::MoneyIn:
     case PathKind::MoneyOut:

@@ -13,6 +13,10 @@ namespace zvx {
 
 constexpr std::int64_t protocolNumber = 1;
 
+/// How many of a collection's latest deals a client may ask for, and gets unasked.
+constexpr std::int64_t mostLatestDeals = 200;
+constexpr std::int64_t usualLatestDeals = 10;
+
 /// The pieces of market state that have a version. In the order in which answers hold them.
 enum class Topic {
     Market,
@@ -69,6 +73,12 @@ enum class PathKind {
     Buy,
     Sell,
     Revoke,
+    OpenOrders,
+    OrdersOfSession,
+    Orders,
+    Deals,
+    Gather,
+    Holdings,
     BankCard,
     QrCode,
     MoneyCode,
@@ -80,14 +90,17 @@ enum class PathKind {
 
 /// Who answers a path.
 enum class PathRoom {
+    Polls, ///< what may wait for a change
     Market, ///< what everybody may read
     Charts, ///< the same, of one collection's past and from the market's store
     Applications, ///< what can be applied for, and who did
     Accounts, ///< signing in, registering, favourites
     Trading, ///< what an account has and does in one market
+    Records, ///< what it did there, page by page
     Money, ///< money in and out of one market
     Cards, ///< the bank card, and the pages behind one-time links
 };
+constexpr std::size_t pathRoomCount = 9;
 PathRoom roomOf(PathKind kind);
 
 struct PathEntry {

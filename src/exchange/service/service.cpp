@@ -1,40 +1,36 @@
 #include "exchange/service/service.h"
 
-#include "exchange/accounts/account_desk.h"
 #include "exchange/accounts/password_pool.h"
-#include "exchange/service/account_paths.h"
 #include "exchange/service/application_file.h"
-#include "exchange/service/application_paths.h"
-#include "exchange/service/bank_pictures.h"
 #include "exchange/service/card_page.h"
-#include "exchange/service/card_paths.h"
 #include "exchange/service/chart_paths.h"
 #include "exchange/service/demo_gifts.h"
 #include "exchange/service/form_guard.h"
 #include "exchange/service/http_server.h"
 #include "exchange/service/initials.h"
 #include "exchange/service/json_text.h"
-#include "exchange/service/link_pages.h"
-#include "exchange/service/market_board.h"
+#include "exchange/service/market_paths.h"
 #include "exchange/service/message_file.h"
 #include "exchange/service/metrics_text.h"
 #include "exchange/service/money_page.h"
-#include "exchange/service/money_paths.h"
-#include "exchange/service/parameters.h"
-#include "exchange/service/platform_pages.h"
-#include "exchange/service/poll_hub.h"
+#include "exchange/service/outside_paths.h"
+#include "exchange/service/platform_rooms.h"
+#include "exchange/service/poll_paths.h"
 #include "exchange/service/protocol.h"
 #include "exchange/service/public_address.h"
 #include "exchange/service/query_pool.h"
+#include "exchange/service/record_paths.h"
 #include "exchange/service/refusal_log.h"
 #include "exchange/service/robots.h"
 #include "exchange/service/service_log.h"
-#include "exchange/service/session_gate.h"
+#include "exchange/service/service_metrics.h"
 #include "exchange/service/trading_paths.h"
 #include "exchange/service/wire_answers.h"
 #include "exchange/store/exchange.h"
 
+#include <array>
 #include <atomic>
+#include <functional>
 #include <map>
 #include <new>
 #include <stdexcept>
@@ -42,97 +38,7 @@
 
 namespace zvx {
 
-namespace {
-
 using Steady = std::chrono::steady_clock;
-
-/// What a client is told of its own releases.
-constexpr std::string_view newestClient = ZVX_VERSION;
-constexpr std::string_view oldestClient = "0.1.0";
-
-constexpr std::int64_t longestWait = 25'000;
-constexpr std::int64_t mostDeals = 200;
-constexpr std::int64_t usualDeals = 10;
-
-/// What browsers may do with pages and pictures.
-constexpr std::string_view readingMethods = "GET, HEAD";
-
-bool isReading(const HttpRequest &request)
-{
-    return request.method == "GET" || request.method == "HEAD";
-}
-
-HttpFragment fragment(std::string text)
-{
-    return std::make_shared<const std::string>(std::move(text));
-}
-
-/// The accounts of one platform, and who asks for them.
-struct AccountRoom {
-    AccountRoom(AccountDeskOptions options, QueryPool &queries,
-                const ApplicationFile &applicationFile, const WireAnswers &answers,
-                const PublicAddress &address, LinkTools links)
-        : desk(std::move(options)),
-          gate([this](std::string_view token) { return desk.session(token); }, answers),
-          paths(desk, gate, queries, answers), applications(desk, gate, applicationFile, answers),
-          cards(desk, gate, address, answers), pages(desk, std::move(links))
-    {
-    }
-
-    AccountDesk desk;
-    SessionGate gate;
-    AccountPaths paths;
-    ApplicationPaths applications;
-    CardPaths cards;
-    LinkPages pages;
-    std::optional<MoneyPaths> money; ///< as soon as money can be moved
-};
-
-/// What a platform has outside of its markets.
-struct PlatformRoom {
-    explicit PlatformRoom(const Platform &platform)
-        : board(std::make_shared<PlatformBoard>()), pages(platform.name)
-    {
-    }
-
-    std::shared_ptr<PlatformBoard> board;
-    PlatformPages pages;
-};
-
-void addAccounts(MetricsText &text, const std::string &platform, const AccountDesk &desk)
-{
-    const auto add = [&](std::string_view name, std::uint64_t value) {
-        text.add(name, value, "platform", platform);
-    };
-    const AccountCounters &counters = desk.counters();
-    add("zvexchange_account_requests_total", counters.requests);
-    add("zvexchange_account_requests_turned_away_total", counters.turnedAway);
-    add("zvexchange_account_commits_total", counters.commits);
-    add("zvexchange_account_queue_depth", desk.waiting());
-    add("zvexchange_sessions_live", desk.liveSessions());
-    add("zvexchange_sign_ins_total", counters.signIns);
-    add("zvexchange_wrong_passwords_total", counters.wrongPasswords);
-    add("zvexchange_wrong_codes_total", counters.wrongCodes);
-    add("zvexchange_limited_requests_total", counters.refusedByLimit);
-    add("zvexchange_text_messages_total", counters.texts);
-    add("zvexchange_text_messages_failed_total", counters.textsFailed);
-}
-
-void addMoney(MetricsText &text, const MoneyDesk &desk)
-{
-    const MoneyCounters &counters = desk.counters();
-    text.add("zvexchange_transfers_total", counters.moneyIn, "way", "in");
-    text.add("zvexchange_transfers_total", counters.moneyOut, "way", "out");
-    text.add("zvexchange_transfers_refused_total", counters.refused, "by", "rule");
-    text.add("zvexchange_transfers_refused_total", counters.refusedByBank, "by", "bank");
-    text.add("zvexchange_transfers_turned_away_total", counters.turnedAway);
-    text.add("zvexchange_transfers_under_way", desk.underWay());
-    text.add("zvexchange_bank_questions_total", counters.asked);
-    text.add("zvexchange_bank_questions_repeated_total", counters.askedAgain);
-    text.add("zvexchange_bank_idle_answers_total", counters.idleAnswers);
-}
-
-} // namespace
 
 class Service::Impl : public HttpHandler
 {
@@ -158,6 +64,7 @@ private:
         std::atomic<bool> stale{false};
         ChangedAccounts changed;
     };
+    using Room = std::function<void(Place &, PathCall)>;
 
     void openExchange();
     void openAccounts();
@@ -174,18 +81,9 @@ private:
     void lookAtFiles();
     void lookAtApplications();
     Place *placeOf(std::string_view path, std::string_view &rest);
-
-    void answerOutside(HttpRequest request, HttpResponder responder);
-    HttpAnswer answerRoot(const HttpRequest &request);
-    HttpAnswer answerQrCode(const HttpRequest &request) const;
-    HttpAnswer answerPlatform(std::string_view id, std::string_view rest,
-                              const HttpRequest &request);
-    HttpAnswer query(Place &place, PathKind kind, const HttpParameters &parameters);
-    HttpAnswer queryOfCollection(Place &place, PathKind kind, ParameterReader &read);
-    void trade(PathCall call, const SessionGate &gate);
-    void sync(Place &place, const HttpRequest &request, HttpResponder responder);
-    HttpAnswer syncAnswer(MarketBoard &board, const SyncQuestion &question) const;
-    HttpAnswer update() const;
+    void openRooms();
+    template <typename Paths>
+    static Room forWhoIsSignedIn(const std::unique_ptr<Paths> &paths);
     std::string metrics() const;
 
     ServiceOptions m_options;
@@ -197,22 +95,26 @@ private:
     std::unique_ptr<Envelope> m_envelope;
     std::unique_ptr<WireAnswers> m_answers;
     std::unique_ptr<QueryPool> m_queries;
-    std::unique_ptr<TradingPaths> m_trading;
+    std::unique_ptr<MarketPaths> m_market;
     std::unique_ptr<ChartPaths> m_charts;
+    std::unique_ptr<TradingPaths> m_trading;
+    std::unique_ptr<RecordPaths> m_records;
     std::unique_ptr<ApplicationFile> m_applications;
     MessageFile m_messages;
     BuildCounters m_builds{};
     std::optional<DemoGifts> m_demo;
-    std::map<std::string, PlatformRoom, std::less<>> m_platforms;
+    PlatformRooms m_platforms;
     std::map<std::string, Place, std::less<>> m_places;
-    std::unique_ptr<PollHub> m_polls;
+    std::unique_ptr<PollPaths> m_polls;
+    std::unique_ptr<OutsidePaths> m_outside;
+    std::array<Room, pathRoomCount> m_rooms;
     std::atomic<bool> m_serving{false};
     std::atomic<bool> m_failed{false};
     bool m_ending = false; ///< on the server's thread
     bool m_stopped = false;
     // Each of these has threads that use what stands above them.
     std::unique_ptr<HttpServer> m_server;
-    std::map<std::string, std::unique_ptr<AccountRoom>, std::less<>> m_accounts; ///< by platform
+    AccountRooms m_accounts;
     std::unique_ptr<Exchange> m_exchange;
     std::unique_ptr<MoneyDesk> m_money;
     std::unique_ptr<Robots> m_robots;
@@ -238,8 +140,10 @@ Service::Impl::Impl(ServiceOptions options, ServiceLog &log)
         = std::make_unique<Envelope>(m_exchange->boot(), [clock] { return clock.wall().value(); });
     m_answers = std::make_unique<WireAnswers>(*m_envelope);
     m_queries = std::make_unique<QueryPool>(*m_answers, m_log);
-    m_trading = std::make_unique<TradingPaths>(*m_answers, *m_queries);
+    m_market = std::make_unique<MarketPaths>(*m_answers);
     m_charts = std::make_unique<ChartPaths>(*m_answers, *m_queries);
+    m_trading = std::make_unique<TradingPaths>(*m_answers, *m_queries);
+    m_records = std::make_unique<RecordPaths>(*m_answers, *m_queries);
     std::vector<std::string> prefixes;
     for (const auto &market : m_exchange->markets())
         prefixes.push_back(market->prefix());
@@ -250,14 +154,14 @@ Service::Impl::Impl(ServiceOptions options, ServiceLog &log)
     openMoney();
     makeBoards();
 
-    m_polls = std::make_unique<PollHub>(
-        m_options.parkedPolls,
-        [this](MarketBoard &board, const SyncQuestion &question) {
-            return syncAnswer(board, question);
-        },
-        [this](PollHub::Time time) {
-            m_server->callAt(time, [this] { m_polls->expire(Steady::now()); });
+    m_polls = std::make_unique<PollPaths>(
+        *m_answers, m_options.parkedPolls, [this](PollHub::Time time) {
+            m_server->callAt(time, [this] { m_polls->hub().expire(Steady::now()); });
         });
+    m_outside = std::make_unique<OutsidePaths>(
+        *m_answers, *m_market, m_platforms, m_accounts,
+        OutsidePaths::Health{[this] { return m_failed.load(); }, [this] { return metrics(); }});
+    openRooms();
     m_exchange->announcePort(m_server->port());
     m_serving = true;
     m_robots
@@ -320,7 +224,8 @@ void Service::Impl::openAccounts()
         options.passwords = passwords;
         options.limits = m_options.accountLimits;
         options.sessionsEnded = [this, &room](const std::vector<std::int64_t> &sessions) {
-            m_server->post([this, &room, sessions] { m_polls->endSessions(room->gate, sessions); });
+            m_server->post(
+                [this, &room, sessions] { m_polls->hub().endSessions(room->gate, sessions); });
         };
         options.fatal = [this, id = platform.id](const std::string &reason) {
             failed("accounts of " + id + " failed: " + reason);
@@ -413,7 +318,7 @@ void Service::Impl::makeBoards()
     if (!fault.empty())
         m_log.warn(fault);
     for (const Platform &platform : m_exchange->platforms()) {
-        PlatformRoom &room = m_platforms.try_emplace(platform.id, platform).first->second;
+        PlatformRoom &room = m_platforms.try_emplace(platform.id, platform.name).first->second;
         JsonText servers;
         servers.open('{').key("servers").open('[');
         for (const MarketServer *market : platform.markets) {
@@ -446,7 +351,7 @@ void Service::Impl::refresh(Place &place)
 {
     place.stale = false;
     place.board->publish(place.market->snapshot());
-    m_polls->wake(*place.board);
+    m_polls->hub().wake(*place.board);
 }
 
 void Service::Impl::accountsChanged(const MarketServer &market,
@@ -465,7 +370,7 @@ void Service::Impl::tellChangedAccounts(Place &place)
     const std::vector<AccountId> accounts = place.changed.take();
     for (const AccountId account : accounts)
         place.board->accounts().raise(account);
-    m_polls->wake(*place.board, accounts);
+    m_polls->hub().wake(*place.board, accounts);
 }
 
 void Service::Impl::lookAtApplications()
@@ -489,7 +394,7 @@ void Service::Impl::lookAtFiles()
             PlatformBoard::put(m_platforms.at(platform.id).board->message,
                                m_messages.dataOf(platform.id, platform.name));
         for (auto &[prefix, place] : m_places)
-            m_polls->wake(*place.board);
+            m_polls->hub().wake(*place.board);
     }
     lookAtApplications();
     m_server->callAt(Steady::now() + m_options.messagesEvery, [this] { lookAtFiles(); });
@@ -509,17 +414,51 @@ Service::Impl::Place *Service::Impl::placeOf(std::string_view path, std::string_
     return &found->second;
 }
 
+/// Who answers which room of the contract.
+void Service::Impl::openRooms()
+{
+    const auto room
+        = [this](PathRoom which) -> Room & { return m_rooms[static_cast<std::size_t>(which)]; };
+    room(PathRoom::Polls) = [this](Place &place, PathCall call) {
+        m_polls->handle(std::move(call), place.accounts->gate);
+    };
+    room(PathRoom::Market) = [this](Place &, PathCall call) { m_market->handle(std::move(call)); };
+    room(PathRoom::Charts) = [this](Place &, PathCall call) { m_charts->handle(std::move(call)); };
+    room(PathRoom::Applications)
+        = [](Place &place, PathCall call) { place.accounts->applications.handle(std::move(call)); };
+    room(PathRoom::Accounts)
+        = [](Place &place, PathCall call) { place.accounts->paths.handle(std::move(call)); };
+    room(PathRoom::Trading) = forWhoIsSignedIn(m_trading);
+    room(PathRoom::Records) = forWhoIsSignedIn(m_records);
+    room(PathRoom::Money)
+        = [](Place &place, PathCall call) { place.accounts->money->handle(std::move(call)); };
+    room(PathRoom::Cards)
+        = [](Place &place, PathCall call) { place.accounts->cards.handle(std::move(call)); };
+}
+
+/// Paths of an account: the token comes before everything else.
+template <typename Paths>
+Service::Impl::Room Service::Impl::forWhoIsSignedIn(const std::unique_ptr<Paths> &paths)
+{
+    return [&paths](Place &place, PathCall call) {
+        auto asked = place.accounts->gate.ask(call.request);
+        if (auto *refusal = std::get_if<HttpAnswer>(&asked))
+            call.responder.answer(std::move(*refusal));
+        else
+            paths->handle(std::move(call), std::get<SignedIn>(asked).account);
+    };
+}
+
 void Service::Impl::handle(HttpRequest request, HttpResponder responder)
 {
     if (m_ending) {
         responder.answer(m_answers->stopping());
         return;
     }
-    const std::string_view path = request.path;
     std::string_view rest;
-    Place *place = placeOf(path, rest);
+    Place *place = placeOf(request.path, rest);
     if (!place) {
-        answerOutside(std::move(request), std::move(responder));
+        m_outside->handle(std::move(request), std::move(responder));
         return;
     }
     const PathEntry *entry = findPath(rest);
@@ -531,243 +470,9 @@ void Service::Impl::handle(HttpRequest request, HttpResponder responder)
         responder.answer(m_answers->wrongMethod(entry->method));
         return;
     }
-    switch (roomOf(entry->kind)) {
-    case PathRoom::Accounts:
-        place->accounts->paths.handle(
-            {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)});
-        break;
-    case PathRoom::Trading:
-        trade(
-            {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)},
-            place->accounts->gate);
-        break;
-    case PathRoom::Charts:
-        m_charts->handle(
-            {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)});
-        break;
-    case PathRoom::Applications:
-        place->accounts->applications.handle(
-            {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)});
-        break;
-    case PathRoom::Money:
-        place->accounts->money->handle(
-            {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)});
-        break;
-    case PathRoom::Cards:
-        place->accounts->cards.handle(
-            {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)});
-        break;
-    case PathRoom::Market:
-        if (entry->kind == PathKind::Sync)
-            sync(*place, request, std::move(responder));
-        else
-            responder.answer(query(*place, entry->kind, request.query));
-        break;
-    }
-}
-
-void Service::Impl::trade(PathCall call, const SessionGate &gate)
-{
-    auto asked = gate.ask(call.request);
-    if (auto *refusal = std::get_if<HttpAnswer>(&asked))
-        call.responder.answer(std::move(*refusal));
-    else
-        m_trading->handle(std::move(call), std::get<SignedIn>(asked).account);
-}
-
-/// Below no market's prefix.
-void Service::Impl::answerOutside(HttpRequest request, HttpResponder responder)
-{
-    const std::string_view path = request.path;
-    const std::size_t second = path.find('/', 1);
-    if (second == std::string_view::npos) {
-        responder.answer(answerRoot(request));
-        return;
-    }
-    const std::string_view folder = path.substr(1, second - 1);
-    const std::string_view file = path.substr(second + 1);
-    const auto room = m_accounts.find(folder);
-    const LinkPage *page = room == m_accounts.end() ? nullptr : room->second->pages.find(file);
-    if (page) {
-        room->second->pages.handle(*page, std::move(request), std::move(responder));
-        return;
-    }
-    const bool isCode = path == "/cgi-bin/qrcode.html";
-    auto picture = folder == "bank" ? bankPicture(file) : std::nullopt;
-    if (!isCode && !picture)
-        responder.answer(answerPlatform(folder, file, request));
-    else if (!isReading(request))
-        responder.answer(m_answers->wrongMethod(readingMethods));
-    else
-        responder.answer(isCode ? answerQrCode(request) : std::move(*picture));
-}
-
-HttpAnswer Service::Impl::answerQrCode(const HttpRequest &request) const
-{
-    // Which platform has the code stands in no address: clients know one for all platforms.
-    for (const auto &[id, room] : m_accounts) {
-        if (auto picture = room->cards.qrCode(request))
-            return std::move(*picture);
-    }
-    return m_answers->unknownCode();
-}
-
-HttpAnswer Service::Impl::answerRoot(const HttpRequest &request)
-{
-    const bool health = request.path == "/healthz";
-    if (!health && request.path != "/metrics")
-        return m_answers->notFound();
-    if (request.method != "GET")
-        return m_answers->wrongMethod("GET");
-    HttpAnswer answer = health
-        ? HttpAnswer::of(m_failed ? 503 : 200, m_failed ? "failed\n" : "ok\n")
-        : HttpAnswer::of(200, metrics());
-    answer.contentType = "text/plain; charset=utf-8";
-    return answer;
-}
-
-HttpAnswer Service::Impl::answerPlatform(std::string_view id, std::string_view rest,
-                                         const HttpRequest &request)
-{
-    const auto platform = m_platforms.find(id);
-    if (platform == m_platforms.end())
-        return m_answers->notFound();
-    const PlatformRoom &room = platform->second;
-    auto page = room.pages.page(rest);
-    const bool isUpdate = rest == "update.html";
-    if (!page && !isUpdate && rest != "market.html")
-        return m_answers->notFound();
-    if (page)
-        return isReading(request) ? std::move(*page) : m_answers->wrongMethod(readingMethods);
-    if (request.method != "GET")
-        return m_answers->wrongMethod("GET");
-    if (isUpdate)
-        return update();
-    ParameterReader read(request.query);
-    if (!read.protocolFits())
-        return m_answers->misread(read);
-    return m_answers->done(room.board->market.text);
-}
-
-HttpAnswer Service::Impl::query(Place &place, PathKind kind, const HttpParameters &parameters)
-{
-    // A client of another protocol has to be able to learn that it is too old.
-    if (kind == PathKind::Update)
-        return update();
-    if (kind == PathKind::Unserved)
-        return m_answers->unserved();
-    ParameterReader read(parameters);
-    if (!read.protocolFits())
-        return m_answers->misread(read);
-    switch (kind) {
-    case PathKind::Market:
-        return m_answers->done(place.board->whole(Topic::Market));
-    case PathKind::Message:
-        return m_answers->done(place.board->whole(Topic::Message));
-    case PathKind::Check:
-        return m_answers->done(place.board->whole(Topic::Check));
-    case PathKind::Composite:
-        return m_answers->done(place.board->whole(Topic::Composite));
-    case PathKind::Brief:
-        return m_answers->done(place.board->whole(Topic::Brief));
-    case PathKind::Type:
-        return m_answers->done(place.board->whole(Topic::Type));
-    case PathKind::List:
-        return m_answers->done(place.board->whole(Topic::List));
-    case PathKind::Item:
-    case PathKind::Trade:
-    case PathKind::Latest:
-        return queryOfCollection(place, kind, read);
-    default:
-        return m_answers->unserved();
-    }
-}
-
-HttpAnswer Service::Impl::queryOfCollection(Place &place, PathKind kind, ParameterReader &read)
-{
-    const auto collection = read.collection();
-    const auto limit = kind == PathKind::Latest ? read.integer("limit", 0, mostDeals)
-                                                : std::optional<std::int64_t>();
-    if (!read.fault().empty())
-        return m_answers->badParameter(read.fault());
-    if (!collection)
-        return m_answers->badParameter("collection");
-    const auto row = place.board->rowOf(*collection);
-    if (!row)
-        return m_answers->unknownCollection();
-    const Topic topic = kind == PathKind::Item ? Topic::Item
-        : kind == PathKind::Trade              ? Topic::Trade
-                                               : Topic::Latest;
-    return m_answers->done(place.board->ofCollection(
-        topic, *row, static_cast<std::size_t>(limit.value_or(usualDeals))));
-}
-
-void Service::Impl::sync(Place &place, const HttpRequest &request, HttpResponder responder)
-{
-    ParameterReader read(request.query);
-    if (!read.protocolFits(ParameterReader::Required)) {
-        responder.answer(m_answers->misread(read));
-        return;
-    }
-    SyncQuestion question;
-    std::optional<PollSession> session;
-    if (!request.authorization.empty()) {
-        const SessionGate &gate = place.accounts->gate;
-        auto asked = gate.ask(request);
-        if (auto *over = std::get_if<HttpAnswer>(&asked)) {
-            responder.answer(std::move(*over));
-            return;
-        }
-        const SignedIn &who = std::get<SignedIn>(asked);
-        question.account = who.account;
-        session = PollSession{&gate, who.session, Secret(request.authorization)};
-    }
-    const std::string *boot = request.query.find("boot");
-    const bool comparable = !boot || *boot == m_envelope->boot();
-    for (std::size_t i = 0; i < topicCount; ++i) {
-        const auto held = read.integer(topicName(static_cast<Topic>(i)), 0, INT64_MAX);
-        if (held)
-            question.held[i] = comparable ? static_cast<std::uint64_t>(*held) : 0;
-    }
-    const auto wait = read.integer("wait", 0, longestWait).value_or(0);
-    question.limit
-        = static_cast<std::size_t>(read.integer("limit", 0, mostDeals).value_or(usualDeals));
-    const auto collection = read.collection();
-    if (!read.fault().empty()) {
-        responder.answer(m_answers->badParameter(read.fault()));
-        return;
-    }
-    if (collection) {
-        question.row = place.board->rowOf(*collection);
-        question.unknownCollection = !question.row;
-    }
-    if (wait == 0 || place.board->differs(question)) {
-        responder.answer(syncAnswer(*place.board, question));
-    } else if (m_polls->isFull()) {
-        responder.answer(m_answers->busy());
-    } else {
-        m_polls->park(*place.board, question, std::move(responder),
-                      Steady::now() + std::chrono::milliseconds(wait), std::move(session));
-    }
-}
-
-HttpAnswer Service::Impl::syncAnswer(MarketBoard &board, const SyncQuestion &question) const
-{
-    static const HttpFragment end = fragment("}}}");
-    HttpAnswer answer;
-    answer.body.push_back(fragment(m_envelope->open(WireStatus::Ok) + ",\"data\":{\"topics\":{"));
-    board.appendTopics(question, answer.body);
-    answer.body.push_back(end);
-    return answer;
-}
-
-HttpAnswer Service::Impl::update() const
-{
-    JsonText json;
-    json.raw("\"version\":1").key("data").open('{');
-    json.key("version").text(newestClient).key("minimum").text(oldestClient);
-    json.key("protocol").number(protocolNumber).key("text").text("").close('}');
-    return m_answers->done(fragment(json.take()));
+    m_rooms[static_cast<std::size_t>(roomOf(entry->kind))](
+        *place,
+        {entry->kind, *place->market, *place->board, std::move(request), std::move(responder)});
 }
 
 HttpAnswer Service::Impl::refuse(const HttpFault &fault)
@@ -785,38 +490,18 @@ HttpAnswer Service::Impl::refuse(const HttpFault &fault)
 std::string Service::Impl::metrics() const
 {
     MetricsText text;
-    const HttpCounters &http = m_server->counters();
-    text.add("zvexchange_connections_total", http.connections);
-    text.add("zvexchange_connections_open", http.open);
-    text.add("zvexchange_connections_turned_away_total", http.turnedAway);
-    text.add("zvexchange_connections_cut_total", http.cutByDeadline);
-    text.add("zvexchange_requests_total", http.requests);
-    text.add("zvexchange_requests_refused_total", http.refused);
-    text.add("zvexchange_bytes_sent_total", http.bytesOut);
-    for (int hundred = 2; hundred <= 5; ++hundred)
-        text.add("zvexchange_answers_total", http.answers[hundred], "status",
-                 std::to_string(hundred) + "xx");
-    text.add("zvexchange_polls_parked", m_polls->parked());
+    addHttp(text, m_server->counters());
+    text.add("zvexchange_polls_parked", m_polls->hub().parked());
     for (std::size_t i = 0; i < topicCount; ++i)
         text.add("zvexchange_builds_total", m_builds[i], "topic",
                  std::string(topicName(static_cast<Topic>(i))));
-    text.add("zvexchange_queries_total", m_queries->counters().answered);
-    text.add("zvexchange_queries_turned_away_total", m_queries->counters().turnedAway);
-    text.add("zvexchange_query_queue_depth", m_queries->waiting());
+    addQueries(text, *m_queries);
     text.add("zvexchange_robot_orders_total", m_robots ? m_robots->orders() : 0);
     for (const auto &[id, room] : m_accounts)
         addAccounts(text, id, room->desk);
     addMoney(text, *m_money);
-    for (const auto &[prefix, place] : m_places) {
-        const WriterCounters &writer = place.market->writer().counters();
-        text.add("zvexchange_commands_total", writer.commands, "market", prefix);
-        text.add("zvexchange_commands_turned_away_total", writer.refusedFull, "market", prefix);
-        text.add("zvexchange_commits_total", writer.commits, "market", prefix);
-        text.add("zvexchange_checkpoints_total", writer.checkpoints, "market", prefix);
-        text.add("zvexchange_publications_total", writer.publications, "market", prefix);
-        text.add("zvexchange_deals_total", writer.deals, "market", prefix);
-        text.add("zvexchange_queue_depth", place.market->writer().waiting(), "market", prefix);
-    }
+    for (const auto &[prefix, place] : m_places)
+        addMarket(text, *place.market);
     return text.take();
 }
 
@@ -836,7 +521,7 @@ void Service::Impl::stop()
     if (m_server) {
         m_server->post([this] {
             m_ending = true;
-            m_polls->endAll();
+            m_polls->hub().endAll();
         });
         m_server->stop();
     }

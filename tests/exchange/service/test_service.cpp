@@ -168,7 +168,8 @@ std::string expected(const PathEntry &entry)
     if (entry.kind == PathKind::Unserved)
         return "unserved";
     const PathRoom room = roomOf(entry.kind);
-    if (room == PathRoom::Market || room == PathRoom::Charts || room == PathRoom::Applications)
+    if (room == PathRoom::Polls || room == PathRoom::Market || room == PathRoom::Charts
+        || room == PathRoom::Applications)
         return "ok";
     if (entry.kind == PathKind::QrCode)
         return "not-found"; // it asks for a code instead

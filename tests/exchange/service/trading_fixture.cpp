@@ -61,6 +61,7 @@ TradingFloor::TradingFloor(const Options &options)
     m_answers = std::make_unique<WireAnswers>(*m_envelope);
     m_queries = std::make_unique<QueryPool>(*m_answers, m_log, options.queries);
     m_paths = std::make_unique<TradingPaths>(*m_answers, *m_queries);
+    m_records = std::make_unique<RecordPaths>(*m_answers, *m_queries);
     m_charts = std::make_unique<ChartPaths>(*m_answers, *m_queries);
     for (const auto &market : m_exchange->markets()) {
         m_boards[market.get()] = std::make_unique<MarketBoard>(m_platform, m_builds);
@@ -81,15 +82,19 @@ void TradingFloor::handle(HttpRequest request, HttpResponder responder)
     const std::size_t end = request.path.find('/', request.path.find('/', 1) + 1) + 1;
     MarketServer *market = m_exchange->market(request.path.substr(0, end));
     const PathEntry *entry = findPath(std::string_view(request.path).substr(end));
-    if (roomOf(entry->kind) == PathRoom::Charts) {
-        m_charts->handle(
-            {entry->kind, *market, *m_boards[market], std::move(request), std::move(responder)});
+    const PathRoom room = roomOf(entry->kind);
+    const std::string token = request.authorization;
+    PathCall call{entry->kind, *market, *m_boards[market], std::move(request),
+                  std::move(responder)};
+    if (room == PathRoom::Charts) {
+        m_charts->handle(std::move(call));
         return;
     }
-    const std::string account = request.authorization.substr(std::string("Bearer ").size());
-    m_paths->handle(
-        {entry->kind, *market, *m_boards[market], std::move(request), std::move(responder)},
-        AccountId(std::stoll(account)));
+    const AccountId account(std::stoll(token.substr(std::string("Bearer ").size())));
+    if (room == PathRoom::Records)
+        m_records->handle(std::move(call), account);
+    else
+        m_paths->handle(std::move(call), account);
 }
 
 HttpAnswer TradingFloor::refuse(const HttpFault &)

@@ -4,6 +4,7 @@
 #include "exchange/service/http_server.h"
 #include "exchange/service/market_board.h"
 #include "exchange/service/query_pool.h"
+#include "exchange/service/record_paths.h"
 #include "exchange/service/service_log.h"
 #include "exchange/service/trading_paths.h"
 #include "exchange/service/wire_answers.h"
@@ -25,8 +26,8 @@
 
 namespace zvxtest {
 
-/// The trading and chart paths on a real server and real markets. Who asks stands in the token,
-/// which is the account's number.
+/// The paths of trading, records and charts on a real server and real markets. Who asks stands in
+/// the token, which is the account's number.
 class TradingFloor : private zvx::HttpHandler
 {
 public:
@@ -57,6 +58,7 @@ private:
     std::unique_ptr<zvx::WireAnswers> m_answers;
     std::unique_ptr<zvx::QueryPool> m_queries;
     std::unique_ptr<zvx::TradingPaths> m_paths;
+    std::unique_ptr<zvx::RecordPaths> m_records;
     std::unique_ptr<zvx::ChartPaths> m_charts;
     std::unique_ptr<zvx::HttpServer> m_server;
     std::unique_ptr<zvx::Exchange> m_exchange;
