@@ -68,3 +68,9 @@ ensure_runtime_folder() {
     fi
     export XDG_RUNTIME_DIR
 }
+
+# Shared by all tests, so that none depends on the machine's own folders.
+use_test_home() {
+    export HOME="$PWD/build/asan/home" XDG_DATA_HOME="$PWD/build/asan/home/data"
+    mkdir -p "$HOME" "$XDG_DATA_HOME"
+}

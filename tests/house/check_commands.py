@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Holds ./run and ./test to what they promise, with the programs that they call replaced.
+"""Holds ./run, ./test and ./soak to what they promise, with the programs that they call replaced.
 
     check_commands.py ROOT
 
-Copies the two commands to folders with blanks in their names, puts stand-ins for apt-get, sudo,
+Copies the commands to folders with blanks in their names, puts stand-ins for apt-get, sudo,
 cmake and their like first in the PATH, and reads from their log what was called.
 """
 import os
@@ -44,10 +44,16 @@ esac
 ''',
 }
 
+# A check under faults that fails where $FAILS names it and its first seed.
+CAMPAIGN = LOG + '''echo "12 seeds of ${0##*/}"
+[ "$FAILS" != "${0##*/} $2" ] || { echo "repeat it with: ${0##*/} --first 7 --seeds 1"; exit 1; }
+'''
+CAMPAIGNS = ("zvx_core_simulation", "zvx_powercuts", "zvx_kills", "zv_faultyproxy")
+
 CLIENT = 'pwd; for a in "$@"; do printf "[%s]\\n" "$a"; done; exit "${CLIENT_CODE:-0}"\n'
 
 ORDINARY = ["bash", "sh", "env", "sed", "grep", "cat", "dirname", "readlink", "mkdir", "mktemp",
-            "rm", "cp"]
+            "rm", "cp", "awk", "date", "tail"]
 
 
 class CommandsTest(unittest.TestCase):
@@ -60,7 +66,7 @@ class CommandsTest(unittest.TestCase):
         self.elsewhere = base / "else where"
         for folder in (self.house / "tools", self.bin, self.elsewhere, base / "home"):
             folder.mkdir(parents=True)
-        for name in ("run", "test", "packages.txt", "packages-test.txt", "tools/build.sh"):
+        for name in ("run", "test", "soak", "packages.txt", "packages-test.txt", "tools/build.sh"):
             shutil.copy(ROOT / name, self.house / name)
         for name, body in {**STAND_INS, "client": CLIENT}.items():
             self.put(name, body)
@@ -197,6 +203,48 @@ class CommandsTest(unittest.TestCase):
         self.assertTrue(calls[-1].startswith("ctest [--test-dir] [build/asan]"), calls[-1])
         self.assertTrue(calls[-1].endswith("[-R] [a b]"), calls[-1])
         self.assertIn("all tests passed", result.stdout.splitlines()[-1])
+
+    def test_prove_builds_and_runs_what_plants_bugs_and_no_more(self):
+        result, calls = self.start("test", "--prove", "-V")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertIn("cmake [--build] [--preset] [asan] [--target] [proofs]", calls)
+        self.assertTrue(calls[-1].endswith("[-L] [^prove$] [-V]"), calls[-1])
+
+    def soak(self, *arguments, **changes):
+        programs = self.house / "build/asan/bin"
+        programs.mkdir(parents=True)
+        for name in CAMPAIGNS:
+            (programs / name).write_text("#!/bin/sh\n" + CAMPAIGN)
+            (programs / name).chmod(0o755)
+        return self.start("soak", *arguments, **{"FAILS": "", **changes})
+
+    def test_soak_turns_through_the_checks_until_one_fails(self):
+        result, calls = self.soak("--minutes", "100", "--seed", "7", FAILS="zvx_kills 1000007")
+        self.assertEqual(result.returncode, 1)
+        for name in CAMPAIGNS:
+            firsts = [c.split("] [")[1] for c in calls if c.startswith(name + " [--first]")]
+            second = [] if name == "zv_faultyproxy" else ["1000007"]
+            self.assertEqual(firsts, ["7", *second], name)
+        self.assertEqual(len([c for c in calls if c.startswith("ctest ")]), 3)
+        self.assertTrue(calls[-1].startswith("zvx_kills "), calls)
+        self.assertIn("repeat it with: zvx_kills --first 7 --seeds 1", result.stderr)
+        ledger = (self.house / "build/soak/ledger.txt").read_text()
+        self.assertIn("--first 1000007", ledger)
+        self.assertIn("12 seeds of zv_faultyproxy", ledger)
+        self.assertEqual(ledger.count("passed\n"), 9)
+        self.assertEqual(ledger.count("FAILED\n"), 1)
+
+    def test_soak_ends_with_its_time(self):
+        result, _ = self.soak("--minutes", "0.05")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertIn("passed", result.stdout.splitlines()[-1])
+
+    def test_soak_refuses_what_it_does_not_know(self):
+        for arguments in (["--minutes"], ["--minutes", "0"], ["--seed", "x"], ["--hours", "1"]):
+            result, calls = self.start("soak", *arguments)
+            self.assertEqual(result.returncode, 2, arguments)
+            self.assertIn("usage: ./soak", result.stderr)
+            self.assertEqual(calls, [])
 
     def test_failing_tests_fail_the_command(self):
         result, _ = self.start("test", CTEST_CODE="8")
