@@ -9,6 +9,7 @@
 #include <list>
 #include <map>
 #include <optional>
+#include <stdexcept>
 #include <unordered_map>
 #include <vector>
 
@@ -103,6 +104,12 @@ private:
     zvx::Result carryOut(const zvx::SettleDay &command, Happened &out);
     zvx::Result carryOut(const zvx::SetPhase &command, Happened &out);
     zvx::Result carryOut(const zvx::BurnKey &command, Happened &out);
+    // Transfers and deliveries, which the stream that is measured does not hold.
+    template <class Other>
+    zvx::Result carryOut(const Other &, Happened &)
+    {
+        throw std::logic_error("the twin has no rules for this command");
+    }
 
     template <class Keyed, class Judge>
     zvx::Result once(const Keyed &command, std::uint64_t fingerprint, bool refusalFreesKey,
