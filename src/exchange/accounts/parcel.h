@@ -11,6 +11,12 @@ struct Recipient {
     std::string person;
     std::string phone;
     std::string address;
+
+    friend bool operator==(const Recipient &a, const Recipient &b)
+    {
+        return a.person == b.person && a.phone == b.phone && a.address == b.address;
+    }
+    friend bool operator!=(const Recipient &a, const Recipient &b) { return !(a == b); }
 };
 
 /// By what a carrier's customers follow a parcel; both empty before it was sent.

@@ -42,6 +42,8 @@ ParcelBook::ParcelBook(const std::filesystem::path &folder, const std::string &v
     try {
         m_connection = std::make_unique<SqliteConnection>(file, vfs, kParcelsApplicationId,
                                                           migrations(), kLogFrames);
+        // What is taken out is gone from the file as well.
+        m_connection->database().exec("PRAGMA secure_delete = ON");
     } catch (const SQLite::Exception &error) {
         throw StoreError(file.string() + ": " + error.what());
     }

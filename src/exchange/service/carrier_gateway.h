@@ -35,11 +35,15 @@ public:
     ///
     /// `answered` is called with each step that the parcel takes, also with those that it took
     /// before; before this returns, later, more than once or never, from any thread, also when
-    /// nobody is interested any more. One thread of the exchange at a time; does not throw.
+    /// nobody is interested any more. One thread of the exchange at a time; nothing here throws.
     virtual void ask(const CarrierOrder &order, Answered answered) = 0;
 
-    /// A parcel that its owner keeps after all. One that was sent is lost to the exchange: a
-    /// carrier speaks of Preparing before it packs, and packs no sooner than it must.
+    /// The exchange has written down that a parcel is being prepared: nobody takes it back any
+    /// more. A carrier that spoke of Preparing sends nothing before it hears this, which comes
+    /// again as often as it speaks so.
+    virtual void goAhead(ParcelId id) = 0;
+
+    /// A parcel that its owner keeps after all.
     virtual void giveUp(ParcelId id) = 0;
 };
 

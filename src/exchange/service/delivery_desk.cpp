@@ -115,7 +115,7 @@ public:
           m_office(
               {*m_options.carrier, *m_options.parcels, *m_options.clock, *m_options.random,
                [own = m_queue](ParcelId id, const CarrierWord &word) { own->comeBack(id, word); },
-               m_options.notice},
+               m_options.notice, m_options.fatal},
               m_options.limits, m_counters)
     {
         for (MarketServer *market : m_options.markets) {

@@ -45,6 +45,9 @@ struct DeliveryDeskOptions {
     DeliveryLimits limits;
     /// A line for the operator's log, without anything that a client sent.
     std::function<void(const std::string &line)> notice;
+    /// A market or the parcels cannot be read or written any more: everything is answered Failed
+    /// until the service is back. From the desk's thread.
+    std::function<void(const std::string &reason)> fatal;
 };
 
 /**
@@ -74,7 +77,7 @@ public:
         Status status = Status::Accepted;
         std::string_view reason = {}; ///< the protocol's word, of a Refused one
         std::string_view message = {}; ///< a Chinese sentence, "" for Accepted
-        ParcelId parcel = {}; ///< of an Accepted one
+        ParcelId parcel = {}; ///< of a request that was Accepted
     };
     using Done = std::function<void(const Outcome &)>;
 

@@ -10,17 +10,6 @@ namespace zvx {
 
 namespace {
 
-/// A market that ended leaves what was wanted of it open until its next run.
-template <class Work>
-DeliveryDesk::Outcome guarded(const Work &work)
-{
-    try {
-        return work();
-    } catch (const StoreError &) {
-        return notTried(DeliveryDesk::Status::Failed);
-    }
-}
-
 void tell(const DeliveryDesk::Done &done, const DeliveryDesk::Outcome &outcome)
 {
     if (done)
@@ -51,6 +40,17 @@ void DeliveryOffice::open(DeliveryMarket &market)
     }
 }
 
+template <typename Work>
+DeliveryDesk::Outcome DeliveryOffice::guarded(const Work &work)
+{
+    try {
+        return work();
+    } catch (const StoreError &error) {
+        fail(error.what());
+        return notTried(DeliveryDesk::Status::Failed);
+    }
+}
+
 void DeliveryOffice::request(const DeliveryRequest &request, Done done)
 {
     tell(done, guarded([&] { return tryRequest(request); }));
@@ -61,7 +61,8 @@ DeliveryDesk::Outcome DeliveryOffice::tryRequest(const DeliveryRequest &request)
     DeliveryMarket &market = *request.market;
     // The market forgets a key after two sessions. What froze pieces once is known for ever.
     if (const auto row = market.deliveryOf(request.account, request.key)) {
-        if (row->collection != request.collection || row->quantity != request.quantity)
+        if (row->collection != request.collection || row->quantity != request.quantity
+            || goesElsewhere(row->parcel, request.recipient))
             return refused(Status::KeyDiffers);
         return answerOf(*row);
     }
@@ -110,7 +111,7 @@ DeliveryDesk::Outcome DeliveryOffice::tryCancel(DeliveryMarket &market, AccountI
         ++m_counters.cancelled;
     m_underWay.erase(idOf(parcel));
     m_tools.carrier.giveUp(parcel);
-    return answerOf(*row);
+    return {};
 }
 
 void DeliveryOffice::resolve(DeliveryMarket &market, AccountId account, ActionKey key, Done done)
@@ -150,8 +151,11 @@ void DeliveryOffice::hear(ParcelId id, const CarrierWord &word)
             ++(word.stage == DeliveryStage::Sent ? m_counters.sent : m_counters.refusedByCarrier);
         if (isOver)
             m_underWay.erase(found);
-    } catch (const StoreError &) {
-        // The market has ended. Its next run asks the carrier again.
+        else
+            m_tools.carrier.goAhead(id);
+    } catch (const StoreError &error) {
+        // The next run asks the carrier again.
+        fail(error.what());
     }
 }
 
@@ -184,6 +188,12 @@ DeliveryDesk::Outcome DeliveryOffice::refused(Status status)
 {
     ++m_counters.refused;
     return deliveryRefusal(status);
+}
+
+bool DeliveryOffice::goesElsewhere(ParcelId id, const Recipient &recipient)
+{
+    const auto parcel = m_tools.parcels.find(id);
+    return parcel && parcel->recipient != recipient;
 }
 
 ParcelId DeliveryOffice::newId()
@@ -219,6 +229,12 @@ void DeliveryOffice::note(const std::string &line)
 {
     if (m_tools.notice)
         m_tools.notice(line);
+}
+
+void DeliveryOffice::fail(const std::string &reason)
+{
+    if (m_tools.fatal)
+        m_tools.fatal(reason);
 }
 
 } // namespace zvx

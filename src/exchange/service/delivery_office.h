@@ -72,6 +72,8 @@ public:
         /// is gone.
         std::function<void(ParcelId, const CarrierWord &)> comeBack;
         std::function<void(const std::string &line)> notice;
+        /// A market or the parcels cannot be read or written any more.
+        std::function<void(const std::string &reason)> fatal;
     };
 
     DeliveryOffice(Tools tools, const DeliveryLimits &limits, DeliveryCounters &counters);
@@ -105,16 +107,23 @@ private:
 
     static Id idOf(ParcelId id) { return {id.high, id.low}; }
 
+    /// What ended leaves what was wanted of it open until the service is back.
+    template <typename Work>
+    Outcome guarded(const Work &work);
+
     Outcome tryRequest(const DeliveryRequest &request);
     Outcome tryCancel(DeliveryMarket &market, AccountId account, ParcelId parcel, ActionKey key);
     Outcome tryResolve(DeliveryMarket &market, AccountId account, ActionKey key);
     /// The answer that a delivery's key stands for.
     Outcome answerOf(const DeliveryRow &row) const;
     Outcome refused(Status status);
+    /// Whether a parcel has another recipient. Of one that was taken out nobody can say.
+    bool goesElsewhere(ParcelId id, const Recipient &recipient);
     ParcelId newId();
     void follow(DeliveryMarket &market, const DeliveryRow &row, const Recipient &recipient);
     void ask(const CarrierOrder &order);
     void note(const std::string &line);
+    void fail(const std::string &reason);
 
     Tools m_tools;
     const DeliveryLimits m_limits;

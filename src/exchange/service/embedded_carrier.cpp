@@ -80,17 +80,8 @@ public:
         m_wake.notify_all();
     }
 
-    void giveUp(ParcelId id)
-    {
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            const auto found = m_waiting.find(keyOf(id));
-            if (found == m_waiting.end())
-                return;
-            found->second.isGivenUp = true;
-        }
-        m_wake.notify_all();
-    }
+    void goAhead(ParcelId id) { mark(id, &Parcel::isLetGo); }
+    void giveUp(ParcelId id) { mark(id, &Parcel::isGivenUp); }
 
 private:
     struct Parcel {
@@ -98,8 +89,21 @@ private:
         Answered answered;
         Step told = Step::Asked; ///< the last step that its asker heard of
         SteadyMs due = 0; ///< of its next step
+        bool isLetGo = false; ///< it may be sent
         bool isGivenUp = false;
     };
+
+    void mark(ParcelId id, bool Parcel::*what)
+    {
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            const auto found = m_waiting.find(keyOf(id));
+            if (found == m_waiting.end())
+                return;
+            found->second.*what = true;
+        }
+        m_wake.notify_all();
+    }
 
     static EmbeddedCarrierOptions completed(EmbeddedCarrierOptions options)
     {
@@ -146,10 +150,13 @@ private:
                 const Parcel &parcel = at->second;
                 // What was packed before is told at once; the next step has its time.
                 const bool isNews = parcel.told < stepOf(parcel.order.id);
-                if (isNews || parcel.isGivenUp || parcel.due <= now) {
+                const bool mayMove = parcel.isLetGo || parcel.told != Step::Packed;
+                if (isNews || parcel.isGivenUp || (mayMove && parcel.due <= now)) {
                     next = at;
                     break;
                 }
+                if (!mayMove)
+                    continue;
                 if (!first || parcel.due < *first)
                     first = parcel.due;
             }
@@ -280,6 +287,11 @@ EmbeddedCarrier::~EmbeddedCarrier() = default;
 void EmbeddedCarrier::ask(const CarrierOrder &order, Answered answered)
 {
     m_counter->ask(order, std::move(answered));
+}
+
+void EmbeddedCarrier::goAhead(ParcelId id)
+{
+    m_counter->goAhead(id);
 }
 
 void EmbeddedCarrier::giveUp(ParcelId id)

@@ -43,6 +43,7 @@ public:
     ~EmbeddedCarrier() override;
 
     void ask(const CarrierOrder &order, Answered answered) override;
+    void goAhead(ParcelId id) override;
     void giveUp(ParcelId id) override;
 
 private:

@@ -145,6 +145,7 @@ public:
             + std::to_string(order.quantity.value()) + ' ' + order.recipient.person + '\n';
         answers[order.id.low] = std::move(answered);
     }
+    void goAhead(ParcelId id) override { log += "go ahead " + std::to_string(id.low) + '\n'; }
     void giveUp(ParcelId id) override { log += "give up " + std::to_string(id.low) + '\n'; }
 
     std::string takeLog() { return std::exchange(log, {}); }
@@ -163,7 +164,8 @@ protected:
         office.emplace(DeliveryOffice::Tools{
                            carrier, parcels, clock, random,
                            [this](ParcelId id, const CarrierWord &word) { office->hear(id, word); },
-                           [this](const std::string &line) { notices.push_back(line); }},
+                           [this](const std::string &line) { notices.push_back(line); },
+                           [this](const std::string &reason) { faults.push_back(reason); }},
                        limits, counters);
         office->open(market);
     }
@@ -175,7 +177,7 @@ protected:
             last = outcome;
         };
     }
-    /// What is told: "ok" with the parcel's low half, else the reason.
+    /// What is told: "ok" with the low half of a request's parcel, else the reason.
     std::string told()
     {
         EXPECT_EQ(std::exchange(answers, 0), 1) << "one answer";
@@ -194,11 +196,16 @@ protected:
     }
     std::string request(int account, int quantity, std::uint64_t key, int collection = 7)
     {
+        return request(account, quantity, key, someone, collection);
+    }
+    std::string request(int account, int quantity, std::uint64_t key, const Recipient &recipient,
+                        int collection = 7)
+    {
         office->request({&market,
                          AccountId(account),
                          CollectionId(collection),
                          Quantity(quantity),
-                         someone,
+                         recipient,
                          {0, key}},
                         listener());
         return told();
@@ -236,6 +243,7 @@ protected:
     DeliveryLimits limits;
     DeliveryCounters counters;
     std::vector<std::string> notices;
+    std::vector<std::string> faults;
     std::optional<DeliveryOffice> office;
     int answers = 0;
     Outcome last;
@@ -248,6 +256,7 @@ TEST_F(DeliveryOfficeTest, GoodsAreFrozenThenHandedOverThenGone)
     EXPECT_EQ(carrier.takeLog(), "ask 2 岁寒三友 3 林晓月\n");
     EXPECT_EQ(parcels.find(idOf(2))->recipient.address, "和平路1号");
     say(2, DeliveryStage::Preparing);
+    EXPECT_EQ(carrier.takeLog(), "go ahead 2\n");
     EXPECT_EQ(cancel(1, 2, 9), "delivery-done");
     EXPECT_EQ(carrier.takeLog(), "");
     say(2, DeliveryStage::Sent);
@@ -264,15 +273,17 @@ TEST_F(DeliveryOfficeTest, WhatIsTakenBackOrRefusedIsThereAgain)
 {
     EXPECT_EQ(request(1, 3, 1), "ok 2");
     EXPECT_EQ(request(1, 2, 2), "ok 4");
-    EXPECT_EQ(cancel(1, 2, 3), "ok 2");
+    EXPECT_EQ(cancel(1, 2, 3), "ok 0");
     EXPECT_EQ(carrier.takeLog(), "ask 2 岁寒三友 3 林晓月\nask 4 岁寒三友 2 林晓月\ngive up 2\n");
     say(4, DeliveryStage::Refused);
     EXPECT_EQ(market.holding(1), "10/0");
     EXPECT_EQ(counters.cancelled, 1u);
     EXPECT_EQ(counters.refusedByCarrier, 1u);
+    say(2, DeliveryStage::Preparing);
     say(2, DeliveryStage::Sent);
-    EXPECT_EQ(market.holding(1), "10/0") << "a parcel that was taken back is not sent";
-    EXPECT_EQ(cancel(1, 2, 3), "ok 2") << "the same answer to the same key";
+    EXPECT_EQ(carrier.takeLog(), "") << "a parcel that was taken back does not go ahead";
+    EXPECT_EQ(market.holding(1), "10/0");
+    EXPECT_EQ(cancel(1, 2, 3), "ok 0") << "the same answer to the same key";
     EXPECT_EQ(cancel(1, 2, 4), "delivery-done");
     EXPECT_EQ(counters.cancelled, 1u);
 }
@@ -294,6 +305,9 @@ TEST_F(DeliveryOfficeTest, OneKeyAsksOnce)
     EXPECT_EQ(request(1, 3, 1), "ok 2");
     EXPECT_EQ(request(1, 3, 1), "ok 2");
     EXPECT_EQ(request(1, 4, 1), "key-differs");
+    EXPECT_EQ(request(1, 3, 1, {"林晓阳", someone.phone, someone.address}), "key-differs");
+    EXPECT_EQ(request(1, 3, 1, {someone.person, "13900000002", someone.address}), "key-differs");
+    EXPECT_EQ(request(1, 3, 1, {someone.person, someone.phone, "和平路2号"}), "key-differs");
     EXPECT_EQ(cancel(1, 2, 1), "key-differs");
     EXPECT_EQ(resolve(1, 1), "ok 2");
     EXPECT_EQ(market.holding(1), "10/3");
@@ -301,7 +315,7 @@ TEST_F(DeliveryOfficeTest, OneKeyAsksOnce)
     EXPECT_EQ(resolve(1, 5), "unknown-key");
     EXPECT_EQ(request(1, 1, 5), "unknown-key");
     EXPECT_EQ(parcelCount(), 1u);
-    EXPECT_EQ(cancel(1, 2, 6), "ok 2");
+    EXPECT_EQ(cancel(1, 2, 6), "ok 0");
     EXPECT_EQ(resolve(1, 6), "ok 0") << "a cancel is known by its key";
 }
 
@@ -326,6 +340,7 @@ TEST_F(DeliveryOfficeTest, ASilentCarrierIsAskedAgain)
     office->tick();
     EXPECT_EQ(carrier.takeLog(), "ask 2 岁寒三友 3 林晓月\n");
     say(2, DeliveryStage::Preparing);
+    EXPECT_EQ(carrier.takeLog(), "go ahead 2\n");
     clock.advance(limits.askAgainEvery);
     office->tick();
     EXPECT_EQ(carrier.takeLog(), "ask 2 岁寒三友 3 林晓月\n") << "until it is over";
@@ -347,6 +362,7 @@ TEST_F(DeliveryOfficeTest, ARestartGoesOnWithWhatIsUnderWay)
     restart();
     EXPECT_EQ(carrier.takeLog(), "ask 2 岁寒三友 3 林晓月\nask 6 岁寒三友 1 林晓月\n");
     say(6, DeliveryStage::Preparing);
+    EXPECT_EQ(carrier.takeLog(), "go ahead 6\n") << "as it does not know that it may";
     say(6, DeliveryStage::Sent);
     EXPECT_EQ(market.holding(2), "7/0");
     EXPECT_EQ(parcelCount(), 3u) << "who received what stays to be read";
@@ -391,6 +407,7 @@ TEST_F(DeliveryOfficeTest, AMarketThatEndedFailsAndIsAskedByItsNextRun)
     say(4, DeliveryStage::Sent);
     EXPECT_EQ(market.holding(1), "10/3");
     EXPECT_EQ(office->underWay(), 1u);
+    EXPECT_EQ(faults, std::vector<std::string>(4, "ended")) << "the operator hears of each";
     say(4, DeliveryStage::Sent);
     EXPECT_EQ(market.holding(1), "7/0");
 }
@@ -399,6 +416,7 @@ TEST_F(DeliveryOfficeTest, ADeliveryWithoutItsRecipientIsToldToTheOperator)
 {
     EXPECT_EQ(request(1, 3, 1), "ok 2");
     parcels.drop(idOf(2));
+    EXPECT_EQ(request(1, 3, 1), "ok 2") << "by its key it is known all the same";
     carrier.takeLog();
     restart();
     EXPECT_EQ(carrier.takeLog(), "");

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -61,7 +62,9 @@ protected:
     void ask(std::uint64_t id)
     {
         carrier->ask({{1, id}, "岁寒三友", Quantity(3), {"林晓月", "13900000001", "和平路1号"}},
-                     [this, id](const CarrierWord &word) {
+                     [this, own = carrier.get(), id](const CarrierWord &word) {
+                         if (letsGo && word.stage == DeliveryStage::Preparing)
+                             own->goAhead({1, id});
                          const std::lock_guard<std::mutex> lock(m_mutex);
                          m_words += std::to_string(id) + ':'
                              + std::to_string(static_cast<int>(word.stage))
@@ -86,6 +89,7 @@ protected:
     std::shared_ptr<Box> box = std::make_shared<Box>();
     EmbeddedCarrierOptions options;
     std::unique_ptr<EmbeddedCarrier> carrier;
+    std::atomic<bool> letsGo{true}; ///< whether the exchange answers that it heard
     mutable std::mutex m_mutex;
     std::string m_words; ///< id:stage, a plus where there is a tracking number
     Tracking m_tracking;
@@ -144,6 +148,34 @@ TEST_F(EmbeddedCarrierTest, GoesOnFromItsLedgerAfterARestart)
     pass(1);
     expectWords("7:1 7:1 7:2+ ");
     EXPECT_EQ(box->texts().size(), 2u);
+}
+
+TEST_F(EmbeddedCarrierTest, SendsNothingThatMayStillBeTakenBack)
+{
+    letsGo = false;
+    begin();
+    ask(7);
+    ask(8);
+    pass(1'000);
+    ASSERT_TRUE(until([&] { return words().size() == 8; })) << words();
+    pass(100'000);
+    ask(9); // what others wait for does not wait for these
+    pass(1'000);
+    ASSERT_TRUE(until([&] { return words().size() == 12; })) << words();
+    carrier->giveUp({1, 8});
+    ASSERT_TRUE(until([&] { return words().size() == 16; })) << words();
+    EXPECT_EQ(words().substr(8), "9:1 8:3 ");
+    carrier->goAhead({1, 7});
+    ASSERT_TRUE(until([&] { return words().size() == 21; })) << words();
+    EXPECT_EQ(words().substr(16), "7:2+ ");
+    letsGo = true;
+    restart();
+    ask(9);
+    pass(500);
+    ASSERT_TRUE(until([&] { return words().size() >= 25; })) << words();
+    pass(500);
+    ASSERT_TRUE(until([&] { return words().size() == 30; })) << words();
+    EXPECT_EQ(words().substr(21), "9:1 9:2+ ");
 }
 
 TEST_F(EmbeddedCarrierTest, GivesUpWhatIsNotSent)
