@@ -85,7 +85,9 @@ ZvUBEntrustItem::Data order(const Node &object)
     item.state = state(object, Item::Open, Item::Refused);
     if (item.state == Item::Withdrawn || item.state == Item::PartlyWithdrawn)
         item.withdrawn = item.quantity - item.filled;
-    item.key = text(object, "key");
+    // Without one where no action placed it.
+    const Node &key = member(object, "key");
+    item.key = key.kind == Node::Null ? QString() : textIn(key, "key");
     return item;
 }
 

@@ -236,6 +236,7 @@ private slots:
     void applicationsAreStored();
     void moneyFlowsAreStored();
     void openOrdersAreStored();
+    void anOrderMayHaveNoKey();
     void ordersAreStored_data();
     void ordersAreStored();
     void dealRecordsAreStored();
@@ -503,6 +504,16 @@ void RecordsTest::openOrdersAreStored()
     QCOMPARE(sell.getTypeID(), 2);
     QCOMPARE(sell.data().amount, qint64(0));
     QCOMPARE(sell.displayDataForModelUse(9), QStringLiteral("3"));
+}
+
+void RecordsTest::anOrderMayHaveNoKey()
+{
+    QByteArray orders = openOrders();
+    orders.replace("\"00112233445566778899aabbccddeeff\"", "null");
+    engine()->sendRequest_RevokeList(1, 12);
+    answer(zvPath_revoke, orders);
+    QCOMPARE(cache()->getRevokeList().size(), 2);
+    QCOMPARE(cache()->getRevokeList().first().data().key, QString());
 }
 
 void RecordsTest::ordersAreStored_data()
