@@ -25,7 +25,7 @@
 
 namespace endtoend {
 
-BoxReader::BoxReader()
+BoxReader::BoxReader(std::function<void()> before) : m_before(std::move(before))
 {
     QObject::connect(&m_timer, &QTimer::timeout, [this] { look(); });
     m_timer.start(20);
@@ -33,12 +33,17 @@ BoxReader::BoxReader()
 
 void BoxReader::look()
 {
-    auto *box = qobject_cast<BreltFramlessMessageBox *>(QApplication::activeModalWidget());
-    if (!box)
+    const QPointer<BreltFramlessMessageBox> box
+        = qobject_cast<BreltFramlessMessageBox *>(QApplication::activeModalWidget());
+    if (!box || m_isLooking)
         return;
     const QLabel *label = box->findChild<QLabel *>();
-    QPushButton *confirm = box->findChild<QPushButton *>();
     m_texts.append(label ? label->text() : QString());
+    m_isLooking = true;
+    if (m_before)
+        m_before();
+    m_isLooking = false;
+    QPushButton *confirm = box ? box->findChild<QPushButton *>() : nullptr;
     if (confirm)
         QTest::mouseClick(confirm, Qt::LeftButton);
 }
@@ -93,12 +98,12 @@ QJsonObject signIn(const QUrl &exchange, const QString &server, const QString &p
 }
 
 bool registerAccount(const StateFolder &state, const QUrl &exchange, const QString &phone,
-                     const QString &password)
+                     const QString &password, const QString &server)
 {
     const auto ask = [&](const QString &path, const QString &fields) {
         const QString key = QUuid::createUuid().toString(QUuid::Id128);
         const QString form = QStringLiteral("protocol=1&key=%1&phone=%2%3").arg(key, phone, fields);
-        return post(exchange, QStringLiteral("/lc/youbika/") + path, form.toUtf8())
+        return post(exchange, server + path, form.toUtf8())
                    .value(QStringLiteral("status"))
                    .toString()
             == QLatin1String("ok");

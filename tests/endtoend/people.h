@@ -6,6 +6,8 @@
 #include <QTimer>
 #include <QUrl>
 
+#include <functional>
+
 class QAbstractButton;
 class QWidget;
 
@@ -17,7 +19,8 @@ class StateFolder;
 class BoxReader
 {
 public:
-    BoxReader();
+    // `before` is called while a box is open, before it is confirmed.
+    explicit BoxReader(std::function<void()> before = {});
 
     // The texts as the boxes were given them, in order.
     QStringList texts() const { return m_texts; }
@@ -25,6 +28,8 @@ public:
 private:
     void look();
 
+    std::function<void()> m_before;
+    bool m_isLooking = false;
     QTimer m_timer;
     QStringList m_texts;
 };
@@ -42,7 +47,8 @@ QJsonObject signIn(const QUrl &exchange, const QString &server, const QString &p
 
 // Opens an account as another client would, with a code from the outbox. False where it is refused.
 bool registerAccount(const StateFolder &state, const QUrl &exchange, const QString &phone,
-                     const QString &password);
+                     const QString &password,
+                     const QString &server = QStringLiteral("/lc/youbika/"));
 
 // Signs in by the window's own dialog. False where that does not come to its end in time.
 bool signInAt(const QWidget &window, const QString &phone, const QString &password);

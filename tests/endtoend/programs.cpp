@@ -17,10 +17,11 @@
 
 namespace endtoend {
 
-StateFolder::StateFolder() : m_path(m_folder.path() + QStringLiteral("/state"))
+StateFolder::StateFolder(Kind kind) : m_path(m_folder.path() + QStringLiteral("/state"))
 {
     QDir().mkpath(m_path);
-    QFile::copy(QStringLiteral(ZV_SMALL_CATALOGUE), file(QStringLiteral("catalogue.json")));
+    if (kind == WithCatalogue)
+        QFile::copy(QStringLiteral(ZV_SMALL_CATALOGUE), file(QStringLiteral("catalogue.json")));
 }
 
 bool StateFolder::isHeld() const
@@ -73,14 +74,18 @@ Exchange::~Exchange()
         kill();
 }
 
-bool Exchange::start(const StateFolder &state, int port, double robots)
+bool Exchange::start(const StateFolder &state, int port, double robots, const QStringList &options)
 {
     m_process = std::make_unique<QProcess>();
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process->start(QStringLiteral(ZV_EXCHANGE_PROGRAM),
-                     {QStringLiteral("serve"), QStringLiteral("--state"), state.path(),
-                      QStringLiteral("--listen"), QStringLiteral("127.0.0.1:%1").arg(port),
-                      QStringLiteral("--robots"), QString::number(robots)});
+    const QStringList usual{QStringLiteral("serve"),
+                            QStringLiteral("--state"),
+                            state.path(),
+                            QStringLiteral("--listen"),
+                            QStringLiteral("127.0.0.1:%1").arg(port),
+                            QStringLiteral("--robots"),
+                            QString::number(robots)};
+    m_process->start(QStringLiteral(ZV_EXCHANGE_PROGRAM), usual + options);
     QByteArray output;
     until([&] {
         output += m_process->readAllStandardOutput();

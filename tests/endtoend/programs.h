@@ -19,7 +19,9 @@ constexpr int patience = 60000;
 class StateFolder
 {
 public:
-    StateFolder();
+    // An empty one leaves the catalogue to the service's options, and may hold a demo account.
+    enum Kind { WithCatalogue, Empty };
+    explicit StateFolder(Kind kind = WithCatalogue);
 
     QString path() const { return m_path; }
     QString file(const QString &name) const { return m_path + QLatin1Char('/') + name; }
@@ -50,7 +52,8 @@ public:
     ~Exchange();
 
     // Starts it and waits until it serves; port 0 takes a free one. False where it does not come.
-    bool start(const StateFolder &state, int port = 0, double robots = 40);
+    bool start(const StateFolder &state, int port = 0, double robots = 40,
+               const QStringList &options = {});
 
     void kill(); // as kill -9 does, and waits for the end
     bool isRunning() const;
