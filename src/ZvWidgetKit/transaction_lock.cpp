@@ -68,6 +68,8 @@ void Transaction_Lock::applyStyle()
         "border-style:soli; border-radius:4px}"
         "QPushButton:pressed{border-style:inset；border-width:1px;border-style:soli; "
         "border-radius:4px}"));
+    // The focus stays in the field: keys that are typed elsewhere are shown, such as in a search.
+    m_unlockButton->setFocusPolicy(Qt::NoFocus);
     m_passwordEdit->setPlaceholderText(QStringLiteral("请输入您的登录密码"));
     m_passwordEdit->setStyleSheet(
         QStringLiteral("QLineEdit{width:220px; height:38px;border-width:1px;border-style:soli;"

@@ -110,6 +110,15 @@ private slots:
         QVERIFY(password()->hasFocus());
     }
 
+    // Or the next attempt would be typed where others can read it.
+    void theFocusStaysInTheFieldAfterAClick()
+    {
+        QTest::mouseClick(m_bench->unlockButton(), Qt::LeftButton);
+        QVERIFY(password()->hasFocus());
+        refuse(QStringLiteral("密码错误"));
+        QVERIFY(password()->hasFocus());
+    }
+
     void theButtonSendsAnyText_data()
     {
         QTest::addColumn<QString>("text");
