@@ -149,7 +149,7 @@ TEST_P(TicketMaximum, IsTakenAtTheBoundsOfPrices)
 }
 
 INSTANTIATE_TEST_SUITE_P(Rates, TicketMaximum, testing::Values(0, 1'000, 3'000, 12'345),
-                         [](const auto &info) { return "Ppm" + std::to_string(info.param); });
+                         [](const auto &rate) { return "Ppm" + std::to_string(rate.param); });
 
 /// Without a fee each fen counts. The least money that a float rounds to a piece more than it buys
 /// is 109,914.34: 1,715 pieces at 64.09 cost a fen more. Nothing is given away for that.
