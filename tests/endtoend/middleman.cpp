@@ -59,6 +59,14 @@ void Middleman::spoilNextPoll(const QByteArray &answer)
     m_spoiled = false;
 }
 
+void Middleman::loseAnswers(const QByteArray &path, int count, Loss loss)
+{
+    m_losePath = path;
+    m_toLose = count;
+    m_loss = loss;
+    m_lost = 0;
+}
+
 void Middleman::delayAnswers(int most, quint32 seed)
 {
     m_longestDelay = most;
@@ -94,10 +102,26 @@ void Middleman::take(QTcpSocket *client)
             service->abort();
             spoil(client);
         } else {
+            if (m_toLose > 0 && request.contains('/' + m_losePath + ' '))
+                lose(client, service);
             service->write(request);
         }
     });
     service->connectToHost(QHostAddress(QHostAddress::LocalHost), quint16(m_servicePort));
+}
+
+void Middleman::lose(QTcpSocket *client, QTcpSocket *service)
+{
+    --m_toLose;
+    const Loss loss = m_loss;
+    service->disconnect(client);
+    connect(service, &QTcpSocket::readyRead, client, [this, client, service, loss] {
+        ++m_lost;
+        service->disconnect(client);
+        service->abort();
+        if (loss == Closed)
+            client->disconnectFromHost();
+    });
 }
 
 void Middleman::spoil(QTcpSocket *client)
