@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <fstream>
 #include <iostream>
 #include <optional>
@@ -41,6 +42,7 @@ constexpr int exitUnusable = 2;
 /// A hundred thousand million: clients count money in numbers that hold so much to the fen.
 constexpr std::int64_t mostYuan = 100'000'000'000;
 constexpr std::int64_t longestBankDelay = 86'400'000;
+constexpr double longestCarrierDelay = 31 * 86'400.0; // s
 constexpr std::size_t catalogueBound = 64 * 1024 * 1024;
 /// Descriptors that are not connections: stores, logs, pipes.
 constexpr rlim_t otherFiles = 256;
@@ -55,6 +57,9 @@ struct Choices {
     double robots = 6;
     std::int64_t bankDelay = 0;
     std::string bankRefuse;
+    double prepareDelay = 60;
+    double shipDelay = 60;
+    bool carrierRefuses = false;
     std::int64_t transferLimit = MoneyLimits().ofTransfer.value() / 100;
     std::int64_t dayLimit = MoneyLimits().ofDay.value() / 100;
     bool demo = false;
@@ -173,9 +178,10 @@ void checkNames(const Choices &choices, const ServiceOptions &options)
                            + host);
     }
     if (!choices.publicUrl.empty() && !PublicAddress::isUrl(choices.publicUrl))
-        throw Unusable("--public-url takes http:// or https:// with a host and perhaps a port, such "
-                       "as https://exchange.example.org, not "
-                       + choices.publicUrl);
+        throw Unusable(
+            "--public-url takes http:// or https:// with a host and perhaps a port, such "
+            "as https://exchange.example.org, not "
+            + choices.publicUrl);
     if (choices.demo && !isLoopback(options.address))
         throw Unusable("--demo makes an account whose password everybody knows, and serves on a "
                        "loopback address alone, not on "
@@ -191,6 +197,19 @@ void readMoney(const Choices &choices, ServiceOptions &options)
                                                      : BankRefusal::None;
     options.moneyLimits.ofTransfer = Fen(choices.transferLimit * 100);
     options.moneyLimits.ofDay = Fen(choices.dayLimit * 100);
+}
+
+void readDeliveries(const Choices &choices, ServiceOptions &options)
+{
+    const auto milliseconds = [](double seconds) {
+        // The options' bounds let through what is no number.
+        if (std::isnan(seconds))
+            throw Unusable("--prepare-delay and --ship-delay take a number of seconds");
+        return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1'000 + 0.5));
+    };
+    options.prepareDelay = milliseconds(choices.prepareDelay);
+    options.shipDelay = milliseconds(choices.shipDelay);
+    options.carrierRefuses = choices.carrierRefuses;
 }
 
 int serve(const Choices &choices)
@@ -216,6 +235,7 @@ int serve(const Choices &choices)
     options.seed = choices.seed;
     options.robotOrdersPerSecond = choices.robots;
     readMoney(choices, options);
+    readDeliveries(choices, options);
     options.limits.connections = raiseFileLimit(options.limits.connections);
     options.parkedPolls = std::min(options.parkedPolls, options.limits.connections * 4 / 5);
     if (!choices.catalogue.empty())
@@ -363,6 +383,22 @@ void addServe(CLI::App &app, Choices &choices)
                      "What the embedded bank refuses: money in, money out, or all of it")
         ->type_name("in|out|all")
         ->check(CLI::IsMember({"in", "out", "all"}));
+    serve
+        ->add_option(
+            "--prepare-delay", choices.prepareDelay,
+            "Seconds after which the embedded carrier packs what was taken out; until then "
+            "it can be cancelled")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, longestCarrierDelay))
+        ->capture_default_str();
+    serve
+        ->add_option("--ship-delay", choices.shipDelay,
+                     "Seconds after which the embedded carrier sends what it packed")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, longestCarrierDelay))
+        ->capture_default_str();
+    serve->add_flag("--carrier-refuse", choices.carrierRefuses,
+                    "The embedded carrier refuses everything that it should pack");
     serve->add_flag("--demo", choices.demo,
                     "Give a new state folder a demo account with money and holdings, phone "
                     "13800000000, password demo888888; serves on a loopback address alone");

@@ -2,34 +2,23 @@
 
 #include "exchange/accounts/outbox.h"
 #include "exchange/service/key_text.h"
+#include "exchange/service/word_ledger.h"
 #include "exchange/store/clock.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <condition_variable>
 #include <cstdio>
-#include <cstring>
 #include <deque>
-#include <fstream>
 #include <map>
 #include <mutex>
 #include <optional>
-#include <sstream>
-#include <stdexcept>
-#include <system_error>
+#include <string>
 #include <thread>
 #include <utility>
-#include <vector>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace zvx {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 using IdKey = std::pair<std::uint64_t, std::uint64_t>;
 
@@ -46,112 +35,20 @@ std::string yuan(Fen amount)
     return text;
 }
 
-/// The words that were given, in a file to which lines are added.
-class Ledger
+std::string textOf(const BankOrder &order, BankWord word)
 {
-public:
-    explicit Ledger(const fs::path &file) : m_path(file)
-    {
-        m_file = ::open(file.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-        if (m_file < 0 || ::fchmod(m_file, 0600) != 0)
-            fail();
-        try {
-            read();
-        } catch (...) {
-            ::close(m_file);
-            throw;
-        }
-    }
-    ~Ledger() { ::close(m_file); }
-    Ledger(const Ledger &) = delete;
-    Ledger &operator=(const Ledger &) = delete;
+    return (order.incoming ? "in " : "out ") + std::to_string(order.amount.value())
+        + (word == BankWord::Done ? " done" : " refused");
+}
 
-    std::optional<BankWord> find(TransferId id) const
-    {
-        const auto found = m_words.find(keyOf(id));
-        return found == m_words.end() ? std::nullopt : std::make_optional(found->second);
-    }
-
-    /// On the disk when this returns. Throws std::system_error, and the word is not in the file.
-    void add(const BankOrder &order, BankWord word)
-    {
-        const std::string line = keyText(order.id) + (order.incoming ? " in " : " out ")
-            + std::to_string(order.amount.value())
-            + (word == BankWord::Done ? " done\n" : " refused\n");
-        append(line);
-        m_words[keyOf(order.id)] = word;
-    }
-
-private:
-    [[noreturn]] void fail() const
-    {
-        throw std::system_error(errno, std::generic_category(), m_path.string());
-    }
-
-    void read()
-    {
-        std::ifstream in(m_path, std::ios::binary);
-        std::ostringstream text;
-        text << in.rdbuf();
-        const std::string all = text.str();
-        // The service may have died within the last line: nobody has heard that word.
-        m_size = static_cast<off_t>(all.rfind('\n') + 1);
-        if (static_cast<std::size_t>(m_size) != all.size()
-            && (::ftruncate(m_file, m_size) != 0 || ::fsync(m_file) != 0))
-            fail();
-        std::istringstream lines(all.substr(0, static_cast<std::size_t>(m_size)));
-        for (std::string line; std::getline(lines, line);) {
-            std::istringstream words(line);
-            std::string id;
-            std::string way;
-            std::string amount;
-            std::string word;
-            words >> id >> way >> amount >> word;
-            const auto parsed = ActionKey::fromText(id);
-            if (!parsed || (word != "done" && word != "refused"))
-                throw std::runtime_error(m_path.string()
-                                         + " holds a line that is no word of the bank");
-            m_words[keyOf(*parsed)] = word == "done" ? BankWord::Done : BankWord::Refused;
-        }
-    }
-
-    void append(std::string_view rest)
-    {
-        const std::size_t size = rest.size();
-        while (!rest.empty()) {
-            const ssize_t written = ::write(m_file, rest.data(), rest.size());
-            if (written < 0 && errno == EINTR)
-                continue;
-            if (written <= 0) {
-                const int reason = written < 0 ? errno : ENOSPC;
-                takeBack();
-                errno = reason;
-                fail();
-            }
-            rest.remove_prefix(static_cast<std::size_t>(written));
-        }
-        if (::fsync(m_file) != 0) {
-            const int reason = errno;
-            takeBack();
-            errno = reason;
-            fail();
-        }
-        m_size += static_cast<off_t>(size);
-    }
-
-    /// A word that may not be on the disk must not be read at the next start either.
-    void takeBack()
-    {
-        if (::ftruncate(m_file, m_size) != 0) {
-            // The next start reads a word that nobody has heard, and the exchange asks for it.
-        }
-    }
-
-    fs::path m_path;
-    int m_file = -1;
-    off_t m_size = 0;
-    std::map<IdKey, BankWord> m_words;
-};
+/// The word at the end of such a text.
+std::optional<BankWord> wordOf(const std::string &text)
+{
+    const std::string last = text.substr(text.rfind(' ') + 1);
+    return last == "done"   ? std::optional(BankWord::Done)
+        : last == "refused" ? std::optional(BankWord::Refused)
+                            : std::nullopt;
+}
 
 } // namespace
 
@@ -160,7 +57,9 @@ class EmbeddedBank::Counter
 {
 public:
     explicit Counter(EmbeddedBankOptions options)
-        : m_options(completed(std::move(options))), m_ledger(m_options.folder / kFileName),
+        : m_options(completed(std::move(options))),
+          m_ledger(m_options.folder / kFileName,
+                   [this](TransferId id, const std::string &text) { return recall(id, text); }),
           m_thread([this] { run(); })
     {
     }
@@ -210,6 +109,14 @@ private:
         return options;
     }
 
+    bool recall(TransferId id, const std::string &text)
+    {
+        const auto word = wordOf(text);
+        if (word)
+            m_words[keyOf(id)] = *word;
+        return word.has_value();
+    }
+
     void run()
     {
         std::unique_lock<std::mutex> lock(m_mutex);
@@ -233,17 +140,19 @@ private:
     /// Nothing where it cannot be written down.
     std::optional<BankWord> wordOn(const BankOrder &order)
     {
-        if (const auto known = m_ledger.find(order.id))
-            return known;
+        const auto known = m_words.find(keyOf(order.id));
+        if (known != m_words.end())
+            return known->second;
         const bool refuses = !order.card || m_options.refusal == BankRefusal::All
             || m_options.refusal == (order.incoming ? BankRefusal::In : BankRefusal::Out);
         const BankWord word = refuses ? BankWord::Refused : BankWord::Done;
         try {
-            m_ledger.add(order, word);
+            m_ledger.add(order.id, textOf(order, word));
         } catch (const std::exception &error) {
             note(std::string("the bank cannot write its ledger: ") + error.what());
             return std::nullopt;
         }
+        m_words[keyOf(order.id)] = word;
         tell(order, word);
         return word;
     }
@@ -271,7 +180,9 @@ private:
     }
 
     const EmbeddedBankOptions m_options;
-    Ledger m_ledger; ///< on the thread alone
+    // On the thread alone, once it runs.
+    std::map<IdKey, BankWord> m_words; ///< as the ledger has them
+    WordLedger m_ledger;
     std::mutex m_mutex;
     std::condition_variable m_wake;
     std::deque<Question> m_waiting;

@@ -55,8 +55,6 @@ HttpAnswer MarketPaths::answerTo(const PathCall &call) const
 {
     if (call.kind == PathKind::Update)
         return update();
-    if (call.kind == PathKind::Unserved)
-        return m_answers.unserved();
     ParameterReader read(call.request.query);
     if (!read.protocolFits())
         return m_answers.misread(read);

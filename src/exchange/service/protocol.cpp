@@ -62,7 +62,7 @@ const std::array<PathEntry, 46> &contractPaths()
         {"myaccount/his-entrust.html", get, PathKind::Orders},
         {"myaccount/trade.html", get, PathKind::Deals},
         {"myaccount/hold.html", get, PathKind::Holdings},
-        {"myaccount/take-list.html", get, PathKind::Unserved},
+        {"myaccount/take-list.html", get, PathKind::TakeList},
         {"pay/list.html", get, PathKind::MoneyList},
         {"login.html", post, PathKind::SignIn},
         {"reg.html", post, PathKind::Register},
@@ -78,8 +78,8 @@ const std::array<PathEntry, 46> &contractPaths()
         {"trade/buy.html", post, PathKind::Buy},
         {"trade/sell.html", post, PathKind::Sell},
         {"trade/revoke.html", post, PathKind::Revoke},
-        {"myaccount/take.html", get, PathKind::Unserved},
-        {"trade/take.html", post, PathKind::Unserved},
+        {"myaccount/take.html", get, PathKind::TakeShown},
+        {"trade/take.html", post, PathKind::Take},
     }};
     return paths;
 }
@@ -132,6 +132,10 @@ PathRoom roomOf(PathKind kind)
     case PathKind::MoneyOut:
     case PathKind::MoneyList:
         return PathRoom::Money;
+    case PathKind::Take:
+    case PathKind::TakeShown:
+    case PathKind::TakeList:
+        return PathRoom::Deliveries;
     case PathKind::BankCard:
     case PathKind::QrCode:
         return PathRoom::Cards;

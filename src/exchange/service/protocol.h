@@ -40,7 +40,7 @@ constexpr std::size_t indexOf(Topic topic)
     return static_cast<std::size_t>(topic);
 }
 
-/// What a path is for. `Unserved` belongs to the contract, and this service does not serve it yet.
+/// What a path is for.
 enum class PathKind {
     Sync,
     Update,
@@ -85,7 +85,9 @@ enum class PathKind {
     MoneyIn,
     MoneyOut,
     MoneyList,
-    Unserved,
+    Take,
+    TakeShown,
+    TakeList,
 };
 
 /// Who answers a path.
@@ -98,9 +100,10 @@ enum class PathRoom {
     Trading, ///< what an account has and does in one market
     Records, ///< what it did there, page by page
     Money, ///< money in and out of one market
+    Deliveries, ///< goods on their way out of one market
     Cards, ///< the bank card, and the pages behind one-time links
 };
-constexpr std::size_t pathRoomCount = 9;
+constexpr std::size_t pathRoomCount = 10;
 PathRoom roomOf(PathKind kind);
 
 struct PathEntry {

@@ -38,15 +38,6 @@ std::int64_t averagePrice(Fen amount, Quantity pieces)
                                      / (Wide(pieces.value()) * 2));
 }
 
-void writeCollection(JsonText &json, CollectionId collection, const MarketSnapshot &market)
-{
-    const std::optional<Row> row = market.rowOf(collection);
-    const CollectionInfo *info = row ? market.collections[*row]->info.get() : nullptr;
-    json.key("collection").text(std::to_string(collection.value()));
-    json.key("code").text(info ? info->code : std::string());
-    json.key("name").text(info ? info->name : std::string());
-}
-
 void writeOrder(JsonText &json, const OrderRow &order, const MarketSnapshot &market)
 {
     json.open('{').key("order").number(order.order.value());
@@ -69,6 +60,15 @@ void writeOrder(JsonText &json, const OrderRow &order, const MarketSnapshot &mar
 }
 
 } // namespace
+
+void writeCollection(JsonText &json, CollectionId collection, const MarketSnapshot &market)
+{
+    const std::optional<Row> row = market.rowOf(collection);
+    const CollectionInfo *info = row ? market.collections[*row]->info.get() : nullptr;
+    json.key("collection").text(std::to_string(collection.value()));
+    json.key("code").text(info ? info->code : std::string());
+    json.key("name").text(info ? info->name : std::string());
+}
 
 std::string ordersJson(const std::vector<OrderRow> &orders, const MarketSnapshot &market)
 {

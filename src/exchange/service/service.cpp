@@ -1,10 +1,13 @@
 #include "exchange/service/service.h"
 
+#include "exchange/accounts/parcel_book.h"
 #include "exchange/accounts/password_pool.h"
 #include "exchange/service/application_file.h"
 #include "exchange/service/card_page.h"
 #include "exchange/service/chart_paths.h"
+#include "exchange/service/delivery_paths.h"
 #include "exchange/service/demo_gifts.h"
+#include "exchange/service/embedded_carrier.h"
 #include "exchange/service/form_guard.h"
 #include "exchange/service/http_server.h"
 #include "exchange/service/initials.h"
@@ -71,6 +74,7 @@ private:
     LinkTools linkTools(const std::string &platform);
     void giveToDemo();
     void openMoney();
+    void openDeliveries();
     void move(const LinkState &link, MoneyDesk::Done done);
     void makeBoards();
     void failed(const std::string &reason);
@@ -99,6 +103,7 @@ private:
     std::unique_ptr<ChartPaths> m_charts;
     std::unique_ptr<TradingPaths> m_trading;
     std::unique_ptr<RecordPaths> m_records;
+    std::unique_ptr<DeliveryPaths> m_deliveries;
     std::unique_ptr<ApplicationFile> m_applications;
     MessageFile m_messages;
     BuildCounters m_builds{};
@@ -117,6 +122,8 @@ private:
     AccountRooms m_accounts;
     std::unique_ptr<Exchange> m_exchange;
     std::unique_ptr<MoneyDesk> m_money;
+    std::shared_ptr<ParcelBook> m_parcels;
+    std::unique_ptr<DeliveryDesk> m_deliveryDesk;
     std::unique_ptr<Robots> m_robots;
 };
 
@@ -152,6 +159,7 @@ Service::Impl::Impl(ServiceOptions options, ServiceLog &log)
     openAccounts();
     giveToDemo();
     openMoney();
+    openDeliveries();
     makeBoards();
 
     m_polls = std::make_unique<PollPaths>(
@@ -273,6 +281,31 @@ void Service::Impl::openMoney()
     m_money = std::make_unique<MoneyDesk>(std::move(options));
     for (const auto &[id, room] : m_accounts)
         room->money.emplace(room->desk, *m_money, room->gate, *m_queries, *m_answers);
+}
+
+void Service::Impl::openDeliveries()
+{
+    m_parcels = std::make_shared<ParcelBook>(m_options.folder);
+    DeliveryDeskOptions options;
+    for (const auto &market : m_exchange->markets())
+        options.markets.push_back(market.get());
+    options.carrier = m_options.carrier;
+    options.parcels = m_parcels;
+    options.limits = m_options.deliveryLimits;
+    options.notice = [this](const std::string &line) { m_log.info(line); };
+    options.fatal = [this](const std::string &reason) { failed("deliveries failed: " + reason); };
+    if (!options.carrier) {
+        EmbeddedCarrierOptions carrier;
+        carrier.folder = m_options.folder;
+        carrier.prepareDelay = m_options.prepareDelay.count();
+        carrier.shipDelay = m_options.shipDelay.count();
+        carrier.refuses = m_options.carrierRefuses;
+        carrier.notice = options.notice;
+        options.carrier = std::make_shared<EmbeddedCarrier>(std::move(carrier));
+    }
+    m_deliveryDesk = std::make_unique<DeliveryDesk>(std::move(options));
+    m_deliveries
+        = std::make_unique<DeliveryPaths>(*m_answers, *m_queries, *m_deliveryDesk, *m_parcels);
 }
 
 /// Carries out what was confirmed at a one-time link.
@@ -432,6 +465,7 @@ void Service::Impl::openRooms()
     room(PathRoom::Records) = forWhoIsSignedIn(m_records);
     room(PathRoom::Money)
         = [](Place &place, PathCall call) { place.accounts->money->handle(std::move(call)); };
+    room(PathRoom::Deliveries) = forWhoIsSignedIn(m_deliveries);
     room(PathRoom::Cards)
         = [](Place &place, PathCall call) { place.accounts->cards.handle(std::move(call)); };
 }
@@ -500,6 +534,7 @@ std::string Service::Impl::metrics() const
     for (const auto &[id, room] : m_accounts)
         addAccounts(text, id, room->desk);
     addMoney(text, *m_money);
+    addDeliveries(text, *m_deliveryDesk);
     for (const auto &[prefix, place] : m_places)
         addMarket(text, *place.market);
     return text.take();
@@ -530,8 +565,15 @@ void Service::Impl::stop()
     // After the desks, whose last codes may still move money.
     if (m_money)
         m_money->stop();
+    if (m_deliveryDesk)
+        m_deliveryDesk->stop();
     if (m_queries)
         m_queries->stop();
+    // A bank and a carrier of our own take no step any more when another service may have the
+    // folder.
+    m_money.reset();
+    m_deliveryDesk.reset();
+    m_parcels.reset();
     if (m_exchange) {
         m_exchange->stop();
         m_log.info("stopped");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exchange/accounts/account_desk.h"
+#include "exchange/service/delivery_desk.h"
 #include "exchange/service/embedded_bank.h"
 #include "exchange/service/http_message.h"
 #include "exchange/service/money_desk.h"
@@ -42,6 +43,12 @@ struct ServiceOptions {
     std::shared_ptr<BankGateway> bank;
     std::chrono::milliseconds bankDelay{0};
     BankRefusal bankRefusal = BankRefusal::None;
+    DeliveryLimits deliveryLimits;
+    /// The way to the carriers; null for the embedded one, which the next three are for.
+    std::shared_ptr<CarrierGateway> carrier;
+    std::chrono::milliseconds prepareDelay{60'000};
+    std::chrono::milliseconds shipDelay{60'000};
+    bool carrierRefuses = false;
     /// A folder without an exchange gets a demo account with money and holdings.
     bool demo = false;
     /// Polls that may wait for a change at once; one more is told to come back.

@@ -1,6 +1,7 @@
 #include "exchange/service/service_metrics.h"
 
 #include "exchange/accounts/account_desk.h"
+#include "exchange/service/delivery_desk.h"
 #include "exchange/service/http_server.h"
 #include "exchange/service/metrics_text.h"
 #include "exchange/service/money_desk.h"
@@ -63,6 +64,19 @@ void addMoney(MetricsText &text, const MoneyDesk &desk)
     text.add("zvexchange_bank_questions_total", counters.asked);
     text.add("zvexchange_bank_questions_repeated_total", counters.askedAgain);
     text.add("zvexchange_bank_idle_answers_total", counters.idleAnswers);
+}
+
+void addDeliveries(MetricsText &text, const DeliveryDesk &desk)
+{
+    const DeliveryCounters &counters = desk.counters();
+    text.add("zvexchange_deliveries_total", counters.requested, "step", "requested");
+    text.add("zvexchange_deliveries_total", counters.cancelled, "step", "cancelled");
+    text.add("zvexchange_deliveries_total", counters.sent, "step", "sent");
+    text.add("zvexchange_deliveries_refused_total", counters.refused, "by", "rule");
+    text.add("zvexchange_deliveries_refused_total", counters.refusedByCarrier, "by", "carrier");
+    text.add("zvexchange_deliveries_turned_away_total", counters.turnedAway);
+    text.add("zvexchange_deliveries_under_way", desk.underWay());
+    text.add("zvexchange_carrier_questions_repeated_total", counters.askedAgain);
 }
 
 void addMarket(MetricsText &text, const MarketServer &market)

@@ -5,6 +5,7 @@
 namespace zvx {
 
 class AccountDesk;
+class DeliveryDesk;
 class MarketServer;
 class MetricsText;
 class MoneyDesk;
@@ -17,6 +18,7 @@ void addHttp(MetricsText &text, const HttpCounters &http);
 void addQueries(MetricsText &text, const QueryPool &queries);
 void addAccounts(MetricsText &text, const std::string &platform, const AccountDesk &desk);
 void addMoney(MetricsText &text, const MoneyDesk &desk);
+void addDeliveries(MetricsText &text, const DeliveryDesk &desk);
 void addMarket(MetricsText &text, const MarketServer &market);
 
 } // namespace zvx

@@ -80,11 +80,6 @@ HttpAnswer WireAnswers::busy() const
     return m_envelope.refusal(WireStatus::Busy, "服务繁忙，请稍后再试。");
 }
 
-HttpAnswer WireAnswers::unserved() const
-{
-    return m_envelope.refusal(WireStatus::Unserved, "此功能尚未开通。");
-}
-
 HttpAnswer WireAnswers::stopping() const
 {
     HttpAnswer answer = m_envelope.refusal(WireStatus::Failed, "服务正在停止，请稍后再试。");

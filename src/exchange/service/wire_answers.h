@@ -38,7 +38,6 @@ public:
     HttpAnswer signInNeeded() const;
     HttpAnswer signedInElsewhere() const;
     HttpAnswer busy() const;
-    HttpAnswer unserved() const;
     /// The service ends, or has ended inside; what became of the request is not known.
     HttpAnswer stopping() const;
 

@@ -28,13 +28,14 @@ std::string outputOf(const std::string &arguments)
 TEST(Help, NamesEveryCommandAndOption)
 {
     const std::string text = outputOf("--help");
-    for (const char *word : {"serve",        "settle",       "outbox",
-                             "--help",       "--version",    "--state",
-                             "--listen",     "--catalogue",  "--host",
-                             "--public-url", "--robots",     "--transfer-limit",
-                             "--day-limit",  "--bank-delay", "--bank-refuse",
-                             "--seed",       "--demo",       "--until-stdin-closes",
-                             "--attached",   "state folder"})
+    for (const char *word : {"serve",           "settle",       "outbox",
+                             "--help",          "--version",    "--state",
+                             "--listen",        "--catalogue",  "--host",
+                             "--public-url",    "--robots",     "--transfer-limit",
+                             "--day-limit",     "--bank-delay", "--bank-refuse",
+                             "--prepare-delay", "--ship-delay", "--carrier-refuse",
+                             "--seed",          "--demo",       "--until-stdin-closes",
+                             "--attached",      "state folder"})
         EXPECT_NE(text.find(word), std::string::npos) << word << " is missing in\n" << text;
 }
 

@@ -165,8 +165,6 @@ TEST_F(ServiceTest, AnswersEveryQueryOfTheMarket)
 /// What a path says to a request without a session and, where it acts, without a form.
 std::string expected(const PathEntry &entry)
 {
-    if (entry.kind == PathKind::Unserved)
-        return "unserved";
     const PathRoom room = roomOf(entry.kind);
     if (room == PathRoom::Polls || room == PathRoom::Market || room == PathRoom::Charts
         || room == PathRoom::Applications)

@@ -55,26 +55,6 @@ protected:
     std::unique_ptr<Service> service;
 };
 
-TEST_F(ContractTest, UnservedPathsLookAtNoParameter)
-{
-    begin();
-    for (const PathEntry &entry : contractPaths()) {
-        if (entry.kind != PathKind::Unserved)
-            continue;
-        RawClient client(service->port());
-        const std::string request = std::string(entry.method) + ' ' + prefix
-            + std::string(entry.path)
-            + "?protocol=99&collection=x&page=-1 HTTP/1.1\r\nHost: localhost\r\n";
-        client.send(request
-                    + (entry.method == "POST" ? "Content-Length: 7\r\n\r\nkey=bad" : "\r\n"));
-        const auto answer = client.answer();
-        ASSERT_TRUE(answer) << entry.path;
-        EXPECT_EQ(answer->status, 501) << entry.path;
-        EXPECT_EQ(json::parse(answer->body)["status"], "unserved") << entry.path;
-        EXPECT_FALSE(answer->closes()) << "the body was read, the connection serves on";
-    }
-}
-
 TEST_F(ContractTest, AThousandParkedPollsAreEachToldOnce)
 {
     rlimit limit{};

@@ -67,12 +67,29 @@ TradingFloor::TradingFloor(const Options &options)
         m_boards[market.get()] = std::make_unique<MarketBoard>(m_platform, m_builds);
         m_boards[market.get()]->publish(market->snapshot());
     }
+    if (options.carrier)
+        openDeliveries(options);
     m_server->start();
+}
+
+void TradingFloor::openDeliveries(const Options &options)
+{
+    m_parcels = std::make_shared<ParcelBook>(options.folder);
+    DeliveryDeskOptions desk;
+    for (const auto &market : m_exchange->markets())
+        desk.markets.push_back(market.get());
+    desk.carrier = options.carrier;
+    desk.parcels = m_parcels;
+    desk.limits = options.deliveries;
+    m_desk = std::make_unique<DeliveryDesk>(std::move(desk));
+    m_deliveries = std::make_unique<DeliveryPaths>(*m_answers, *m_queries, *m_desk, *m_parcels);
 }
 
 TradingFloor::~TradingFloor()
 {
     m_server->stop();
+    if (m_desk)
+        m_desk->stop();
     m_queries->stop();
     m_exchange->stop();
 }
@@ -93,6 +110,8 @@ void TradingFloor::handle(HttpRequest request, HttpResponder responder)
     const AccountId account(std::stoll(token.substr(std::string("Bearer ").size())));
     if (room == PathRoom::Records)
         m_records->handle(std::move(call), account);
+    else if (room == PathRoom::Deliveries)
+        m_deliveries->handle(std::move(call), account);
     else
         m_paths->handle(std::move(call), account);
 }

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "exchange/accounts/parcel_book.h"
+#include "exchange/service/carrier_gateway.h"
 #include "exchange/service/chart_paths.h"
+#include "exchange/service/delivery_desk.h"
+#include "exchange/service/delivery_paths.h"
 #include "exchange/service/http_server.h"
 #include "exchange/service/market_board.h"
 #include "exchange/service/query_pool.h"
@@ -36,6 +40,9 @@ public:
         zvx::WriterOptions writer;
         zvx::QueryPool::Options queries;
         std::shared_ptr<zvx::Clock> clock;
+        /// Goods can be taken out where there is one.
+        std::shared_ptr<zvx::CarrierGateway> carrier;
+        zvx::DeliveryLimits deliveries;
     };
     explicit TradingFloor(const Options &options);
     ~TradingFloor() override;
@@ -44,9 +51,12 @@ public:
     zvx::MarketServer &market() const { return *m_exchange->market("/lc/youbika/"); }
     zvx::Exchange &exchange() const { return *m_exchange; }
     zvx::QueryPool &queries() { return *m_queries; }
+    zvx::ParcelBook &parcels() { return *m_parcels; }
+    zvx::DeliveryDesk &deliveries() { return *m_desk; }
     const zvx::HttpCounters &counters() const { return m_server->counters(); }
 
 private:
+    void openDeliveries(const Options &options);
     void handle(zvx::HttpRequest request, zvx::HttpResponder responder) override;
     zvx::HttpAnswer refuse(const zvx::HttpFault &fault) override;
 
@@ -60,8 +70,11 @@ private:
     std::unique_ptr<zvx::TradingPaths> m_paths;
     std::unique_ptr<zvx::RecordPaths> m_records;
     std::unique_ptr<zvx::ChartPaths> m_charts;
+    std::unique_ptr<zvx::DeliveryPaths> m_deliveries;
     std::unique_ptr<zvx::HttpServer> m_server;
     std::unique_ptr<zvx::Exchange> m_exchange;
+    std::shared_ptr<zvx::ParcelBook> m_parcels;
+    std::unique_ptr<zvx::DeliveryDesk> m_desk;
 };
 
 /// Holds a thread until it is let go.
