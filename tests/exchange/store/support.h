@@ -142,6 +142,14 @@ public:
     {
         return m_store->flowOf(transfer);
     }
+    std::int64_t lastDeliveryPlace(AccountId account) override
+    {
+        return m_store->lastDeliveryPlace(account);
+    }
+    std::optional<DeliveryRow> delivery(DeliveryNumber number) override
+    {
+        return m_store->delivery(number);
+    }
     std::optional<RecordRow> records(AccountId account) override
     {
         return m_store->records(account);
