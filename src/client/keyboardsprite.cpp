@@ -1,5 +1,6 @@
 #include "client/keyboardsprite.h"
 
+#include "BreltWidgetToolKit/brelttooltip.h"
 #include "ZvModelKit/zvubbriefinfo.h"
 #include "ZvNetworkKit/zvservercache.h"
 
@@ -35,7 +36,7 @@ QTreeWidgetItem *makeRow(const CollectionMatch &match)
     row->setForeground(CodeColumn, QColor(226, 239, 51));
     row->setForeground(NameColumn, QColor(Qt::white));
     row->setForeground(InitialsColumn, QColor(0x9a, 0xa1, 0xac));
-    row->setToolTip(NameColumn, match.name);
+    row->setToolTip(NameColumn, brelt::plainToolTip(match.name));
     row->setSizeHint(CodeColumn, QSize(codeWidth, rowHeight));
     return row;
 }

@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTextDocument>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 #include <QtTest/QtTest>
@@ -485,6 +486,17 @@ private slots:
         m_sprite->begin(Qt::Key_5);
         QCOMPARE(list()->topLevelItem(0)->toolTip(1), name);
         QVERIFY(m_sprite->width() <= 340);
+    }
+
+    void namesAreNoMarkup()
+    {
+        const QString name = QStringLiteral("<b>长城</b>&lt;");
+        cache()->storeBriefInfo(market({{"500", name, "c"}}));
+        m_sprite->begin(Qt::Key_5);
+        QCOMPARE(list()->topLevelItem(0)->text(1), name);
+        QTextDocument shown;
+        shown.setHtml(list()->topLevelItem(0)->toolTip(1));
+        QCOMPARE(shown.toPlainText(), name);
     }
 };
 
