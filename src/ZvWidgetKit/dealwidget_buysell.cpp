@@ -84,6 +84,9 @@ void fill(QWidget *container, QWidget *content)
 DealWidget_BuySell::DealWidget_BuySell(QWidget *parent)
     : QWidget(parent), ui(std::make_unique<Ui::DealWidget_BuySell>())
 {
+    // Numbers are typed as the levels show them, whatever the system's way of writing them is:
+    // where a point groups digits, "10.05" would be 1005.
+    setLocale(QLocale::c());
     ui->setupUi(this);
     m_priceLabels << ui->label_priceLimit_value << ui->label_upperLimitPrice_value
                   << ui->label_latest_value << ui->label_buy1_price << ui->label_buy2_price

@@ -8,6 +8,7 @@
 #include "ticketbench.h"
 
 #include <QElapsedTimer>
+#include <QLocale>
 #include <QtTest/QtTest>
 
 using zvtest::confirmation;
@@ -237,6 +238,22 @@ private slots:
         QCOMPARE(boxes.first().text, confirmation("600137", "庚申猴票", "100", "3"));
     }
 
+    // The system's way of writing numbers has no say: where a point groups digits, 99.98 would be
+    // 9998.
+    void pricesAreReadAsTheLevelsShowThem()
+    {
+        const QLocale usual;
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        TicketBench bench;
+        QLocale::setDefault(usual);
+        QCOMPARE(bench.price()->text(), QStringLiteral("0.00"));
+        bench.clickPrice(10002);
+        QCOMPARE(bench.price()->text(), bench.text("label_latest_value"));
+        bench.enter("99.98", "3");
+        QCOMPARE(bench.order(cancel).first().text,
+                 confirmation("600137", "庚申猴票", "99.98", "3"));
+    }
+
     void aRejectedOrderStays()
     {
         TicketBench bench;
@@ -460,6 +477,19 @@ private slots:
             QTest::qWait(900);
             QCOMPARE(count(), 0);
         }
+    }
+
+    // Nothing is known of an order that this page did not send.
+    void anAnswerBeforeAnyOrderAsksForThemToo()
+    {
+        TicketBench bench;
+        emit zvtest::actions()->signal_trade_sell_succeed();
+        QStringList calls;
+        const auto said = [&] {
+            calls += bench.calls();
+            return calls.join(' ');
+        };
+        QTRY_COMPARE(said(), QStringLiteral("ZvServerEngine::flushCurrentTop5()"));
     }
 
     void aFailureAsksForNothing()

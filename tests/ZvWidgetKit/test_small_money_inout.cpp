@@ -6,6 +6,9 @@
 #include "record.h"
 #include "support/testregistry.h"
 
+#include <QInputMethodEvent>
+#include <QLineEdit>
+#include <QLocale>
 #include <QTimer>
 #include <QtTest/QtTest>
 
@@ -361,6 +364,47 @@ private slots:
         zvtest::Record record;
         m_bench->click("pushButton_ok");
         QCOMPARE(record.take(), sendsOut("250.75"));
+    }
+
+    // The system's way of writing numbers has no say: where a point groups digits, a hundred times
+    // the amount would leave the account.
+    void amountsAreReadAlikeEverywhere()
+    {
+        m_bench.reset();
+        const QLocale usual;
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        m_bench = std::make_unique<zvtest::MoneyBench>();
+        QLocale::setDefault(usual);
+        QCOMPARE(amount()->text(), QStringLiteral("¥ 0.00"));
+        m_bench->click("pushButton_out");
+        m_bench->typeAmount("250.75");
+        zvtest::Record record;
+        m_bench->click("pushButton_ok");
+        QCOMPARE(record.take(), sendsOut("250.75"));
+    }
+
+    void otherMarksAreTakenForThePoint_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::newRow("comma") << "99,98";
+        QTest::newRow("wide comma") << "99，98";
+        QTest::newRow("full stop") << "99。98";
+        QTest::newRow("wide point") << "99．98";
+    }
+    void otherMarksAreTakenForThePoint()
+    {
+        QFETCH(QString, typed);
+        m_bench->click("pushButton_out");
+        m_bench->typeAmount(QString());
+        for (const QChar key : typed) {
+            QInputMethodEvent event;
+            event.setCommitString(key);
+            QCoreApplication::sendEvent(amount()->findChild<QLineEdit *>(), &event);
+        }
+        QCOMPARE(amount()->text(), QStringLiteral("¥ 99.98"));
+        zvtest::Record record;
+        m_bench->click("pushButton_ok");
+        QCOMPARE(record.take(), sendsOut("99.98"));
     }
 
     // What a float cannot hold is not sent under the number that was typed.
