@@ -14,7 +14,7 @@ struct ZVNETWORKKIT_EXPORT ZvIntent {
         Order,
         PreparedOrder,
         Withdrawal,
-        Delivery, // or its cancellation
+        Delivery, // or its cancellation, which names no collection
         Transfer // of money in or out
     };
 

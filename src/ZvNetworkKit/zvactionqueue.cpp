@@ -210,6 +210,7 @@ void ZvActionQueue::takeResolution(const ZvOutcome &outcome)
         endUnknown(signedOut());
         break;
     case ZvResolution::NotArrived:
+        tellBurnt();
         endFailed(QStringLiteral("请求未送达交易所，请重试"));
         break;
     case ZvResolution::Ended:
@@ -245,6 +246,8 @@ ZvAction ZvActionQueue::leave()
 void ZvActionQueue::endWith(const ZvOutcome &outcome)
 {
     if (!outcome.isOk()) {
+        if (zvResolutionOf(outcome) == ZvResolution::NotArrived)
+            tellBurnt();
         endFailed(zvRefusalOf(outcome.reply.envelope));
         return;
     }
@@ -259,6 +262,12 @@ void ZvActionQueue::endWith(const ZvOutcome &outcome)
         action.succeed(outcome.reply);
     else
         action.fail(QStringLiteral("交易所的答复无法识别，请稍后再试"));
+}
+
+void ZvActionQueue::tellBurnt()
+{
+    if (const auto &burn = m_waiting.front().action.burn)
+        burn();
 }
 
 void ZvActionQueue::endUnknown(const QString &message)

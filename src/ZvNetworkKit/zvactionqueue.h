@@ -38,6 +38,9 @@ struct ZvAction {
     // Told before `fail` where the end could not be learnt, with the key that still stands for the
     // action; may be empty.
     std::function<void(const QString &key)> lose;
+
+    // Told before `fail` where the exchange says that the key has no effect any more; may be empty.
+    std::function<void()> burn;
 };
 
 // Sends actions one after the other, in the order of the calls, each once under a key of its own.
@@ -92,6 +95,7 @@ private:
     void endWith(const ZvOutcome &outcome);
     void endLater(const QString &message);
     void endFailed(const QString &message);
+    void tellBurnt();
     void endUnknown(const QString &message);
 
     ZvExchangeLink *m_link;

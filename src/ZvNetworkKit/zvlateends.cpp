@@ -40,8 +40,11 @@ void ZvLateEnds::ask()
 void ZvLateEnds::take(const QString &key, const ZvOutcome &outcome)
 {
     const ZvEnvelope &envelope = outcome.reply.envelope;
-    switch (zvResolutionOf(outcome)) {
+    // A transfer that waits for its bank has an answer that is not its end.
+    const bool isPending = envelope.reason == QLatin1String("pending");
+    switch (isPending ? ZvResolution::None : zvResolutionOf(outcome)) {
     case ZvResolution::None:
+        askOthersFirst(key);
         if (!m_entries.empty())
             m_retry.later();
         return;
@@ -60,6 +63,12 @@ void ZvLateEnds::take(const QString &key, const ZvOutcome &outcome)
     }
     m_retry.reset();
     ask();
+}
+
+void ZvLateEnds::askOthersFirst(const QString &key)
+{
+    if (!m_entries.empty() && m_entries.front().key == key)
+        std::rotate(m_entries.begin(), m_entries.begin() + 1, m_entries.end());
 }
 
 void ZvLateEnds::settle(const QString &key, ZvActionChecks::Outcome outcome, const QString &message)

@@ -35,6 +35,8 @@ private:
 
     void ask();
     void take(const QString &key, const ZvOutcome &outcome);
+    // One that has no end yet holds no other back.
+    void askOthersFirst(const QString &key);
     void settle(const QString &key, ZvActionChecks::Outcome outcome, const QString &message = {});
     void dropOldSessions();
 

@@ -309,12 +309,16 @@ void ZvServerActionResult::sendRequest_prepay_send(QString md5, int direction, Q
     }
     d->prepared.insert(md5, false);
     ZvAction order;
-    order.key = d->lost.take(md5);
+    // The key stays with the order until its end is known: whatever else keeps it from leaving, an
+    // earlier attempt may have arrived.
+    order.key = d->lost.value(md5);
     order.lose = [this, md5](const QString &key) { d->lost.insert(md5, key); };
+    order.burn = [this, md5] { d->lost.remove(md5); };
     order.path = direction == 1 ? zvPath_trade_buy : zvPath_trade_sell;
     order.parameters = {{QStringLiteral("prepared"), QStringLiteral("1")}};
     order.succeed = [this, md5](const ZvReply &) {
         d->prepared.insert(md5, true);
+        d->lost.remove(md5);
         emit signal_prepay_send_succeed(md5);
     };
     order.fail = [this, md5](const QString &message) {

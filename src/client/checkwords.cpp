@@ -19,7 +19,7 @@ QString kindOf(const ZvIntent &intent)
     case ZvIntent::Withdrawal:
         return QStringLiteral("撤单");
     case ZvIntent::Delivery:
-        return QStringLiteral("提货");
+        return intent.collectionId.isEmpty() ? QStringLiteral("取消提货") : QStringLiteral("提货");
     case ZvIntent::Transfer:
         return QStringLiteral("转账");
     case ZvIntent::Other:

@@ -90,6 +90,7 @@ private slots:
     void answerAfterTheSessionIsNotHeard();
     void preparedOrderThatIsFoundIsTold();
     void preparedOrderThatIsLostKeepsItsKey();
+    void aTransferThatIsPendingIsAskedOnFor();
     void answersOfDeliveries();
 
 private:
@@ -464,6 +465,43 @@ void ActionChecksTest::preparedOrderThatIsLostKeepsItsKey()
     actions()->sendRequest_prepay_send(lostMd5, 2, collection, 1.0F, 1);
     QCOMPARE(exchange()->lastRequest(zvPath_trade_sell).parameter("key"), key);
     QVERIFY(!exchange()->lastRequest(zvPath_trade_sell).hasParameter("resolve"));
+
+    // An attempt that does not even leave says nothing of the first one.
+    exchange()->fail(zvPath_trade_sell, ZvAnswer::NotSent);
+    m_bench->settle();
+    QCOMPARE(failed.count(), 2);
+    actions()->sendRequest_prepay_send(lostMd5, 2, collection, 1.0F, 1);
+    QCOMPARE(exchange()->lastRequest(zvPath_trade_sell).parameter("key"), key);
+
+    // A key that has no effect any more is not used again.
+    exchange()->answer(
+        zvPath_trade_sell,
+        ZvScriptedTransport::refusal("refused", QStringLiteral("没有执行"), "unknown-key"));
+    m_bench->settle();
+    QCOMPARE(failed.count(), 3);
+    actions()->sendRequest_prepay_send(lostMd5, 2, collection, 1.0F, 1);
+    QVERIFY(exchange()->lastRequest(zvPath_trade_sell).parameter("key") != key);
+}
+
+// The bank has not spoken when the exchange is back: that is no end, and money is not sent twice.
+void ActionChecksTest::aTransferThatIsPendingIsAskedOnFor()
+{
+    actions()->sendRequest_outMoney(QStringLiteral("5.00"));
+    lose(zvPath_pay_cash_deal);
+    passTheBound(zvPath_pay_cash_deal);
+    QCOMPARE(checks()->open().size(), 1);
+    m_words.clear();
+    askLate(zvPath_pay_cash_deal);
+    exchange()->answer(
+        zvPath_pay_cash_deal,
+        ZvScriptedTransport::refusal("refused", QStringLiteral("银行尚未答复"), "pending"));
+    m_bench->settle();
+    QCOMPARE(checks()->open().size(), 1);
+    QVERIFY(m_words.isEmpty());
+    askLate(zvPath_pay_cash_deal);
+    exchange()->answer(zvPath_pay_cash_deal, ZvScriptedTransport::ok("{}"));
+    m_bench->settle();
+    QVERIFY(checks()->open().isEmpty());
 }
 
 void ActionChecksTest::answersOfDeliveries()

@@ -101,7 +101,7 @@ private slots:
             << QStringLiteral("有3笔委托正在核对…");
         QTest::newRow("each kind")
             << QList<int>{I::Withdrawal, I::Order, I::Transfer, I::Delivery, I::Withdrawal}
-            << QStringLiteral("有2笔撤单、1笔委托、1笔转账、1笔提货正在核对…");
+            << QStringLiteral("有2笔撤单、1笔委托、1笔转账、1笔取消提货正在核对…");
     }
     void countsByWhatTheyAre()
     {
@@ -145,6 +145,9 @@ private slots:
                                          << QStringLiteral("核对结果：撤单已成功");
         QTest::newRow("transfer not there") << int(I::Transfer) << int(Checks::NotArrived) << ""
                                             << QStringLiteral("核对结果：转账未送达交易所");
+        QTest::newRow("a delivery that was to be cancelled")
+            << int(I::Delivery) << int(Checks::Done) << ""
+            << QStringLiteral("核对结果：取消提货已成功");
         QTest::newRow("unknown") << int(I::Order) << int(Checks::Unknown) << "" << QString();
     }
     void outcomesThatNoPageTellsAreNotices()

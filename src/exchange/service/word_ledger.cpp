@@ -3,7 +3,6 @@
 #include "exchange/service/key_text.h"
 
 #include <cerrno>
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
@@ -40,12 +39,32 @@ void WordLedger::fail() const
     throw std::system_error(errno, std::generic_category(), m_path.string());
 }
 
+/// All that the file holds. What cannot be read must not be taken for what is not there.
+std::string WordLedger::contents() const
+{
+    struct stat facts {
+    };
+    if (::fstat(m_file, &facts) != 0)
+        fail();
+    std::string all(static_cast<std::size_t>(facts.st_size), '\0');
+    std::size_t size = 0;
+    while (size < all.size()) {
+        const ssize_t part
+            = ::pread(m_file, all.data() + size, all.size() - size, static_cast<off_t>(size));
+        if (part < 0 && errno == EINTR)
+            continue;
+        if (part == 0)
+            errno = EIO;
+        if (part <= 0)
+            fail();
+        size += static_cast<std::size_t>(part);
+    }
+    return all;
+}
+
 void WordLedger::read(const Reader &reader)
 {
-    std::ifstream in(m_path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    const std::string all = text.str();
+    const std::string all = contents();
     // The service may have died within the last line.
     m_size = static_cast<off_t>(all.rfind('\n') + 1);
     if (static_cast<std::size_t>(m_size) != all.size()
@@ -62,6 +81,10 @@ void WordLedger::read(const Reader &reader)
 
 void WordLedger::add(ActionKey id, std::string_view words)
 {
+    if (m_isTorn) {
+        errno = EIO;
+        fail();
+    }
     const std::string line = keyText(id) + ' ' + std::string(words) + '\n';
     std::string_view rest = line;
     while (!rest.empty()) {
@@ -84,9 +107,8 @@ void WordLedger::add(ActionKey id, std::string_view words)
 void WordLedger::takeBack()
 {
     const int reason = errno;
-    if (::ftruncate(m_file, m_size) != 0) {
-        // The next start reads words that nobody has heard, and whoever waits asks for them.
-    }
+    // What stands there now would run into the next line, so there is none.
+    m_isTorn = ::ftruncate(m_file, m_size) != 0;
     errno = reason;
     fail();
 }

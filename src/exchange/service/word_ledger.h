@@ -33,12 +33,14 @@ public:
 
 private:
     [[noreturn]] void fail() const;
+    std::string contents() const;
     void read(const Reader &reader);
     [[noreturn]] void takeBack();
 
     std::filesystem::path m_path;
     int m_file = -1;
     off_t m_size = 0;
+    bool m_isTorn = false; ///< words that could not be taken back stand at its end
 };
 
 } // namespace zvx
