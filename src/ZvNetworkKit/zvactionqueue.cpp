@@ -246,7 +246,7 @@ ZvAction ZvActionQueue::leave()
 void ZvActionQueue::endWith(const ZvOutcome &outcome)
 {
     if (!outcome.isOk()) {
-        if (zvResolutionOf(outcome) == ZvResolution::NotArrived)
+        if (outcome.reply.envelope.status == QLatin1String("refused"))
             tellBurnt();
         endFailed(zvRefusalOf(outcome.reply.envelope));
         return;

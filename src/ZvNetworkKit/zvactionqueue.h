@@ -39,7 +39,7 @@ struct ZvAction {
     // action; may be empty.
     std::function<void(const QString &key)> lose;
 
-    // Told before `fail` where the exchange says that the key has no effect any more; may be empty.
+    // Told before `fail` where the exchange says that nothing happened under the key; may be empty.
     std::function<void()> burn;
 };
 

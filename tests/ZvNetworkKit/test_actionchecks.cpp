@@ -85,6 +85,7 @@ private slots:
     void lateEndIsTold_data();
     void lateEndIsTold();
     void lateEndsAreAskedForOneAfterTheOther();
+    void lateEndHoldsNoOtherBack();
     void lateEndIsAskedForWhenTheExchangeIsBack();
     void lateEndOfAnotherSessionIsUnknown();
     void answerAfterTheSessionIsNotHeard();
@@ -365,8 +366,32 @@ void ActionChecksTest::lateEndsAreAskedForOneAfterTheOther()
     }
     QVERIFY(checks()->open().isEmpty());
     QCOMPARE(m_words.size(), 2);
-    QCOMPARE(m_words.first().intent.direction, 1);
-    QCOMPARE(m_words.last().intent.direction, 2);
+    QCOMPARE(m_words.first().intent.direction + m_words.last().intent.direction, 1 + 2);
+    QVERIFY(m_words.first().intent.direction != m_words.last().intent.direction);
+}
+
+// The exchange may have no word on one of them for long.
+void ActionChecksTest::lateEndHoldsNoOtherBack()
+{
+    buy();
+    lose(zvPath_trade_buy);
+    passTheBound(zvPath_trade_buy);
+    actions()->sendRequest_trade_sell(collection, 1.0F, 1);
+    lose(zvPath_trade_sell);
+    exchange()->always(zvPath_trade_buy, [](const ZvRequest &) {
+        return ZvScriptedTransport::refusal("busy", QStringLiteral("繁忙"));
+    });
+    passTheBound(zvPath_trade_sell);
+    exchange()->always(zvPath_trade_sell,
+                       [](const ZvRequest &) { return ZvScriptedTransport::ok("{}"); });
+    m_words.clear();
+    for (int i = 0; i < 400 && m_words.isEmpty(); ++i) {
+        m_bench->clock.advance(1000);
+        m_bench->settle();
+    }
+    QCOMPARE(m_words.size(), 1);
+    QCOMPARE(m_words.first().intent.direction, 2);
+    QCOMPARE(checks()->open().size(), 1);
 }
 
 void ActionChecksTest::lateEndIsAskedForWhenTheExchangeIsBack()
