@@ -304,9 +304,10 @@ TEST_F(AccountPathsTest, EveryPathThatNeedsASessionSaysSo)
     for (const PathEntry &entry : contractPaths()) {
         const PathRoom room = roomOf(entry.kind);
         const bool needs = room == PathRoom::Trading || room == PathRoom::Records
-            || room == PathRoom::Money || entry.kind == PathKind::BankCard
-            || entry.kind == PathKind::Account || entry.kind == PathKind::Favourites
-            || entry.kind == PathKind::FavouriteAdd || entry.kind == PathKind::FavouriteRemove;
+            || room == PathRoom::Deliveries || room == PathRoom::Money
+            || entry.kind == PathKind::BankCard || entry.kind == PathKind::Account
+            || entry.kind == PathKind::Favourites || entry.kind == PathKind::FavouriteAdd
+            || entry.kind == PathKind::FavouriteRemove;
         const std::string path = lc + std::string(entry.path);
         const auto asked = [&](const std::string &authorization) {
             RawClient client(port());

@@ -127,9 +127,9 @@ TEST_F(BadLuckTest, ClosedDescriptorsDoNotLeakTheOutputIntoFiles)
 
 TEST_F(BadLuckTest, ADiskThatIsFullEndsTheServiceWithOneAndALine)
 {
-    // No file may grow over 256 KiB; the signal for that is ignored, so that writes fail as they
+    // No file may grow over 512 KiB; the signal for that is ignored, so that writes fail as they
     // do on a full disk.
-    Shell shell("trap '' XFSZ; ulimit -f 512; exec " + serve("200") + " >/dev/null 2>"
+    Shell shell("trap '' XFSZ; ulimit -f 1024; exec " + serve("200") + " >/dev/null 2>"
                 + errorsFile());
     EXPECT_EQ(shell.wait(), 1);
     const std::string errors = textOf(errorsFile());
