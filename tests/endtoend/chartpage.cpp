@@ -82,7 +82,8 @@ void checkPrices(const Listed &collection, const QString &where, const QStringLi
 
 QLabel *labelOf(const QWidget &window, const QString &name)
 {
-    return window.findChild<QLabel *>(name);
+    // The order ticket has labels of the same names.
+    return window.findChild<Collection_DetailWidget *>()->findChild<QLabel *>(name);
 }
 
 void checkPanel(const QWidget &window, QStringList &faults)
