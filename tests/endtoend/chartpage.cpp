@@ -82,8 +82,8 @@ void checkPrices(const Listed &collection, const QString &where, const QStringLi
 
 QLabel *labelOf(const QWidget &window, const QString &name)
 {
-    // The order ticket has labels of the same names.
-    return window.findChild<Collection_DetailWidget *>()->findChild<QLabel *>(name);
+    // The order ticket of the trading half has labels of the same names.
+    return window.findChild<Market_Widget *>()->findChild<QLabel *>(name);
 }
 
 void checkPanel(const QWidget &window, QStringList &faults)
