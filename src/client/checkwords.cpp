@@ -72,6 +72,9 @@ QString notice(const ZvIntent &intent, ZvActionChecks::Outcome outcome, const QS
     case ZvActionChecks::Done:
         return QStringLiteral("核对结果：%1已成功").arg(nameOf(intent));
     case ZvActionChecks::Refused:
+        // One that was refused may have withdrawn some of its orders; the message says which.
+        if (intent.matter == ZvIntent::Withdrawal)
+            return QStringLiteral("核对结果：撤单已有答复，%1").arg(message);
         return QStringLiteral("核对结果：%1未成功，%2").arg(nameOf(intent), message);
     case ZvActionChecks::NotArrived:
         return QStringLiteral("核对结果：%1未送达交易所").arg(nameOf(intent));

@@ -143,6 +143,11 @@ private slots:
             << QStringLiteral("核对结果：买入委托（101001 藏品1001）未送达交易所");
         QTest::newRow("withdrawal done") << int(I::Withdrawal) << int(Checks::Done) << ""
                                          << QStringLiteral("核对结果：撤单已成功");
+        QTest::newRow("withdrawal of some")
+            << int(I::Withdrawal) << int(Checks::Refused)
+            << QStringLiteral("委托 7 已成交或已撤销，不能再撤。其余 2 笔已撤销。")
+            << QStringLiteral("核对结果：撤单已有答复，委托 7 已成交或已撤销，不能再撤。其余 2 "
+                              "笔已撤销。");
         QTest::newRow("transfer not there") << int(I::Transfer) << int(Checks::NotArrived) << ""
                                             << QStringLiteral("核对结果：转账未送达交易所");
         QTest::newRow("a delivery that was to be cancelled")
