@@ -12,18 +12,19 @@ namespace zvxtest {
 
 /// What a trader wants done once, and what was said of it.
 struct Intent {
-    enum Kind { PlaceOrder, Revoke, PayOut };
+    enum Kind { PlaceOrder, Revoke, PayOut, TakeOut, TakeBack };
 
     Kind kind = PlaceOrder;
     std::string key;
     std::string path;
     std::string fields; ///< of the form, without the key
 
-    zvx::CollectionId collection; ///< of an order, like the next three
-    zvx::Side side = zvx::Side::Buy;
+    zvx::CollectionId collection; ///< of an order, or of pieces that are taken out
+    zvx::Quantity quantity; ///< likewise
+    zvx::Side side = zvx::Side::Buy; ///< of an order, like the price
     zvx::Fen price;
-    zvx::Quantity quantity;
     std::int64_t order = 0; ///< that was placed, or is to be withdrawn
+    std::string parcel; ///< in which pieces are taken out, or that is to be cancelled
     zvx::Fen amount; ///< of a transfer
 
     std::string said; ///< the answer's status, reason and data; empty where none came
@@ -40,8 +41,8 @@ struct Word {
     Kind kind = None; ///< Passing: asking again later may tell
     std::string said;
     bool done = false;
-    bool isUnknownKey = false;
     std::int64_t order = 0;
+    std::string parcel;
 
     /// Of an answer's body; None for an empty one.
     static Word of(const std::string &body);
@@ -57,15 +58,23 @@ public:
     Intent next();
     /// An order that may be withdrawn from now on.
     void addOrder(std::int64_t order) { m_orders.push_back(order); }
+    /// A parcel that may be cancelled.
+    void addParcel(const std::string &parcel) { m_parcels.push_back(parcel); }
     std::size_t below(std::size_t bound) { return m_random() % bound; }
 
 private:
     std::string newKey();
+    void payOut(Intent &intent);
+    void revoke(Intent &intent);
+    void takeOut(Intent &intent);
+    void takeBack(Intent &intent);
+    void placeOrder(Intent &intent);
 
     std::mt19937_64 m_random;
     std::string m_keys; ///< how they begin
     unsigned m_made = 0;
     std::vector<std::int64_t> m_orders;
+    std::vector<std::string> m_parcels;
 };
 
 } // namespace zvxtest

@@ -11,6 +11,7 @@
 #include "exchange/store/statelock.h"
 
 #include <csignal>
+#include <iterator>
 #include <random>
 
 namespace zvxtest {
@@ -71,7 +72,18 @@ private:
                 "--robots",
                 "0",
                 "--bank-delay",
-                std::to_string(m_random() % 20)};
+                std::to_string(m_random() % 20),
+                "--prepare-delay",
+                delay(),
+                "--ship-delay",
+                delay()};
+    }
+
+    /// Of the carrier, in seconds: some goods wait, and others are on their way when the end comes.
+    std::string delay()
+    {
+        static constexpr const char *delays[] = {"0", "0.05", "600", "600"};
+        return delays[m_random() % std::size(delays)];
     }
 
     campaign::Failure ask(std::uint16_t port, bool all)
@@ -145,8 +157,9 @@ campaign::Counts killCounts()
 {
     campaign::Counts counts;
     for (const char *what :
-         {kKill, kKillUnread, kKillOpening, kOrderThere, kRevokeThere, kTransferThere,
-          kRefusalThere, kUnheardDone, kUnheardNotDone, kSentAgain, kDeal})
+         {kKill, kKillUnread, kKillOpening, kOrderThere, kRevokeThere, kTransferThere, kTakeThere,
+          kTakeBackThere, kRefusalThere, kUnheardDone, kUnheardNotDone, kSentAgain, kDeal,
+          kParcelWaiting, kParcelSent, kParcelCancelled})
         counts[what] = 0;
     return counts;
 }

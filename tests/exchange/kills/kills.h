@@ -13,10 +13,10 @@ constexpr int kKillsOfALife = 4;
 campaign::Counts killCounts();
 
 /**
- * Kills a real service again and again while traders send orders, withdrawals and transfers over
- * HTTP, and once while it opens its folder. After each start everything that was acknowledged must
- * be told again, and what was not heard of becomes known for good; in the end the store is held
- * against it.
+ * Kills a real service again and again while traders send orders, withdrawals, transfers and
+ * requests for goods over HTTP, and once while it opens its folder. After each start everything
+ * that was acknowledged must be told again, and what was not heard of becomes known for good; in
+ * the end the store is held against it.
  */
 campaign::Failure killAgainAndAgain(std::uint64_t seed, campaign::Counts &counts);
 

@@ -22,6 +22,24 @@ void post(RawClient &client, const Trader &trader, const Intent &intent, const s
     client.post(FundedFolder::kMarket + intent.path, form, trader.token);
 }
 
+/// What is counted where an intent that was acknowledged is there.
+const char *nameOf(Intent::Kind kind)
+{
+    switch (kind) {
+    case Intent::PlaceOrder:
+        return kOrderThere;
+    case Intent::Revoke:
+        return kRevokeThere;
+    case Intent::PayOut:
+        return kTransferThere;
+    case Intent::TakeOut:
+        return kTakeThere;
+    case Intent::TakeBack:
+        break;
+    }
+    return kTakeBackThere;
+}
+
 std::string bodyOf(RawClient &client)
 {
     const auto answer = client.answer(kPatience);
@@ -49,6 +67,10 @@ void TradingClient::take(Intent &intent, const Word &word)
     if (intent.kind == Intent::PlaceOrder && word.done) {
         intent.order = word.order;
         m_wishes.addOrder(word.order);
+    }
+    if (intent.kind == Intent::TakeOut && word.done) {
+        intent.parcel = word.parcel;
+        m_wishes.addParcel(word.parcel);
     }
 }
 
@@ -130,9 +152,7 @@ void TradingClient::learn(Intent &intent, const Word &word, campaign::Counts &co
              "answered \"" + intent.said + "\" before, and \"" + word.said
                  + "\" when asked for after a restart");
     } else if (word.done) {
-        ++counts[intent.kind == Intent::PlaceOrder   ? kOrderThere
-                     : intent.kind == Intent::Revoke ? kRevokeThere
-                                                     : kTransferThere];
+        ++counts[nameOf(intent.kind)];
     } else {
         ++counts[kRefusalThere];
     }

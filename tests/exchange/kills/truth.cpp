@@ -87,6 +87,92 @@ campaign::Failure compareOrders(MarketReader &reader, std::int64_t last,
     return std::nullopt;
 }
 
+/// How often the carrier's own ledger has a parcel with a word.
+std::map<std::string, int> carriedOut(const std::filesystem::path &folder,
+                                      const std::string &wanted)
+{
+    std::ifstream in(folder / "carrier.ledger");
+    std::map<std::string, int> count;
+    std::string id;
+    for (std::string word; in >> id >> word;)
+        if (word == wanted)
+            ++count[id];
+    return count;
+}
+
+std::vector<DeliveryRow> takesOf(MarketReader &reader, AccountId account)
+{
+    std::vector<DeliveryRow> all;
+    RecordPage page;
+    for (page.size = 200;; ++page.page) {
+        const std::vector<DeliveryRow> rows = reader.deliveries(account, page);
+        if (rows.empty())
+            return all;
+        all.insert(all.end(), rows.begin(), rows.end());
+    }
+}
+
+std::string about(const DeliveryRow &row)
+{
+    return "request " + std::to_string(row.number.value()) + " for goods";
+}
+
+campaign::Failure compareTake(const DeliveryRow &row, const ByKey &takes)
+{
+    const Intent *intent = find(takes, row.key);
+    if (!intent)
+        return about(row) + " was never made";
+    if (!intent->done || ParcelId::fromText(intent->parcel) != row.parcel)
+        return about(row) + " is there, and its owner was told \"" + intent->said + '"';
+    if (intent->collection != row.collection || intent->quantity != row.quantity)
+        return about(row) + " is not what was asked for";
+    return std::nullopt;
+}
+
+/// `gone` becomes the pieces that were sent, by collection.
+campaign::Failure compareTakes(MarketReader &reader, const std::filesystem::path &folder,
+                               const std::vector<TradingClient> &clients,
+                               std::map<std::int64_t, Quantity> &gone, campaign::Counts &counts)
+{
+    const ByKey takes = byKey(clients, Intent::TakeOut);
+    std::map<std::string, int> cancels; // that were acknowledged, by parcel
+    for (const auto &[key, intent] : byKey(clients, Intent::TakeBack))
+        cancels[intent->parcel] += intent->done ? 1 : 0;
+    const auto packed = carriedOut(folder, "packed");
+    const auto sent = carriedOut(folder, "sent");
+    std::size_t stored = 0;
+    for (const TradingClient &client : clients) {
+        for (const DeliveryRow &row : takesOf(reader, client.trader().account)) {
+            if (auto failure = compareTake(row, takes))
+                return failure;
+            ++stored;
+            const std::string &parcel = find(takes, row.key)->parcel;
+            const bool isCancelled = row.stage == DeliveryStage::Cancelled;
+            if (isCancelled != (cancels[parcel] > 0))
+                return about(row) + (isCancelled ? " is" : " is not")
+                    + " cancelled, and its owner was told otherwise";
+            if (cancels[parcel] > 1)
+                return about(row) + " was cancelled twice";
+            const bool isSent = row.stage == DeliveryStage::Sent;
+            if (isSent && (packed.count(parcel) == 0 || sent.count(parcel) == 0))
+                return about(row) + " is sent, and the carrier knows nothing of it";
+            if (isCancelled && sent.count(parcel) != 0)
+                return about(row) + " is cancelled, and the carrier has sent it";
+            if (isSent)
+                gone[row.collection.value()] += row.quantity;
+            ++counts[isSent ? kParcelSent : isCancelled ? kParcelCancelled : kParcelWaiting];
+        }
+    }
+    if (stored != doneOf(takes))
+        return std::to_string(doneOf(takes)) + " requests for goods were acknowledged, "
+            + std::to_string(stored) + " are there";
+    for (const auto *steps : {&packed, &sent})
+        for (const auto &[parcel, times] : *steps)
+            if (times != 1)
+                return "the carrier took a step twice with " + parcel;
+    return std::nullopt;
+}
+
 /// What went out by the word of the bank's own ledger.
 Fen paidByTheBank(const std::filesystem::path &folder)
 {
@@ -101,8 +187,10 @@ Fen paidByTheBank(const std::filesystem::path &folder)
     return sum;
 }
 
+/// `gone` are the pieces that left the market, by collection.
 campaign::Failure compareMoney(const Market &market, const std::filesystem::path &folder,
-                               const std::vector<TradingClient> &clients)
+                               const std::vector<TradingClient> &clients,
+                               const std::map<std::int64_t, Quantity> &gone)
 {
     Fen paid;
     for (const auto &[key, intent] : byKey(clients, Intent::PayOut))
@@ -113,7 +201,7 @@ campaign::Failure compareMoney(const Market &market, const std::filesystem::path
             + std::to_string(paidByTheBank(folder).value());
     const auto traders = static_cast<std::int64_t>(clients.size());
     Fen cash = market.feesEarned();
-    std::map<std::int64_t, Quantity> pieces;
+    std::map<std::int64_t, Quantity> pieces = gone;
     std::vector<HoldingView> holdings;
     for (const TradingClient &client : clients) {
         const auto account = market.account(client.trader().account);
@@ -149,7 +237,10 @@ campaign::Failure compareWithStore(const std::filesystem::path &folder,
     MarketReader reader(file);
     if (auto failure = compareOrders(reader, recovered.market.lastOrder().value(), clients))
         return failure;
-    return compareMoney(recovered.market, folder, clients);
+    std::map<std::int64_t, Quantity> gone;
+    if (auto failure = compareTakes(reader, folder, clients, gone, counts))
+        return failure;
+    return compareMoney(recovered.market, folder, clients, gone);
 }
 
 } // namespace zvxtest

@@ -9,8 +9,9 @@
 namespace zvxtest {
 
 /// Holds the store of a service that has ended against what its clients were told: an order for
-/// each intent that was done and no other, withdrawals and transfers likewise, cash and pieces as
-/// many as there were, and the bank's own ledger. Throws what the store throws.
+/// each intent that was done and no other, withdrawals, transfers and requests for goods likewise,
+/// cash and pieces as many as there were, and the ledgers of bank and carrier. Throws what the
+/// store throws.
 campaign::Failure compareWithStore(const std::filesystem::path &folder,
                                    const std::vector<TradingClient> &clients,
                                    campaign::Counts &counts);
