@@ -213,6 +213,14 @@ void ZvServerCache::dropMarketDetail()
     m_store->marketDetail.clear();
 }
 
+void ZvServerCache::dropCollections()
+{
+    m_store->topFives.clear();
+    m_store->proItems.clear();
+    m_store->latestDeals.clear();
+    dropMarketDetail();
+}
+
 bool ZvServerCache::dropAccountRecords()
 {
     const bool isShown = capInfo != ZvUBCapInfo() || gatherInfo != ZvUBGatherInfo();

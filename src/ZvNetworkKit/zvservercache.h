@@ -107,6 +107,9 @@ public:
     // Forgets without a signal the page of deals: it is of a collection that is not in view.
     void dropMarketDetail();
 
+    // Forgets without a signal quotes, figures and deals of all collections: they were a server's.
+    void dropCollections();
+
     // Forgets without a signal what an account has at a server: money, holdings, the day's sums,
     // records, the bank card. True where there was something that pages show all the time.
     bool dropAccountRecords();

@@ -79,10 +79,12 @@ ZvServerEngine *ZvServerEngine::getZvServerEngineInstance()
 ZvServerEngine::ZvServerEngine() : d(std::make_unique<Private>())
 {
     connect(theLink(), &ZvExchangeLink::prefixChanged, this, [this] {
-        // Deals, money and holdings are those of one server.
-        ZvServerCache::getZvServerCacheInstance()->dropMarketDetail();
+        // Quotes, deals, money and holdings are those of one server.
+        ZvServerCache::getZvServerCacheInstance()->dropCollections();
         if (ZvServerCache::getZvServerCacheInstance()->dropAccountRecords())
             d->announcer.announce(ZvAnnouncer::Cap | ZvAnnouncer::Gather);
+        // What stands beside the charts goes with its server, not with the next choice.
+        d->announcer.announce(ZvAnnouncer::Collection);
     });
     connect(theLink(), &ZvExchangeLink::sessionEnded, this, [](const QString &message) {
         ZvServerCache::getZvServerCacheInstance()->storeLoggedOtherPlace(message);

@@ -452,6 +452,27 @@ private slots:
         QCOMPARE(exchange()->openCount(zvPath_sync), 1);
     }
 
+    void whatIsKnownOfACollectionGoesWithItsServer()
+    {
+        m_bench->startOn(here);
+        engine()->setGlobalCollectionID(QStringLiteral("1001"));
+        m_bench->settle();
+        m_bench->answerPoll("\"trade\": {\"version\": 2, \"data\": " + KitBench::trade("1001")
+                            + "}");
+        m_bench->settle();
+        QVERIFY(cache()->getTopFive(QStringLiteral("1001")) != ZvUBTopFive());
+        QSignalSpy trade(cache(), &Cache::signal_cache_CollectionTrade_changed);
+        QSignalSpy item(cache(), &Cache::signal_cache_CollectionItem_changed);
+        QSignalSpy deals(cache(), &Cache::signal_cache_CollectionLatestDeal_changed);
+        access()->setUrlPrefix(there);
+        m_bench->settle();
+        for (const QSignalSpy *told : {&trade, &item, &deals}) {
+            QCOMPARE(told->count(), 1);
+            QCOMPARE(told->first().first().toString(), QStringLiteral("1001"));
+        }
+        QVERIFY(cache()->getTopFive(QStringLiteral("1001")) == ZvUBTopFive());
+    }
+
     void askingForTheMarketTellsNamesAndRows()
     {
         m_bench->startOn(here);

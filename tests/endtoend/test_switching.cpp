@@ -155,6 +155,9 @@ private slots:
             QTRY_VERIFY_WITH_TIMEOUT(buttonOf(server)->isEnabled(), patience);
             QTest::mouseClick(buttonOf(server), Qt::LeftButton);
             QCOMPARE(currentServer(), server);
+            QCoreApplication::processEvents();
+            QVERIFY2(!endtoend::shownCode(*m_window).startsWith(isFirst ? '3' : '2'),
+                     "the panel keeps what the old server said");
             QVERIFY(endtoend::until([&] {
                 look();
                 return endtoend::textsOfColumn(*m_window, codeColumn)
