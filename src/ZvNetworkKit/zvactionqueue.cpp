@@ -40,9 +40,8 @@ QString signedOut()
 } // namespace
 
 ZvActionQueue::ZvActionQueue(ZvExchangeLink *link, ZvActionChecks *checks)
-    : m_link(link), m_checks(checks), m_lateEnds(std::make_unique<ZvLateEnds>(link))
+    : m_link(link), m_checks(checks), m_lateEnds(std::make_unique<ZvLateEnds>(link, checks))
 {
-    connect(m_lateEnds.get(), &ZvLateEnds::settled, checks, &ZvActionChecks::settle);
     connect(link, &ZvExchangeLink::prefixChanged, this, &ZvActionQueue::changeView);
     connect(link, &ZvExchangeLink::sessionChanged, this, &ZvActionQueue::changeView);
 }
@@ -56,7 +55,8 @@ void ZvActionQueue::enqueue(ZvAction action)
         return;
     }
     const QString key = action.key.isEmpty() ? makeKey() : action.key;
-    m_waiting.push_back({std::move(action), m_link->prefix(), m_link->generation().session, key});
+    m_waiting.push_back({std::move(action), m_link->prefix(), m_link->generation().session,
+                         m_lateEnds->account(), key});
     noteWaiting();
     next();
 }
@@ -276,12 +276,11 @@ void ZvActionQueue::endUnknown(const QString &message)
     if (entry.action.lose)
         entry.action.lose(entry.key);
     // A prepared order is sent again under its key, which a question would use up.
-    const bool isAskedOn = isChecked() && !entry.action.lose && !isOfOtherSession(entry);
+    const bool isAskedOn = isChecked() && !entry.action.lose;
     leave();
-    if (isAskedOn) {
-        m_checks->begin(entry.key, entry.action.intent);
-        m_lateEnds->add(entry.key, requestFor(entry, true), entry.action.shape);
-    }
+    if (isAskedOn)
+        m_lateEnds->add({entry.key, entry.action.intent, requestFor(entry, true),
+                         entry.action.shape, entry.session, entry.account});
     next();
     entry.action.fail(message);
 }

@@ -47,8 +47,8 @@ struct ZvAction {
 //
 // Where the answer does not come, the action may have been done or not: the exchange is asked for
 // what became of the key, again and again within `resolveBound`, and later on unhurriedly while
-// other actions leave. An action is never sent twice, and never for another user or at another
-// server than those it was meant for.
+// other actions leave, as long as its account is signed in. An action is never sent twice, and
+// never for another user or at another server than those it was meant for.
 class ZVNETWORKKIT_EXPORT ZvActionQueue : public QObject
 {
     Q_OBJECT
@@ -76,6 +76,7 @@ private:
         ZvAction action;
         QString prefix; // of the server in view when the user acted; of a question, when it left
         quint32 session; // likewise
+        QString account; // of that session; empty where it was not known
         QString key;
     };
 

@@ -5,15 +5,18 @@
 ZvResolution zvResolutionOf(const ZvOutcome &outcome)
 {
     const ZvEnvelope &envelope = outcome.reply.envelope;
-    const bool isPassing
-        = envelope.status == QLatin1String("failed") || envelope.status == QLatin1String("busy");
-    if (!outcome.isReadable() || isPassing)
+    if (!outcome.isReadable())
         return ZvResolution::None;
     if (envelope.isOfSession())
         return ZvResolution::SignedOut;
-    if (envelope.reason == QLatin1String("unknown-key"))
-        return ZvResolution::NotArrived;
-    return ZvResolution::Ended;
+    if (outcome.isOk())
+        return ZvResolution::Ended;
+    // Every other status speaks of the question: the exchange is busy or stopping, is of another
+    // release, or has no such server now.
+    if (envelope.status != QLatin1String("refused"))
+        return ZvResolution::None;
+    return envelope.reason == QLatin1String("unknown-key") ? ZvResolution::NotArrived
+                                                           : ZvResolution::Ended;
 }
 
 QString zvRefusalOf(const ZvEnvelope &envelope)

@@ -7,7 +7,7 @@ struct ZvOutcome;
 
 // What the exchange says when it is asked what became of an action.
 enum class ZvResolution {
-    None, // nothing yet
+    None, // nothing of the action; ask again
     SignedOut, // it refuses the question, and says nothing about the action
     NotArrived, // the action has not come, and its key has no effect any more
     Ended // here is the action's answer

@@ -89,6 +89,11 @@ private slots:
     void lateEndIsAskedForWhenTheExchangeIsBack();
     void lateEndOfAnotherSessionIsUnknown();
     void answerAfterTheSessionIsNotHeard();
+    void theSameAccountIsAskedForAgain_data();
+    void theSameAccountIsAskedForAgain();
+    void anotherAccountEndsTheAsking();
+    void aSessionThatEndsUnderTheQuestionIsTakenUp();
+    void aQuestionOfTheOldSessionSaysNothing();
     void preparedOrderThatIsFoundIsTold();
     void preparedOrderThatIsLostKeepsItsKey();
     void aTransferThatIsPendingIsAskedOnFor();
@@ -442,7 +447,7 @@ void ActionChecksTest::answerAfterTheSessionIsNotHeard()
     m_bench->settle();
     QCOMPARE(m_words.size(), 1);
     // And the next one is not held up by it.
-    m_bench->signIn("t2");
+    m_bench->signIn("t2", "80002");
     buy();
     lose(zvPath_trade_buy);
     passTheBound(zvPath_trade_buy);
@@ -450,6 +455,101 @@ void ActionChecksTest::answerAfterTheSessionIsNotHeard()
     exchange()->answer(zvPath_trade_buy, ZvScriptedTransport::ok("{\"order\": 2}"));
     m_bench->settle();
     QCOMPARE(m_words.size(), 2);
+    QCOMPARE(int(m_words.last().outcome), int(Checks::Done));
+}
+
+void ActionChecksTest::theSameAccountIsAskedForAgain_data()
+{
+    QTest::addColumn<bool>("signsOut");
+    QTest::newRow("after signing out") << true;
+    QTest::newRow("while signed in") << false;
+}
+
+void ActionChecksTest::theSameAccountIsAskedForAgain()
+{
+    QFETCH(bool, signsOut);
+    buy();
+    const QString key = exchange()->lastRequest(zvPath_trade_buy).parameter("key");
+    lose(zvPath_trade_buy);
+    passTheBound(zvPath_trade_buy);
+    if (signsOut) {
+        ZvServerEngine::getZvServerEngineInstance()->startUnloggedEngine();
+        m_bench->clock.advance(60000);
+        m_bench->settle();
+        QCOMPARE(exchange()->openCount(zvPath_trade_buy), 0);
+        QVERIFY(checks()->open().isEmpty());
+    }
+    m_bench->signIn("t2");
+    QCOMPARE(checks()->open().size(), 1);
+    QCOMPARE(checks()->open().first().collectionId, collection);
+    askLate(zvPath_trade_buy);
+    QCOMPARE(exchange()->lastRequest(zvPath_trade_buy).parameter("key"), key);
+    QCOMPARE(exchange()->lastRequest(zvPath_trade_buy).token, QByteArray("t2"));
+    exchange()->answer(zvPath_trade_buy, ZvScriptedTransport::ok("{\"order\": 1}"));
+    m_bench->settle();
+    QVERIFY(checks()->open().isEmpty());
+    QCOMPARE(m_words.size(), 2);
+    QCOMPARE(int(m_words.first().outcome), int(Checks::Unknown));
+    QCOMPARE(int(m_words.last().outcome), int(Checks::Done));
+}
+
+// Under its token the exchange would say of any key of the first one that it never came.
+void ActionChecksTest::anotherAccountEndsTheAsking()
+{
+    buy();
+    lose(zvPath_trade_buy);
+    passTheBound(zvPath_trade_buy);
+    for (const char *number : {"80002", "80001"}) {
+        m_bench->signIn(QByteArray("of") + number, number);
+        QVERIFY(checks()->open().isEmpty());
+        m_bench->clock.advance(60000);
+        m_bench->settle();
+        QCOMPARE(exchange()->openCount(zvPath_trade_buy), 0);
+    }
+    QCOMPARE(m_words.size(), 1);
+    QCOMPARE(int(m_words.first().outcome), int(Checks::Unknown));
+}
+
+void ActionChecksTest::aSessionThatEndsUnderTheQuestionIsTakenUp()
+{
+    QSignalSpy failed(actions(), &Result::signal_trade_buy_failed);
+    buy();
+    const QString key = exchange()->lastRequest(zvPath_trade_buy).parameter("key");
+    lose(zvPath_trade_buy);
+    m_bench->clock.advance(ZvActionQueue::longestPause);
+    exchange()->answer(zvPath_trade_buy,
+                       ZvScriptedTransport::refusal("session", QStringLiteral("请登录")), 401);
+    m_bench->settle();
+    QCOMPARE(failed.count(), 1);
+    QVERIFY(checks()->open().isEmpty());
+    m_bench->signIn("t2");
+    QCOMPARE(checks()->open().size(), 1);
+    askLate(zvPath_trade_buy);
+    QCOMPARE(exchange()->lastRequest(zvPath_trade_buy).parameter("key"), key);
+    exchange()->answer(zvPath_trade_buy, ZvScriptedTransport::ok("{\"order\": 1}"));
+    m_bench->settle();
+    QCOMPARE(m_words.size(), 1);
+    QCOMPARE(int(m_words.first().outcome), int(Checks::Done));
+    QCOMPARE(failed.count(), 1);
+}
+
+void ActionChecksTest::aQuestionOfTheOldSessionSaysNothing()
+{
+    buy();
+    lose(zvPath_trade_buy);
+    passTheBound(zvPath_trade_buy);
+    askLate(zvPath_trade_buy);
+    m_bench->signIn("t2");
+    QCOMPARE(checks()->open().size(), 1);
+    exchange()->answer(zvPath_trade_buy,
+                       ZvScriptedTransport::refusal("session", QStringLiteral("请登录")), 401);
+    m_bench->settle();
+    QCOMPARE(checks()->open().size(), 1);
+    askLate(zvPath_trade_buy);
+    QCOMPARE(exchange()->lastRequest(zvPath_trade_buy).token, QByteArray("t2"));
+    exchange()->answer(zvPath_trade_buy, ZvScriptedTransport::ok("{\"order\": 1}"));
+    m_bench->settle();
+    QVERIFY(checks()->open().isEmpty());
     QCOMPARE(int(m_words.last().outcome), int(Checks::Done));
 }
 

@@ -321,7 +321,7 @@ void SessionTest::secretsStayOutOfTheLog()
         exchange()->answer(path, "{\"protocol\": 1, \"password\": \"hidden1\"}");
         m_bench->settle();
         m_bench->clock.advance(2 * ZvActionQueue::shortestPause);
-        exchange()->answer(path, ZvScriptedTransport::refusal("unserved", QString()), 501);
+        exchange()->answer(path, ZvScriptedTransport::refusal("refused", QStringLiteral("不行")));
         m_bench->settle();
     }
     QVERIFY2(LogLines::lines().size() >= 6, qPrintable(LogLines::lines().join('\n')));
