@@ -25,11 +25,13 @@ ZvExchangeLink *theLink()
     return ZvServerAccessManager::getZvServerAccessManagerInstance()->link();
 }
 
-// Fen of a price in yuan. A float that does not come back the same holds more than two decimals,
-// or is too large to hold them.
+// From here on a float does not tell every fen from the next.
+constexpr float priceBound = 131072.0F;
+
+// Fen of a price in yuan. A float that does not come back the same holds more than two decimals.
 std::optional<qint64> fenOfPrice(float price)
 {
-    if (!std::isfinite(price) || price <= 0.0F || price >= 131072.0F)
+    if (!std::isfinite(price) || price <= 0.0F || price >= priceBound)
         return std::nullopt;
     const qint64 fen = std::llround(static_cast<double>(price) * 100.0);
     if (static_cast<float>(static_cast<double>(fen) / 100.0) != price)
@@ -71,7 +73,11 @@ bool keepSignIn(const ZvReply &reply)
     return true;
 }
 
+// The exchange withdraws no more in one request.
+constexpr int mostRevokes = 200;
+
 const QString invalidPrice = QStringLiteral("价格无效，请输入大于零且不超过两位小数的价格");
+const QString tooHighPrice = QStringLiteral("价格过高，最高可委托价格为131071.99元");
 const QString invalidCount = QStringLiteral("数量无效，请输入大于零的数量");
 const QString invalidAmount = QStringLiteral("金额无效，请输入大于零且不超过两位小数的金额");
 
@@ -129,7 +135,10 @@ public:
         order.intent = {matter, order.path == zvPath_trade_buy ? 1 : 2, collectionId};
         const std::optional<qint64> fen = fenOfPrice(price);
         if (!fen || count <= 0) {
-            queue.fail(order, fen ? invalidCount : invalidPrice);
+            queue.fail(order,
+                       fen                       ? invalidCount
+                           : price >= priceBound ? tooHighPrice
+                                                 : invalidPrice);
             return;
         }
         order.parameters.append({QStringLiteral("collection"), collectionId});
@@ -280,10 +289,12 @@ void ZvServerActionResult::sendRequest_trade_sell(QString collectionId, float pr
 void ZvServerActionResult::sendRequest_trade_revoke(QList<int> orderIds)
 {
     zvtrace::call("ZvServerActionResult::sendRequest_trade_revoke", orderIds);
-    if (orderIds.isEmpty()) {
+    if (orderIds.isEmpty() || orderIds.size() > mostRevokes) {
         d->queue.fail(d->action(zvPath_trade_revoke, {}, &Result::signal_trade_revoke_succeed,
                                 &Result::signal_trade_revoke_failed),
-                      QStringLiteral("没有要撤销的委托"));
+                      orderIds.isEmpty()
+                          ? QStringLiteral("没有要撤销的委托")
+                          : QStringLiteral("一次最多撤销%1笔委托，请分次操作").arg(mostRevokes));
         return;
     }
     QStringList numbers;

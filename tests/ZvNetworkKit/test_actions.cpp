@@ -98,6 +98,57 @@ private slots:
         QVERIFY(exchange()->requests().isEmpty());
     }
 
+    void tooHighPricesAreCalledSo_data()
+    {
+        QTest::addColumn<float>("price");
+        QTest::addColumn<bool>("isTooHigh");
+        QTest::newRow("the bound") << 131072.0F << true;
+        QTest::newRow("above it") << 200000.5F << true;
+        QTest::newRow("endless") << std::numeric_limits<float>::infinity() << true;
+        QTest::newRow("three decimals") << 1.005F << false;
+        QTest::newRow("no number") << std::numeric_limits<float>::quiet_NaN() << false;
+    }
+
+    void tooHighPricesAreCalledSo()
+    {
+        QFETCH(float, price);
+        QFETCH(bool, isTooHigh);
+        QSignalSpy failed(actions(), &Result::signal_trade_sell_failed);
+        actions()->sendRequest_trade_sell(collection, price, 1);
+        m_bench->settle();
+        QCOMPARE(failed.count(), 1);
+        const QString told = failed.first().first().toString();
+        QCOMPARE(told.contains(QStringLiteral("131071.99")), isTooHigh);
+        QCOMPARE(told.contains(QStringLiteral("两位小数")), !isTooHigh);
+        QVERIFY(exchange()->requests().isEmpty());
+    }
+
+    void theHighestPriceIsSent()
+    {
+        actions()->sendRequest_trade_sell(collection, 131071.99F, 1);
+        QCOMPARE(exchange()->lastRequest(zvPath_trade_sell).parameter("price"),
+                 QStringLiteral("13107199"));
+    }
+
+    void asManyOrdersAreWithdrawnAsTheExchangeTakes()
+    {
+        QList<int> ids;
+        for (int id = 1; id <= 200; ++id)
+            ids << id;
+        actions()->sendRequest_trade_revoke(ids);
+        QCOMPARE(exchange()->lastRequest(zvPath_trade_revoke).parameter("orders").split(',').size(),
+                 200);
+        exchange()->answer(zvPath_trade_revoke, ZvScriptedTransport::ok("{\"revoked\": 200}"));
+        m_bench->settle();
+        exchange()->takeRequests();
+        QSignalSpy failed(actions(), &Result::signal_trade_revoke_failed);
+        actions()->sendRequest_trade_revoke(ids << 201);
+        m_bench->settle();
+        QCOMPARE(failed.count(), 1);
+        QVERIFY(failed.first().first().toString().contains(QStringLiteral("200")));
+        QVERIFY(exchange()->requests().isEmpty());
+    }
+
     void everyCentComesThrough()
     {
         // Sent one after the other: each answer lets the next one out.
@@ -257,6 +308,40 @@ private slots:
         m_bench->clock.advance(ZvActionQueue::shortestPause);
         exchange()->answer(zvPath_trade_buy,
                            ZvScriptedTransport::refusal("failed", QStringLiteral("停止中")), 500);
+        m_bench->settle();
+        QCOMPARE(failed.count(), 0);
+        m_bench->clock.advance(2 * ZvActionQueue::shortestPause);
+        exchange()->answer(zvPath_trade_buy, ZvScriptedTransport::ok("{}"));
+        m_bench->settle();
+        QCOMPARE(succeeded.count(), 1);
+        QCOMPARE(failed.count(), 0);
+    }
+
+    // Answers that speak of the question say nothing of the order.
+    void refusedQuestionsAreNoEnds_data()
+    {
+        QTest::addColumn<QByteArray>("status");
+        QTest::addColumn<int>("httpStatus");
+        QTest::newRow("another release") << QByteArray("protocol") << 400;
+        QTest::newRow("not understood") << QByteArray("bad-request") << 400;
+        QTest::newRow("no such server") << QByteArray("not-found") << 404;
+        QTest::newRow("unserved") << QByteArray("unserved") << 501;
+    }
+
+    void refusedQuestionsAreNoEnds()
+    {
+        QFETCH(QByteArray, status);
+        QFETCH(int, httpStatus);
+        QSignalSpy succeeded(actions(), &Result::signal_trade_buy_succeed);
+        QSignalSpy failed(actions(), &Result::signal_trade_buy_failed);
+        actions()->sendRequest_trade_buy(collection, 1.0F, 1);
+        exchange()->fail(zvPath_trade_buy, ZvAnswer::Failed);
+        m_bench->settle();
+        m_bench->clock.advance(ZvActionQueue::shortestPause);
+        QVERIFY(exchange()->lastRequest(zvPath_trade_buy).hasParameter("resolve"));
+        exchange()->answer(zvPath_trade_buy,
+                           ZvScriptedTransport::refusal(status, QStringLiteral("问题无效")),
+                           httpStatus);
         m_bench->settle();
         QCOMPARE(failed.count(), 0);
         m_bench->clock.advance(2 * ZvActionQueue::shortestPause);
