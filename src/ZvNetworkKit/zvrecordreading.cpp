@@ -74,12 +74,10 @@ ZvUBEntrustItem::Data order(const Node &object)
     item.price = amount(object, "price");
     item.quantity = amount(object, "quantity");
     item.filled = integer(object, "filled", 0, item.quantity);
-    const qint64 averagePrice = figure(object, "averagePrice");
-    if (item.filled > 0) {
-        if (averagePrice < 0)
-            refuse("no price of what was dealt", "averagePrice");
-        item.amount = zvub::product(averagePrice, item.filled);
-    }
+    // The row works its average price out of it; the exchange's own is to the nearest fen.
+    item.amount = amount(object, "amount");
+    if ((item.amount > 0) != (item.filled > 0))
+        refuse("not what was dealt", "amount");
     item.fee = amount(object, "fee");
     item.frozen = amount(object, "frozen");
     item.state = state(object, Item::Open, Item::Refused);

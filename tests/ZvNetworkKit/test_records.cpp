@@ -93,11 +93,13 @@ QByteArray openOrders()
 {
     return "{\"orders\": ["
         + order(2147483647,
-                "\"side\": 1, \"quantity\": 10, \"filled\": 4, \"averagePrice\": 995, \"fee\": 12, "
+                "\"side\": 1, \"quantity\": 10, \"filled\": 4, \"averagePrice\": 995, \"amount\": "
+                "3981, \"fee\": 12, "
                 "\"frozen\": 6018, \"state\": 2")
         + ", "
         + order(7,
-                "\"side\": 2, \"quantity\": 3, \"filled\": 0, \"averagePrice\": null, \"fee\": 0, "
+                "\"side\": 2, \"quantity\": 3, \"filled\": 0, \"averagePrice\": null, \"amount\": "
+                "0, \"fee\": 0, "
                 "\"frozen\": 0, \"state\": 1")
         + "]}";
 }
@@ -106,11 +108,13 @@ QByteArray doneOrders()
 {
     return "{\"orders\": ["
         + order(9,
-                "\"side\": 1, \"quantity\": 10, \"filled\": 4, \"averagePrice\": 995, \"fee\": 12, "
+                "\"side\": 1, \"quantity\": 10, \"filled\": 4, \"averagePrice\": 995, \"amount\": "
+                "3981, \"fee\": 12, "
                 "\"frozen\": 0, \"state\": 5")
         + ", "
         + order(8,
-                "\"side\": 2, \"quantity\": 3, \"filled\": 0, \"averagePrice\": null, \"fee\": 0, "
+                "\"side\": 2, \"quantity\": 3, \"filled\": 0, \"averagePrice\": null, \"amount\": "
+                "0, \"fee\": 0, "
                 "\"frozen\": 0, \"state\": 4")
         + "]}";
 }
@@ -146,7 +150,7 @@ QByteArray manyOrders(int count)
     for (int number = 1; number <= count; ++number)
         rows.append(order(number,
                           "\"side\": 2, \"quantity\": 3, \"filled\": 0, \"averagePrice\": null, "
-                          "\"fee\": 0, \"frozen\": 0, \"state\": 1"));
+                          "\"amount\": 0, \"fee\": 0, \"frozen\": 0, \"state\": 1"));
     return "{\"orders\": [" + rows.join(", ") + "]}";
 }
 
@@ -494,7 +498,9 @@ void RecordsTest::openOrdersAreStored()
     QCOMPARE(buy.data().price, qint64(1000));
     QCOMPARE(buy.data().quantity, qint64(10));
     QCOMPARE(buy.data().filled, qint64(4));
-    QCOMPARE(buy.data().amount, qint64(3980));
+    // To the fen: no average price of whole fen gives it back.
+    QCOMPARE(buy.data().amount, qint64(3981));
+    QCOMPARE(buy.displayDataForModelUse(14), QStringLiteral("39.81"));
     QCOMPARE(buy.data().fee, qint64(12));
     QCOMPARE(buy.data().frozen, qint64(6018));
     QCOMPARE(buy.data().time, qint64(1577840400000));
@@ -550,6 +556,7 @@ void RecordsTest::ordersAreStored()
     QCOMPARE(part.state, int(ZvUBEntrustItem::PartlyWithdrawn));
     QCOMPARE(part.withdrawn, qint64(6));
     QCOMPARE(here.first().displayData(8), QStringLiteral("9.95"));
+    QCOMPARE(here.first().displayData(14), QStringLiteral("39.81"));
     const ZvUBEntrustItem::Data &none = here.last().data();
     QCOMPARE(none.state, int(ZvUBEntrustItem::Withdrawn));
     QCOMPARE(none.withdrawn, qint64(3));
@@ -746,7 +753,10 @@ void RecordsTest::hostileAnswersLeaveTheCache_data()
         each("price with a fraction", "\"price\": 1000", "\"price\": 10.5");
         each("price is null", "\"price\": 1000", "\"price\": null");
         each("more dealt than ordered", "\"filled\": 4", "\"filled\": 11");
-        each("dealt for nothing", "\"averagePrice\": 995", "\"averagePrice\": null");
+        each("dealt for nothing", "\"amount\": 3981", "\"amount\": 0");
+        each("paid for nothing", "\"amount\": 0", "\"amount\": 1");
+        each("amount is missing", "\"amount\"", "\"other\"");
+        each("amount with a fraction", "\"amount\": 3981", "\"amount\": 3981.5");
         each("fee below zero", "\"fee\": 12", "\"fee\": -12");
         each("frozen is missing", "\"frozen\"", "\"other\"");
         each("state 0", "\"state\": ", "\"state\": 0, \"x\": ");

@@ -50,6 +50,7 @@ void writeOrder(JsonText &json, const OrderRow &order, const MarketSnapshot &mar
         json.number(averagePrice(order.amount, order.filled));
     else
         json.null();
+    json.key("amount").number(order.amount.value());
     json.key("fee").number(order.fees.value()).key("frozen").number(order.frozen.value());
     json.key("state").number(stateNumber(order)).key("key");
     if (order.key.isNull())

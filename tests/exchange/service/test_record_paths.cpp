@@ -60,6 +60,7 @@ TEST_F(RecordPathsTest, FollowAnOrderFromItsPlacingToItsWithdrawal)
                    {"quantity", 10},
                    {"filled", 0},
                    {"averagePrice", nullptr},
+                   {"amount", 0},
                    {"fee", 0},
                    {"frozen", 10'030},
                    {"state", 1},
@@ -72,6 +73,7 @@ TEST_F(RecordPathsTest, FollowAnOrderFromItsPlacingToItsWithdrawal)
     ASSERT_EQ(outcome(sell(2, 990, 4)), "ok");
     wanted["filled"] = 4;
     wanted["averagePrice"] = 1000;
+    wanted["amount"] = 4'000;
     wanted["fee"] = 12;
     wanted["frozen"] = 6'018;
     wanted["state"] = 2;
@@ -243,19 +245,22 @@ TEST_F(RecordPathsTest, DealsAreToldByTheSideThatTheAccountTook)
     EXPECT_EQ(deals("", 3), json::array());
 }
 
-TEST_F(RecordPathsTest, AveragePricesAreRoundedToTheNearestFen)
+TEST_F(RecordPathsTest, AveragePricesAreRoundedAndAmountsAreNot)
 {
     begin();
     fund(1, 1'000'000);
     fund(2, 0, 100);
-    const auto average = [this] { return orders("myaccount/entrust.html", 1)[0]["averagePrice"]; };
+    const auto field
+        = [this](const char *name) { return orders("myaccount/entrust.html", 1)[0][name]; };
     placed(sell(2, 1000, 1));
     placed(sell(2, 1001, 1));
     placed(buy(1, 1010, 9));
-    EXPECT_EQ(average(), 1001) << "1000.5";
+    EXPECT_EQ(field("averagePrice"), 1001) << "1000.5";
+    EXPECT_EQ(field("amount"), 2'001);
     placed(sell(2, 1000, 7)); // at the 10.10 of the order that rests
-    EXPECT_EQ(average(), 1008) << "9071 / 9 = 1007.9";
-    EXPECT_EQ(orders("myaccount/entrust.html", 1)[0]["state"], 3);
+    EXPECT_EQ(field("averagePrice"), 1008) << "9071 / 9 = 1007.9";
+    EXPECT_EQ(field("amount"), 9'071);
+    EXPECT_EQ(field("state"), 3);
 }
 
 TEST_F(RecordPathsTest, HoldingsAreThoseOfTheWholeAccountInPages)
