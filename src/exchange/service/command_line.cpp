@@ -15,13 +15,17 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cmath>
+#include <charconv>
+#include <cstdint>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <system_error>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -42,7 +46,8 @@ constexpr int exitUnusable = 2;
 /// A hundred thousand million: clients count money in numbers that hold so much to the fen.
 constexpr std::int64_t mostYuan = 100'000'000'000;
 constexpr std::int64_t longestBankDelay = 86'400'000;
-constexpr double longestCarrierDelay = 31 * 86'400.0; // s
+constexpr std::int64_t longestCarrierDelay = 31 * 86'400; // s
+constexpr std::int64_t mostRobotOrders = 200; // a second
 constexpr std::size_t catalogueBound = 64 * 1024 * 1024;
 /// Descriptors that are not connections: stores, logs, pipes.
 constexpr rlim_t otherFiles = 256;
@@ -202,9 +207,6 @@ void readMoney(const Choices &choices, ServiceOptions &options)
 void readDeliveries(const Choices &choices, ServiceOptions &options)
 {
     const auto milliseconds = [](double seconds) {
-        // The options' bounds let through what is no number.
-        if (std::isnan(seconds))
-            throw Unusable("--prepare-delay and --ship-delay take a number of seconds");
         return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1'000 + 0.5));
     };
     options.prepareDelay = milliseconds(choices.prepareDelay);
@@ -324,6 +326,42 @@ int guarded(const Work &work)
     return code;
 }
 
+// The ranges that CLI brings along let through what is no number, read "010" as eight, and take -1
+// for a very large number where none is below zero.
+
+CLI::Validator numberCheck(std::int64_t least, std::int64_t most, const char *kind,
+                           std::function<bool(const std::string &)> isRight)
+{
+    const std::string range = std::to_string(least) + " to " + std::to_string(most);
+    return CLI::Validator(
+        [range, kind, isRight = std::move(isRight)](std::string &text) {
+            return isRight(text) ? std::string()
+                                 : '"' + text + "\" is no " + kind + " from " + range;
+        },
+        range);
+}
+
+/// Plain decimals without a sign.
+CLI::Validator wholeNumber(std::int64_t least, std::int64_t most)
+{
+    return numberCheck(least, most, "whole number", [least, most](const std::string &text) {
+        return readInteger(text, least, most).has_value();
+    });
+}
+
+/// The same with decimals.
+CLI::Validator number(std::int64_t least, std::int64_t most)
+{
+    return numberCheck(least, most, "number", [least, most](const std::string &text) {
+        double value = 0;
+        const char *end = text.data() + text.size();
+        const auto read = std::from_chars(text.data(), end, value);
+        // False of what is no number, too.
+        return read.ec == std::errc() && read.ptr == end && value >= static_cast<double>(least)
+            && value <= static_cast<double>(most);
+    });
+}
+
 void addServe(CLI::App &app, Choices &choices)
 {
     CLI::App *serve = app.add_subcommand("serve", "Run the markets of a state folder");
@@ -355,28 +393,29 @@ void addServe(CLI::App &app, Choices &choices)
         ->add_option("--robots", choices.robots,
                      "Orders a second that the robots of each market send, 0 to 200; 0 is none")
         ->type_name("RATE")
-        ->check(CLI::Range(0.0, 200.0))
+        ->check(number(0, mostRobotOrders))
         ->capture_default_str();
     serve->add_option("--seed", choices.seed, "Where the robots' chance begins")
         ->type_name("N")
+        ->check(wholeNumber(0, INT64_MAX))
         ->capture_default_str();
     serve
         ->add_option("--transfer-limit", choices.transferLimit,
                      "Yuan that one transfer between an account and its bank card may move")
         ->type_name("YUAN")
-        ->check(CLI::Range(std::int64_t(1), mostYuan))
+        ->check(wholeNumber(1, mostYuan))
         ->capture_default_str();
     serve
         ->add_option("--day-limit", choices.dayLimit,
                      "Yuan that an account may move in a day, each way and in each market")
         ->type_name("YUAN")
-        ->check(CLI::Range(std::int64_t(1), mostYuan))
+        ->check(wholeNumber(1, mostYuan))
         ->capture_default_str();
     serve
         ->add_option("--bank-delay", choices.bankDelay,
                      "Milliseconds that the embedded bank takes for an answer")
         ->type_name("MS")
-        ->check(CLI::Range(std::int64_t(0), longestBankDelay))
+        ->check(wholeNumber(0, longestBankDelay))
         ->capture_default_str();
     serve
         ->add_option("--bank-refuse", choices.bankRefuse,
@@ -389,13 +428,13 @@ void addServe(CLI::App &app, Choices &choices)
             "Seconds after which the embedded carrier packs what was taken out; until then "
             "it can be cancelled")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, longestCarrierDelay))
+        ->check(number(0, longestCarrierDelay))
         ->capture_default_str();
     serve
         ->add_option("--ship-delay", choices.shipDelay,
                      "Seconds after which the embedded carrier sends what it packed")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, longestCarrierDelay))
+        ->check(number(0, longestCarrierDelay))
         ->capture_default_str();
     serve->add_flag("--carrier-refuse", choices.carrierRefuses,
                     "The embedded carrier refuses everything that it should pack");

@@ -100,11 +100,6 @@ TEST_F(ProgramTest, EndsWithTwoAndASentenceWhenItCannotBeUsed)
         {},
         {"serve"},
         {"fly"},
-        {"serve", "--state", state(), "--robots", "-1"},
-        {"serve", "--state", state(), "--prepare-delay", "-1"},
-        {"serve", "--state", state(), "--ship-delay", "soon"},
-        {"serve", "--state", state(), "--ship-delay", "nan"},
-        {"serve", "--state", state(), "--ship-delay", "2678401"},
         {"serve", "--state", state(), "--listen", "here"},
         {"serve", "--state", state(), "--listen", "127.0.0.1:99999"},
         {"serve", "--state", state(), "--listen", "localhost:0"},
@@ -128,6 +123,52 @@ TEST_F(ProgramTest, EndsWithTwoAndASentenceWhenItCannotBeUsed)
         EXPECT_EQ(program.output, "");
     }
     EXPECT_FALSE(std::filesystem::exists(folder.path() / "state" / "catalogue.json"));
+}
+
+TEST_F(ProgramTest, SaysWhichOptionHasNoNumber)
+{
+    struct Case {
+        const char *option;
+        const char *value;
+        const char *range;
+    };
+    const std::vector<Case> table = {
+        {"--robots", "nan", "0 to 200"},
+        {"--robots", "-nan", "0 to 200"},
+        {"--robots", "inf", "0 to 200"},
+        {"--robots", "-1", "0 to 200"},
+        {"--robots", "200.01", "0 to 200"},
+        {"--robots", "many", "0 to 200"},
+        {"--robots", "", "0 to 200"},
+        {"--robots", "6 or so", "0 to 200"},
+        {"--robots", "0x10", "0 to 200"},
+        {"--robots", "1e999", "0 to 200"},
+        {"--prepare-delay", "nan", "0 to 2678400"},
+        {"--prepare-delay", "-1", "0 to 2678400"},
+        {"--ship-delay", "soon", "0 to 2678400"},
+        {"--ship-delay", "2678401", "0 to 2678400"},
+        {"--ship-delay", "inf", "0 to 2678400"},
+        {"--seed", "-1", "0 to 9223372036854775807"},
+        {"--seed", "1.5", "0 to 9223372036854775807"},
+        {"--seed", "99999999999999999999", "0 to 9223372036854775807"},
+        {"--bank-delay", "-1", "0 to 86400000"},
+        {"--bank-delay", "0.5", "0 to 86400000"},
+        {"--transfer-limit", "0", "1 to 100000000000"},
+        {"--transfer-limit", "010", "1 to 100000000000"},
+        {"--day-limit", "1e6", "1 to 100000000000"},
+        {"--day-limit", "100000000001", "1 to 100000000000"},
+    };
+    for (const Case &each : table) {
+        // Joined, since a value that begins with a dash would be taken for an option.
+        const std::string option = std::string(each.option) + '=' + each.value;
+        Program program({"serve", "--state", state(), option});
+        EXPECT_EQ(program.wait(), 2) << option;
+        EXPECT_NE(program.errors.find("zvexchange: " + std::string(each.option)), std::string::npos)
+            << option << ": " << program.errors;
+        EXPECT_NE(program.errors.find(each.range), std::string::npos) << program.errors;
+        EXPECT_EQ(program.output, "");
+    }
+    EXPECT_FALSE(std::filesystem::exists(state()));
 }
 
 TEST_F(ProgramTest, ServesUntilItIsToldToEndAndKeepsItsState)
