@@ -81,7 +81,7 @@ void ParcelBook::putTracking(ParcelId id, const Tracking &tracking)
 void ParcelBook::drop(ParcelId id)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_connection->change([&] {
+    m_connection->changeSyncedLater([&] {
         auto erase = m_connection->statement("DELETE FROM parcels WHERE id = ?");
         bindKey(erase, 1, id);
         erase.exec();

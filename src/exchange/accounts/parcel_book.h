@@ -23,7 +23,7 @@ constexpr int kParcelsApplicationId = 0x5a565850;
  * Names, telephones and addresses stand here and not in the markets, whose events are kept for
  * ever: a row can be taken out. A market knows a parcel by its id alone.
  *
- * From any thread; each change is durable on return. Everything throws StoreError.
+ * From any thread; each change but drop() is durable on return. Everything throws StoreError.
  */
 class ParcelBook
 {
@@ -37,7 +37,7 @@ public:
     /// Notes a parcel of a market, named by its prefix, that is not there yet.
     void put(ParcelId id, std::string_view market, const Recipient &recipient);
     void putTracking(ParcelId id, const Tracking &tracking);
-    /// Also where it is not there.
+    /// Also where it is not there. A power cut may bring the parcel back until the next change.
     void drop(ParcelId id);
 
     std::optional<Parcel> find(ParcelId id);

@@ -1,6 +1,7 @@
 #include "exchange/service/word_ledger.h"
 
 #include "exchange/service/key_text.h"
+#include "exchange/store/wholefile.h"
 
 #include <cerrno>
 #include <sstream>
@@ -22,6 +23,8 @@ WordLedger::WordLedger(std::filesystem::path file, const Reader &reader) : m_pat
     try {
         if (::fchmod(m_file, 0600) != 0)
             fail();
+        // Words on the disk are lost all the same where their file's name is not there.
+        syncFolder(m_path.parent_path());
         read(reader);
     } catch (...) {
         ::close(m_file);

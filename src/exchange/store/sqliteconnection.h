@@ -59,6 +59,16 @@ public:
         });
     }
 
+    /// As change(), and durable with the next change that is; what a power cut takes back must do
+    /// no harm.
+    template <typename Work>
+    void changeSyncedLater(const Work &work)
+    {
+        guarded([&] { m_database.exec("PRAGMA synchronous = NORMAL"); });
+        change(work);
+        guarded([&] { m_database.exec("PRAGMA synchronous = FULL"); });
+    }
+
     /// `drain` waits for the reads of other connections that are under way, and is called around
     /// the moving of the log: readers that follow each other without a pause would keep the log for
     /// ever, each a little of it.

@@ -1,5 +1,6 @@
 #include "exchange/service/word_ledger.h"
 
+#include "exchange/service/sync_counter.h"
 #include "exchange/service/temporary_folder.h"
 
 #include <gtest/gtest.h>
@@ -63,6 +64,13 @@ TEST_F(WordLedgerTest, TellsItsLinesInTheirOrder)
     };
     ASSERT_EQ(::stat(file.c_str(), &facts), 0);
     EXPECT_EQ(facts.st_mode & 0777, 0600u);
+}
+
+TEST_F(WordLedgerTest, MakesSureOfItsNameBeforeItsWords)
+{
+    const int before = zvxtest::folderSyncs();
+    lines();
+    EXPECT_GT(zvxtest::folderSyncs(), before);
 }
 
 TEST_F(WordLedgerTest, CutsOffALineThatIsTorn)
