@@ -1,31 +1,22 @@
 #include "exchange/service/embedded_bank.h"
 
 #include "exchange/accounts/outbox.h"
+#include "exchange/service/appointments.h"
+#include "exchange/service/id_order.h"
 #include "exchange/service/key_text.h"
 #include "exchange/service/word_ledger.h"
 #include "exchange/store/clock.h"
 
-#include <algorithm>
-#include <condition_variable>
 #include <cstdio>
-#include <deque>
 #include <map>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <utility>
 
 namespace zvx {
 
 namespace {
-
-using IdKey = std::pair<std::uint64_t, std::uint64_t>;
-
-IdKey keyOf(TransferId id)
-{
-    return {id.high, id.low};
-}
 
 std::string yuan(Fen amount)
 {
@@ -52,7 +43,7 @@ std::optional<BankWord> wordOf(const std::string &text)
 
 } // namespace
 
-/// Where questions wait for their time, and the thread that answers them.
+/// Where questions wait for their time, and what is said to them.
 class EmbeddedBank::Counter
 {
 public:
@@ -60,44 +51,26 @@ public:
         : m_options(completed(std::move(options))),
           m_ledger(m_options.folder / kFileName,
                    [this](TransferId id, const std::string &text) { return recall(id, text); }),
-          m_thread([this] { run(); })
+          m_appointments(m_options.clock, [this](TransferId id) { answer(id); })
     {
-    }
-
-    ~Counter()
-    {
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            m_ending = true;
-        }
-        m_wake.notify_all();
-        m_thread.join();
     }
 
     void ask(const BankOrder &order, Answered answered)
     {
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            const auto same
-                = std::find_if(m_waiting.begin(), m_waiting.end(), [&order](const Question &other) {
-                      return other.order.id == order.id;
-                  });
-            if (same != m_waiting.end()) {
-                // The later question is the one whose asker is there.
-                same->answered = std::move(answered);
-                return;
-            }
-            const SteadyMs due = m_options.clock->steady() + m_options.delay;
-            m_waiting.push_back({order, std::move(answered), due});
-        }
-        m_wake.notify_all();
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const auto [question, isNew] = m_waiting.try_emplace(order.id);
+        // The later question is the one whose asker is there.
+        question->second.answered = std::move(answered);
+        if (!isNew)
+            return;
+        question->second.order = order;
+        m_appointments.make(order.id, m_options.clock->steady() + m_options.delay);
     }
 
 private:
     struct Question {
         BankOrder order;
         Answered answered;
-        SteadyMs due = 0;
     };
 
     static EmbeddedBankOptions completed(EmbeddedBankOptions options)
@@ -113,34 +86,30 @@ private:
     {
         const auto word = wordOf(text);
         if (word)
-            m_words[keyOf(id)] = *word;
+            m_words[id] = *word;
         return word.has_value();
     }
 
-    void run()
+    void answer(TransferId id)
     {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        while (!m_ending) {
-            // All wait equally long, so the first one is due first.
-            if (m_waiting.empty() || m_waiting.front().due > m_options.clock->steady()) {
-                const auto due = m_waiting.empty() ? std::optional<SteadyMs>()
-                                                   : std::make_optional(m_waiting.front().due);
-                m_options.clock->wait(m_wake, lock, due);
-                continue;
-            }
-            Question question = std::move(m_waiting.front());
-            m_waiting.pop_front();
-            lock.unlock();
-            if (const auto word = wordOn(question.order))
-                question.answered(*word);
-            lock.lock();
-        }
+        const Question question = take(id);
+        if (const auto word = wordOn(question.order))
+            question.answered(*word);
+    }
+
+    Question take(TransferId id)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const auto found = m_waiting.find(id);
+        Question question = std::move(found->second);
+        m_waiting.erase(found);
+        return question;
     }
 
     /// Nothing where it cannot be written down.
     std::optional<BankWord> wordOn(const BankOrder &order)
     {
-        const auto known = m_words.find(keyOf(order.id));
+        const auto known = m_words.find(order.id);
         if (known != m_words.end())
             return known->second;
         const bool refuses = !order.card || m_options.refusal == BankRefusal::All
@@ -152,7 +121,7 @@ private:
             note(std::string("the bank cannot write its ledger: ") + error.what());
             return std::nullopt;
         }
-        m_words[keyOf(order.id)] = word;
+        m_words[order.id] = word;
         tell(order, word);
         return word;
     }
@@ -181,13 +150,11 @@ private:
 
     const EmbeddedBankOptions m_options;
     // On the thread alone, once it runs.
-    std::map<IdKey, BankWord> m_words; ///< as the ledger has them
+    std::map<TransferId, BankWord, IdOrder> m_words; ///< as the ledger has them
     WordLedger m_ledger;
     std::mutex m_mutex;
-    std::condition_variable m_wake;
-    std::deque<Question> m_waiting;
-    bool m_ending = false;
-    std::thread m_thread;
+    std::map<TransferId, Question, IdOrder> m_waiting;
+    Appointments m_appointments; ///< ends first
 };
 
 EmbeddedBank::EmbeddedBank(EmbeddedBankOptions options)

@@ -1,30 +1,24 @@
 #include "exchange/service/embedded_carrier.h"
 
 #include "exchange/accounts/outbox.h"
+#include "exchange/service/appointments.h"
+#include "exchange/service/id_order.h"
 #include "exchange/service/word_ledger.h"
 #include "exchange/store/clock.h"
 
-#include <condition_variable>
+#include <algorithm>
 #include <map>
 #include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
-#include <thread>
 #include <utility>
 
 namespace zvx {
 
 namespace {
 
-using IdKey = std::pair<std::uint64_t, std::uint64_t>;
-
 constexpr const char *kCarrierName = "自营物流";
-
-IdKey keyOf(ParcelId id)
-{
-    return {id.high, id.low};
-}
 
 /// What the ledger says of a parcel.
 enum class Step : std::uint8_t { Asked, Packed, Sent, Refused, GivenUp };
@@ -42,7 +36,7 @@ Tracking trackingOf(ParcelId id)
 
 } // namespace
 
-/// Where parcels wait for their time, and the thread that takes their steps.
+/// Where parcels wait for their time, and the steps that they take.
 class EmbeddedCarrier::Counter
 {
 public:
@@ -50,34 +44,22 @@ public:
         : m_options(completed(std::move(options))),
           m_ledger(m_options.folder / kFileName,
                    [this](ParcelId id, const std::string &words) { return recall(id, words); }),
-          m_thread([this] { run(); })
+          m_appointments(m_options.clock, [this](ParcelId id) { proceed(id); })
     {
-    }
-
-    ~Counter()
-    {
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            m_ending = true;
-        }
-        m_wake.notify_all();
-        m_thread.join();
     }
 
     void ask(const CarrierOrder &order, Answered answered)
     {
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            Parcel &parcel = m_waiting[keyOf(order.id)];
-            const bool isNew = !parcel.answered;
-            parcel.order = order;
-            // The later question is the one whose asker is there.
-            parcel.answered = std::move(answered);
-            parcel.told = Step::Asked;
-            if (isNew)
-                parcel.due = m_options.clock->steady() + delayAfter(stepOf(order.id));
-        }
-        m_wake.notify_all();
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const auto [at, isNew] = m_waiting.try_emplace(order.id);
+        Parcel &parcel = at->second;
+        if (isNew)
+            parcel.due = m_options.clock->steady() + delayAfter(stepOf(order.id));
+        parcel.order = order;
+        // The later question is the one whose asker is there.
+        parcel.answered = std::move(answered);
+        parcel.told = Step::Asked;
+        arrange(parcel);
     }
 
     void goAhead(ParcelId id) { mark(id, &Parcel::isLetGo); }
@@ -89,20 +71,19 @@ private:
         Answered answered;
         Step told = Step::Asked; ///< the last step that its asker heard of
         SteadyMs due = 0; ///< of its next step
+        SteadyMs notBefore = 0; ///< of any step, after a fault
         bool isLetGo = false; ///< it may be sent
         bool isGivenUp = false;
     };
 
     void mark(ParcelId id, bool Parcel::*what)
     {
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            const auto found = m_waiting.find(keyOf(id));
-            if (found == m_waiting.end())
-                return;
-            found->second.*what = true;
-        }
-        m_wake.notify_all();
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const auto found = m_waiting.find(id);
+        if (found == m_waiting.end())
+            return;
+        found->second.*what = true;
+        arrange(found->second);
     }
 
     static EmbeddedCarrierOptions completed(EmbeddedCarrierOptions options)
@@ -118,7 +99,7 @@ private:
     {
         for (const auto &[word, step] : kSteps) {
             if (word == words) {
-                m_steps[keyOf(id)] = step;
+                m_steps[id] = step;
                 return true;
             }
         }
@@ -128,7 +109,7 @@ private:
     /// Under the lock, as m_steps is written by the thread.
     Step stepOf(ParcelId id) const
     {
-        const auto found = m_steps.find(keyOf(id));
+        const auto found = m_steps.find(id);
         return found == m_steps.end() ? Step::Asked : found->second;
     }
 
@@ -139,42 +120,30 @@ private:
                                    : 0;
     }
 
-    void run()
+    /// Whenever a parcel's turn may have changed. Under the lock.
+    void arrange(const Parcel &parcel)
     {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        while (!m_ending) {
-            const SteadyMs now = m_options.clock->steady();
-            std::optional<SteadyMs> first;
-            auto next = m_waiting.end();
-            for (auto at = m_waiting.begin(); at != m_waiting.end(); ++at) {
-                const Parcel &parcel = at->second;
-                // What was packed before is told at once; the next step has its time.
-                const bool isNews = parcel.told < stepOf(parcel.order.id);
-                const bool mayMove = parcel.isLetGo || parcel.told != Step::Packed;
-                if (isNews || parcel.isGivenUp || (mayMove && parcel.due <= now)) {
-                    next = at;
-                    break;
-                }
-                if (!mayMove)
-                    continue;
-                if (!first || parcel.due < *first)
-                    first = parcel.due;
-            }
-            if (next == m_waiting.end())
-                m_options.clock->wait(m_wake, lock, first);
-            else
-                proceed(next, lock);
-        }
+        const ParcelId id = parcel.order.id;
+        // What was packed before is told at once; the next step has its time.
+        if (parcel.told < stepOf(id))
+            m_appointments.make(id, m_options.clock->steady());
+        else if (parcel.isGivenUp)
+            m_appointments.make(id, std::max(parcel.notBefore, m_options.clock->steady()));
+        else if (parcel.isLetGo || parcel.told != Step::Packed)
+            m_appointments.make(id, std::max(parcel.notBefore, parcel.due));
+        else
+            m_appointments.drop(id);
     }
 
     /// Takes the parcel's next step, or tells the one that it took. The lock is free meanwhile.
-    void proceed(std::map<IdKey, Parcel>::iterator at, std::unique_lock<std::mutex> &lock)
+    void proceed(ParcelId id)
     {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        const auto at = m_waiting.find(id);
         Parcel &parcel = at->second;
-        const CarrierOrder order = parcel.order;
-        Step step = stepOf(order.id);
-        const bool isOver = step != Step::Asked && step != Step::Packed;
-        if (!isOver && (parcel.told == step)) {
+        Step step = stepOf(id);
+        if (parcel.told == step) {
+            const CarrierOrder order = parcel.order;
             const Step taken = parcel.isGivenUp ? Step::GivenUp
                 : step == Step::Packed          ? Step::Sent
                 : m_options.refuses             ? Step::Refused
@@ -182,21 +151,25 @@ private:
             lock.unlock();
             const bool isKept = keep(order, taken);
             lock.lock();
+            const SteadyMs now = m_options.clock->steady();
             if (!isKept) {
-                parcel.due = m_options.clock->steady() + kPauseAfterFault;
-                parcel.isGivenUp = false;
+                parcel.notBefore = now + kPauseAfterFault;
+                arrange(parcel);
                 return;
             }
-            step = m_steps[keyOf(order.id)] = taken;
-            parcel.due = m_options.clock->steady() + delayAfter(step);
+            step = m_steps[id] = taken;
+            parcel.due = now + delayAfter(step);
         }
         parcel.told = step;
         const Answered answered = parcel.answered;
-        if (step != Step::Packed)
+        if (step == Step::Packed) {
+            arrange(parcel);
+        } else {
+            m_appointments.drop(id);
             m_waiting.erase(at);
+        }
         lock.unlock();
-        tell(order.id, step, answered);
-        lock.lock();
+        tell(id, step, answered);
     }
 
     bool keep(const CarrierOrder &order, Step step)
@@ -268,13 +241,11 @@ private:
     static constexpr std::int64_t kPauseAfterFault = 30'000; // ms
 
     const EmbeddedCarrierOptions m_options;
-    std::map<IdKey, Step> m_steps; ///< as the ledger has them
+    std::map<ParcelId, Step, IdOrder> m_steps; ///< as the ledger has them
     WordLedger m_ledger; ///< on the thread alone, once it runs
     std::mutex m_mutex;
-    std::condition_variable m_wake;
-    std::map<IdKey, Parcel> m_waiting;
-    bool m_ending = false;
-    std::thread m_thread;
+    std::map<ParcelId, Parcel, IdOrder> m_waiting;
+    Appointments m_appointments; ///< ends first
 };
 
 EmbeddedCarrier::EmbeddedCarrier(EmbeddedCarrierOptions options)

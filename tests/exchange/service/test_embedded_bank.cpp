@@ -4,20 +4,18 @@
 #include "exchange/store/clock.h"
 
 #include "exchange/service/temporary_folder.h"
+#include "exchange/service/tight_files.h"
 #include "exchange/service/until.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <mutex>
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include <sys/resource.h>
 
 namespace {
 
@@ -237,17 +235,12 @@ TEST_F(EmbeddedBankTest, IsSilentWhereItCannotWriteItsLedger)
 
     // A file that may not grow is as good as a full disk.
     const std::string before = textOf(EmbeddedBank::kFileName);
-    rlimit usual{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &usual), 0);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit tight = usual;
-    tight.rlim_cur = before.size() + 5;
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tight), 0);
     Ear ear;
-    bank->ask(order(2), ear.listener());
-    EXPECT_TRUE(until([&] { return noticed() == 2; }));
-    ::setrlimit(RLIMIT_FSIZE, &usual);
-    std::signal(SIGXFSZ, handler);
+    {
+        const zvxtest::TightFiles tight(before.size() + 5);
+        bank->ask(order(2), ear.listener());
+        EXPECT_TRUE(until([&] { return noticed() == 2; }));
+    }
     EXPECT_TRUE(ear.words().empty());
     EXPECT_EQ(textOf(EmbeddedBank::kFileName), before);
     EXPECT_EQ(ask(order(2)), BankWord::Done);

@@ -2,6 +2,7 @@
 
 #include "exchange/accounts/text_gateway.h"
 #include "exchange/service/temporary_folder.h"
+#include "exchange/service/tight_files.h"
 #include "exchange/service/until.h"
 #include "exchange/store/clock.h"
 
@@ -201,6 +202,30 @@ TEST_F(EmbeddedCarrierTest, GivesUpWhatIsNotSent)
     restart();
     ask(7);
     expectWords("7:3 8:1 8:3 9:1 9:2+ 8:3 7:3 ");
+}
+
+TEST_F(EmbeddedCarrierTest, GivesUpWhenItCanWriteAgain)
+{
+    std::atomic<int> notices{0};
+    options.notice = [&](const std::string &) { ++notices; };
+    begin();
+    ask(6);
+    pass(1'000);
+    expectWords("6:1 ");
+    ask(7);
+    {
+        const zvxtest::TightFiles tight(
+            std::filesystem::file_size(folder.path() / EmbeddedCarrier::kFileName) + 5);
+        carrier->giveUp({1, 7});
+        ASSERT_TRUE(until([&] { return notices == 1; }));
+    }
+    EXPECT_EQ(words(), "6:1 ");
+    pass(29'999);
+    EXPECT_EQ(words().find("7:"), std::string::npos);
+    pass(1);
+    ASSERT_TRUE(until([&] { return words().find("7:3 ") != std::string::npos; })) << words();
+    EXPECT_EQ(words().find("7:1"), std::string::npos) << "it was packed for nobody";
+    EXPECT_EQ(notices, 1);
 }
 
 TEST_F(EmbeddedCarrierTest, RefusesWhereItWasToldTo)
