@@ -3,12 +3,10 @@
 #include "exchange/accounts/random_source.h"
 #include "exchange/service/delivery_office.h"
 #include "exchange/service/delivery_refusal.h"
-#include "exchange/store/exchange.h"
+#include "exchange/service/desk_queue.h"
+#include "exchange/service/market_hand.h"
 
-#include <condition_variable>
-#include <deque>
 #include <map>
-#include <mutex>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -21,33 +19,43 @@ namespace {
 class MarketDoor : public DeliveryMarket
 {
 public:
-    explicit MarketDoor(MarketServer &market) : m_market(market) { }
+    explicit MarketDoor(MarketServer &market) : m_market(market), m_hand(market) { }
 
-    Result carryOut(const RequestDelivery &command) override { return execute({command}); }
-    Result carryOut(const CancelDelivery &command) override { return execute({command}); }
-    Result carryOut(const AdvanceDelivery &command) override { return execute({command}); }
+    Result carryOut(const RequestDelivery &command) override { return m_hand.execute(command); }
+    Result carryOut(const CancelDelivery &command) override { return m_hand.execute(command); }
+    Result carryOut(const AdvanceDelivery &command) override { return m_hand.execute(command); }
     Result carryOut(const BurnKey &command) override
     {
-        const Result result = execute({command});
-        if (result.status != Status::AccountUnknown)
-            return result;
-        return execute({OpenAccount{command.account, m_market.fee(), {}}, command});
+        return m_hand.executeFor(command.account, command);
     }
 
     std::vector<DeliveryRow> underWay() override
     {
-        return m_market.readers().read(
-            [](MarketReader &reader) { return reader.deliveriesUnderWay(); });
+        return m_hand.read([](MarketReader &reader) { return reader.deliveriesUnderWay(); });
     }
     std::optional<DeliveryRow> deliveryOf(AccountId account, ActionKey key) override
     {
-        return m_market.readers().read(
-            [&](MarketReader &reader) { return reader.deliveryOf(account, key); });
+        return m_hand.read([&](MarketReader &reader) { return reader.deliveryOf(account, key); });
     }
     std::optional<DeliveryRow> deliveryOf(ParcelId parcel) override
     {
-        return m_market.readers().read(
-            [&](MarketReader &reader) { return reader.deliveryOf(parcel); });
+        return m_hand.read([&](MarketReader &reader) { return reader.deliveryOf(parcel); });
+    }
+    std::vector<ParcelId> withoutDelivery(const std::vector<ParcelId> &parcels) override
+    {
+        return m_hand.read([&](MarketReader &reader) {
+            std::vector<ParcelId> strangers;
+            for (const ParcelId id : parcels) {
+                if (!reader.deliveryOf(id))
+                    strangers.push_back(id);
+            }
+            return strangers;
+        });
+    }
+    bool isOfTransfer(AccountId account, ActionKey key) override
+    {
+        return m_hand.read(
+            [&](MarketReader &reader) { return reader.flowOf(account, key).has_value(); });
     }
 
     const std::string &prefix() const override { return m_market.prefix(); }
@@ -59,39 +67,11 @@ public:
     }
 
 private:
-    Result execute(std::vector<Command> commands)
-    {
-        return m_market.writer().execute(std::move(commands)).back();
-    }
-
     MarketServer &m_market;
+    MarketHand m_hand;
 };
 
-/// Something to be done for somebody who waits, on the desk's thread.
-struct Errand {
-    std::function<void(DeliveryOffice &)> run;
-};
-
-/// Where errands and the carrier's words wait. Outlives the desk while the carrier may still speak.
-struct DeliveryQueue {
-    std::mutex mutex;
-    std::condition_variable wake;
-    std::deque<Errand> errands;
-    std::deque<std::pair<ParcelId, CarrierWord>> words;
-    bool accepting = true;
-    bool closed = false; ///< nobody listens any more
-
-    void comeBack(ParcelId id, const CarrierWord &word)
-    {
-        {
-            const std::lock_guard<std::mutex> lock(mutex);
-            if (closed)
-                return;
-            words.emplace_back(id, word);
-        }
-        wake.notify_all();
-    }
-};
+using DeliveryQueue = DeskQueue<DeliveryOffice, CarrierWord>;
 
 DeliveryDeskOptions completed(DeliveryDeskOptions options)
 {
@@ -111,12 +91,12 @@ class DeliveryDesk::Room
 {
 public:
     explicit Room(DeliveryDeskOptions options)
-        : m_options(completed(std::move(options))), m_queue(std::make_shared<DeliveryQueue>()),
-          m_office(
-              {*m_options.carrier, *m_options.parcels, *m_options.clock, *m_options.random,
-               [own = m_queue](ParcelId id, const CarrierWord &word) { own->comeBack(id, word); },
-               m_options.notice, m_options.fatal},
-              m_options.limits, m_counters)
+        : m_options(completed(std::move(options))),
+          m_queue(std::make_shared<DeliveryQueue>(m_options.limits.queueBound)),
+          m_office({*m_options.carrier, *m_options.parcels, *m_options.clock, *m_options.random,
+                    [own = m_queue](ParcelId id, const CarrierWord &word) { own->bring(id, word); },
+                    m_options.notice, m_options.fatal},
+                   m_options.limits, m_counters)
     {
         for (MarketServer *market : m_options.markets) {
             auto door = std::make_unique<MarketDoor>(*market);
@@ -137,36 +117,20 @@ public:
         return *door->second;
     }
 
-    /// `work` tells `done`, unless it is not taken.
-    void hand(const Done &done, std::function<void(DeliveryOffice &)> work)
+    /// `errand` tells `done`, unless it is not taken.
+    void hand(const Done &done, DeliveryQueue::Errand errand)
     {
-        Status refusal = Status::Accepted;
-        {
-            const std::lock_guard<std::mutex> lock(m_queue->mutex);
-            if (!m_queue->accepting)
-                refusal = Status::Failed;
-            else if (m_queue->errands.size() >= m_options.limits.queueBound)
-                refusal = Status::Busy;
-            else
-                m_queue->errands.push_back({std::move(work)});
-        }
-        if (refusal == Status::Accepted) {
-            m_queue->wake.notify_all();
-            return;
-        }
-        if (refusal == Status::Busy)
+        using Entry = DeliveryQueue::Entry;
+        const Entry entry = m_queue->hand(std::move(errand));
+        if (entry == Entry::Full)
             ++m_counters.turnedAway;
-        if (done)
-            done(notTried(refusal));
+        if (entry != Entry::Taken && done)
+            done(notTried(entry == Entry::Full ? Status::Busy : Status::Failed));
     }
 
     void stop()
     {
-        {
-            const std::lock_guard<std::mutex> lock(m_queue->mutex);
-            m_queue->accepting = false;
-        }
-        m_queue->wake.notify_all();
+        m_queue->close();
         if (m_thread.joinable())
             m_thread.join();
     }
@@ -177,39 +141,7 @@ public:
 private:
     void run()
     {
-        std::deque<Errand> errands;
-        std::deque<std::pair<ParcelId, CarrierWord>> words;
-        while (await(errands, words)) {
-            for (const auto &[id, word] : words)
-                m_office.hear(id, word);
-            for (const Errand &errand : errands)
-                errand.run(m_office);
-            m_office.tick();
-            m_underWay = m_office.underWay();
-            errands.clear();
-            words.clear();
-        }
-    }
-
-    /// Waits until there is something to do. False where nothing will come any more.
-    bool await(std::deque<Errand> &errands, std::deque<std::pair<ParcelId, CarrierWord>> &words)
-    {
-        Clock &clock = *m_options.clock;
-        std::unique_lock<std::mutex> lock(m_queue->mutex);
-        for (;;) {
-            const std::optional<SteadyMs> due = m_office.due();
-            if (!m_queue->errands.empty() || !m_queue->words.empty()
-                || (m_queue->accepting && due && *due <= clock.steady()))
-                break;
-            if (!m_queue->accepting) {
-                m_queue->closed = true;
-                return false;
-            }
-            clock.wait(m_queue->wake, lock, due);
-        }
-        errands.swap(m_queue->errands);
-        words.swap(m_queue->words);
-        return true;
+        m_queue->serve(m_office, *m_options.clock, [this] { m_underWay = m_office.underWay(); });
     }
 
     const DeliveryDeskOptions m_options;

@@ -26,10 +26,8 @@ DeliveryOffice::DeliveryOffice(Tools tools, const DeliveryLimits &limits,
 
 void DeliveryOffice::open(DeliveryMarket &market)
 {
-    for (const ParcelId id : m_tools.parcels.parcelsOf(market.prefix())) {
-        if (!market.deliveryOf(id))
-            m_tools.parcels.drop(id);
-    }
+    for (const ParcelId id : market.withoutDelivery(m_tools.parcels.parcelsOf(market.prefix())))
+        m_tools.parcels.drop(id);
     for (const DeliveryRow &row : market.underWay()) {
         const auto parcel = m_tools.parcels.find(row.parcel);
         if (parcel)
@@ -129,11 +127,12 @@ DeliveryDesk::Outcome DeliveryOffice::tryResolve(DeliveryMarket &market, Account
     // Where a key could not be burnt, what it stands for is as open as before.
     if (status == Status::TooManyActions || status == Status::AccountUnknown)
         return notTried(DeliveryDesk::Status::Busy);
-    // Done, and no delivery stands under it: a cancel, or an order that has its own path.
-    if (status == Status::Accepted)
-        return result.order == OrderNumber(0) && result.revoked == 0 ? Outcome{}
-                                                                     : refused(Status::KeyDiffers);
-    return refused(status);
+    if (status != Status::Accepted)
+        return refused(status);
+    // Done, and no delivery stands under it: a cancel, or something that has its own path.
+    const bool isOfOrders = result.order != OrderNumber(0) || result.revoked != 0;
+    return isOfOrders || market.isOfTransfer(account, key) ? refused(Status::KeyDiffers)
+                                                           : Outcome{};
 }
 
 void DeliveryOffice::hear(ParcelId id, const CarrierWord &word)
@@ -141,14 +140,19 @@ void DeliveryOffice::hear(ParcelId id, const CarrierWord &word)
     const auto found = m_underWay.find(idOf(id));
     if (found == m_underWay.end())
         return;
-    const UnderWay own = found->second;
+    UnderWay &own = found->second;
+    const bool isOver = word.stage != DeliveryStage::Preparing;
     try {
         if (word.stage == DeliveryStage::Sent)
             m_tools.parcels.putTracking(id, word.tracking);
-        const Result result = own.market->carryOut(AdvanceDelivery{own.delivery, word.stage});
-        const bool isOver = word.stage != DeliveryStage::Preparing;
-        if (result.status == Status::Accepted && isOver)
-            ++(word.stage == DeliveryStage::Sent ? m_counters.sent : m_counters.refusedByCarrier);
+        // A carrier that is asked again says again that it prepares.
+        if (word.stage != own.stage) {
+            const Result result = own.market->carryOut(AdvanceDelivery{own.delivery, word.stage});
+            if (result.status == Status::Accepted && isOver)
+                ++(word.stage == DeliveryStage::Sent ? m_counters.sent
+                                                     : m_counters.refusedByCarrier);
+            own.stage = word.stage;
+        }
         if (isOver)
             m_underWay.erase(found);
         else
@@ -209,8 +213,10 @@ ParcelId DeliveryOffice::newId()
 void DeliveryOffice::follow(DeliveryMarket &market, const DeliveryRow &row,
                             const Recipient &recipient)
 {
-    UnderWay own{
-        &market, row.number, {row.parcel, market.nameOf(row.collection), row.quantity, recipient}};
+    UnderWay own{&market,
+                 row.number,
+                 row.stage,
+                 {row.parcel, market.nameOf(row.collection), row.quantity, recipient}};
     const CarrierOrder order = own.order;
     m_underWay[idOf(row.parcel)] = std::move(own);
     ask(order);

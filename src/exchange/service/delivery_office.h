@@ -36,6 +36,10 @@ public:
     virtual std::vector<DeliveryRow> underWay() = 0;
     virtual std::optional<DeliveryRow> deliveryOf(AccountId account, ActionKey key) = 0;
     virtual std::optional<DeliveryRow> deliveryOf(ParcelId parcel) = 0;
+    /// Those of the parcels for which no delivery stands.
+    virtual std::vector<ParcelId> withoutDelivery(const std::vector<ParcelId> &parcels) = 0;
+    /// Whether the key is that of a transfer of money.
+    virtual bool isOfTransfer(AccountId account, ActionKey key) = 0;
 
     /// Names the market's parcels.
     virtual const std::string &prefix() const = 0;
@@ -101,6 +105,7 @@ private:
     struct UnderWay {
         DeliveryMarket *market = nullptr;
         DeliveryNumber delivery;
+        DeliveryStage stage;
         CarrierOrder order;
     };
     using Id = std::pair<std::uint64_t, std::uint64_t>;

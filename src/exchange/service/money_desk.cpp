@@ -2,15 +2,12 @@
 
 #include "exchange/accounts/random_source.h"
 #include "exchange/service/bank_gateway.h"
+#include "exchange/service/desk_queue.h"
+#include "exchange/service/market_hand.h"
 #include "exchange/service/money_office.h"
 #include "exchange/service/money_refusal.h"
-#include "exchange/store/clock.h"
-#include "exchange/store/exchange.h"
 
-#include <condition_variable>
-#include <deque>
 #include <map>
-#include <mutex>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -25,37 +22,36 @@ using CardOf = std::function<std::optional<BankCard>(const MarketServer &, Accou
 class MarketDoor : public TransferMarket
 {
 public:
-    MarketDoor(MarketServer &market, CardOf cardOf) : m_market(market), m_cardOf(std::move(cardOf))
+    MarketDoor(MarketServer &market, CardOf cardOf)
+        : m_market(market), m_hand(market), m_cardOf(std::move(cardOf))
     {
     }
 
     Result carryOut(const BeginTransfer &command) override
     {
-        return carryOutFor(command.account, command);
+        return m_hand.executeFor(command.account, command);
     }
-    Result carryOut(const EndTransfer &command) override { return execute({command}); }
+    Result carryOut(const EndTransfer &command) override { return m_hand.execute(command); }
     Result carryOut(const BurnKey &command) override
     {
-        return carryOutFor(command.account, command);
+        return m_hand.executeFor(command.account, command);
     }
 
     std::vector<FlowRow> waiting() override
     {
-        return m_market.readers().read([](MarketReader &reader) { return reader.waitingFlows(); });
+        return m_hand.read([](MarketReader &reader) { return reader.waitingFlows(); });
     }
     std::optional<FlowRow> flowOf(AccountId account, ActionKey key) override
     {
-        return m_market.readers().read(
-            [&](MarketReader &reader) { return reader.flowOf(account, key); });
+        return m_hand.read([&](MarketReader &reader) { return reader.flowOf(account, key); });
     }
     std::optional<FlowRow> flowOf(TransferNumber transfer) override
     {
-        return m_market.readers().read(
-            [&](MarketReader &reader) { return reader.flowOf(transfer); });
+        return m_hand.read([&](MarketReader &reader) { return reader.flowOf(transfer); });
     }
     FlowSum sum(AccountId account, bool incoming, TimeMs since, std::size_t most) override
     {
-        return m_market.readers().read(
+        return m_hand.read(
             [&](MarketReader &reader) { return reader.flowSum(account, incoming, since, most); });
     }
     std::optional<BankCard> cardOf(AccountId account) override
@@ -64,50 +60,12 @@ public:
     }
 
 private:
-    Result execute(std::vector<Command> commands)
-    {
-        return m_market.writer().execute(std::move(commands)).back();
-    }
-
-    Result carryOutFor(AccountId account, const Command &command)
-    {
-        const Result result = execute({command});
-        if (result.status != Status::AccountUnknown)
-            return result;
-        return execute({OpenAccount{account, m_market.fee(), {}}, command});
-    }
-
     MarketServer &m_market;
+    MarketHand m_hand;
     CardOf m_cardOf;
 };
 
-/// Something to be done for somebody who waits.
-struct Errand {
-    MoneyRequest request;
-    bool resolve = false;
-    MoneyDesk::Done done;
-};
-
-/// Where errands and the bank's words wait. Outlives the desk while the bank may still speak.
-struct MoneyQueue {
-    std::mutex mutex;
-    std::condition_variable wake;
-    std::deque<Errand> errands;
-    std::deque<std::pair<TransferId, BankWord>> words;
-    bool accepting = true;
-    bool closed = false; ///< nobody listens any more
-
-    void comeBack(TransferId id, BankWord word)
-    {
-        {
-            const std::lock_guard<std::mutex> lock(mutex);
-            if (closed)
-                return;
-            words.emplace_back(id, word);
-        }
-        wake.notify_all();
-    }
-};
+using MoneyQueue = DeskQueue<MoneyOffice, BankWord>;
 
 MoneyDeskOptions completed(MoneyDeskOptions options)
 {
@@ -127,9 +85,10 @@ class MoneyDesk::Room
 {
 public:
     explicit Room(MoneyDeskOptions options)
-        : m_options(completed(std::move(options))), m_queue(std::make_shared<MoneyQueue>()),
+        : m_options(completed(std::move(options))),
+          m_queue(std::make_shared<MoneyQueue>(m_options.limits.queueBound)),
           m_office({*m_options.bank, *m_options.clock, *m_options.random,
-                    [own = m_queue](TransferId id, BankWord word) { own->comeBack(id, word); }},
+                    [own = m_queue](TransferId id, BankWord word) { own->bring(id, word); }},
                    m_options.limits, m_counters)
     {
         for (MarketServer *market : m_options.markets) {
@@ -145,39 +104,33 @@ public:
 
     ~Room() { stop(); }
 
-    void hand(MarketServer &market, MoneyRequest request, bool resolve, Done done)
+    TransferMarket &doorOf(MarketServer &market)
     {
         const auto door = m_doors.find(&market);
         if (door == m_doors.end())
             throw std::invalid_argument("a money desk without this market");
-        request.market = door->second.get();
-        Status refusal = Status::Accepted;
-        {
-            const std::lock_guard<std::mutex> lock(m_queue->mutex);
-            if (!m_queue->accepting)
-                refusal = Status::Failed;
-            else if (m_queue->errands.size() >= m_options.limits.queueBound)
-                refusal = Status::Busy;
-            else
-                m_queue->errands.push_back({std::move(request), resolve, std::move(done)});
-        }
-        if (refusal == Status::Accepted) {
-            m_queue->wake.notify_all();
-            return;
-        }
-        if (refusal == Status::Busy)
+        return *door->second;
+    }
+
+    /// `errand` tells `done`, unless it is not taken.
+    void hand(const Done &done, MoneyQueue::Errand errand)
+    {
+        using Entry = MoneyQueue::Entry;
+        const Entry entry = m_queue->hand(std::move(errand));
+        if (entry == Entry::Full)
             ++m_counters.turnedAway;
-        if (done)
-            done(notTried(refusal));
+        if (entry != Entry::Taken && done)
+            done(notTried(entry == Entry::Full ? Status::Busy : Status::Failed));
+    }
+
+    void begin(const MoneyRequest &request, const Done &done)
+    {
+        hand(done, [request, done](MoneyOffice &office) { office.begin(request, done); });
     }
 
     void stop()
     {
-        {
-            const std::lock_guard<std::mutex> lock(m_queue->mutex);
-            m_queue->accepting = false;
-        }
-        m_queue->wake.notify_all();
+        m_queue->close();
         if (m_thread.joinable())
             m_thread.join();
     }
@@ -189,44 +142,8 @@ public:
 private:
     void run()
     {
-        std::deque<Errand> errands;
-        std::deque<std::pair<TransferId, BankWord>> words;
-        while (await(errands, words)) {
-            for (const auto &[id, word] : words)
-                m_office.hear(id, word);
-            for (Errand &errand : errands) {
-                if (errand.resolve)
-                    m_office.resolve(errand.request, std::move(errand.done));
-                else
-                    m_office.begin(errand.request, std::move(errand.done));
-            }
-            m_office.tick();
-            m_underWay = m_office.underWay();
-            errands.clear();
-            words.clear();
-        }
+        m_queue->serve(m_office, *m_options.clock, [this] { m_underWay = m_office.underWay(); });
         m_office.end();
-    }
-
-    /// Waits until there is something to do. False where nothing will come any more.
-    bool await(std::deque<Errand> &errands, std::deque<std::pair<TransferId, BankWord>> &words)
-    {
-        Clock &clock = *m_options.clock;
-        std::unique_lock<std::mutex> lock(m_queue->mutex);
-        for (;;) {
-            const std::optional<SteadyMs> due = m_office.due();
-            if (!m_queue->errands.empty() || !m_queue->words.empty()
-                || (m_queue->accepting && due && *due <= clock.steady()))
-                break;
-            if (!m_queue->accepting) {
-                m_queue->closed = true;
-                return false;
-            }
-            clock.wait(m_queue->wake, lock, due);
-        }
-        errands.swap(m_queue->errands);
-        words.swap(m_queue->words);
-        return true;
     }
 
     void note(const std::string &line) const
@@ -253,19 +170,20 @@ MoneyDesk::~MoneyDesk() = default;
 void MoneyDesk::moneyIn(AccountId account, MarketServer &market, Fen amount, ActionKey key,
                         const std::optional<BankCard> &card, Done done)
 {
-    m_room->hand(market, {nullptr, account, true, amount, key, card}, false, std::move(done));
+    m_room->begin({&m_room->doorOf(market), account, true, amount, key, card}, done);
 }
 
 void MoneyDesk::moneyOut(AccountId account, MarketServer &market, Fen amount, ActionKey key,
                          const std::optional<BankCard> &card, Done done)
 {
-    m_room->hand(market, {nullptr, account, false, amount, key, card}, false, std::move(done));
+    m_room->begin({&m_room->doorOf(market), account, false, amount, key, card}, done);
 }
 
 void MoneyDesk::resolve(AccountId account, MarketServer &market, bool incoming, ActionKey key,
                         Done done)
 {
-    m_room->hand(market, {nullptr, account, incoming, {}, key, {}}, true, std::move(done));
+    const MoneyRequest request{&m_room->doorOf(market), account, incoming, {}, key, {}};
+    m_room->hand(done, [request, done](MoneyOffice &office) { office.resolve(request, done); });
 }
 
 void MoneyDesk::stop()

@@ -1,12 +1,14 @@
 #include "exchange/accounts/random_source.h"
 #include "exchange/core/market.h"
 #include "exchange/service/delivery_office.h"
+#include "exchange/service/sync_counter.h"
 #include "exchange/service/temporary_folder.h"
 #include "exchange/store/store.h"
 
 #include <gtest/gtest.h>
 
 #include <map>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -89,6 +91,32 @@ public:
                 return row;
         return std::nullopt;
     }
+    std::vector<ParcelId> withoutDelivery(const std::vector<ParcelId> &parcels) override
+    {
+        ++looks;
+        std::vector<ParcelId> strangers;
+        for (const ParcelId id : parcels)
+            if (!deliveryOf(id))
+                strangers.push_back(id);
+        return strangers;
+    }
+    bool isOfTransfer(AccountId account, ActionKey key) override
+    {
+        return account == AccountId(1) && transferKeys.count(key.low) > 0;
+    }
+    /// An accepted transfer, as the money desk would begin it.
+    void pay(std::uint64_t key)
+    {
+        carryOutAny(Deposit{AccountId(1), Fen(10'000), {}});
+        BeginTransfer transfer;
+        transfer.account = AccountId(1);
+        transfer.incoming = false;
+        transfer.amount = Fen(100);
+        transfer.bank = {3, key};
+        transfer.key = {0, key};
+        EXPECT_EQ(carryOutAny(transfer).status, Status::Accepted);
+        transferKeys.insert(key);
+    }
     const std::string &prefix() const override { return m_prefix; }
     std::string nameOf(CollectionId) override { return "岁寒三友"; }
 
@@ -100,6 +128,8 @@ public:
     }
 
     Death next = None; ///< of the next command
+    int commands = 0; ///< that were carried out
+    int looks = 0; ///< at which parcels there are
     Market market;
     std::map<std::int64_t, DeliveryRow> rows;
 
@@ -111,6 +141,7 @@ private:
             throw Crash();
         if (death == Ended)
             throw StoreError("ended");
+        ++commands;
         std::vector<Event> events;
         const Result result = market.apply(command, TimeMs(1), events);
         for (const Event &event : events) {
@@ -133,6 +164,7 @@ private:
     }
 
     std::string m_prefix = "/lc/youbika/";
+    std::set<std::uint64_t> transferKeys;
 };
 
 /// A carrier that notes what it is asked for and speaks when the test does.
@@ -300,6 +332,30 @@ TEST_F(DeliveryOfficeTest, ARequestThatIsRefusedLeavesNoRecipient)
     EXPECT_EQ(market.holding(1), "10/0");
 }
 
+TEST_F(DeliveryOfficeTest, ARequestThatIsRefusedWaitsForTheDiskOnce)
+{
+    EXPECT_EQ(request(1, 1, 1), "ok 2");
+    const int before = zvxtest::syncs();
+    EXPECT_EQ(request(1, 1, 2), "ok 4");
+    const int ofAccepted = zvxtest::syncs() - before;
+    EXPECT_GT(ofAccepted, 0);
+    EXPECT_EQ(request(1, 100, 3), "holdings");
+    EXPECT_EQ(zvxtest::syncs() - before, 2 * ofAccepted);
+    EXPECT_EQ(parcelCount(), 2u);
+    EXPECT_EQ(request(1, 1, 4), "ok 8");
+    EXPECT_EQ(zvxtest::syncs() - before, 3 * ofAccepted) << "others wait for it as before";
+}
+
+TEST_F(DeliveryOfficeTest, KeysOfMoneyAreNoCancels)
+{
+    EXPECT_EQ(request(1, 3, 1), "ok 2");
+    market.pay(7);
+    EXPECT_EQ(resolve(1, 7), "key-differs");
+    EXPECT_EQ(cancel(1, 2, 7), "key-differs");
+    EXPECT_EQ(resolve(2, 7), "unknown-key") << "keys are an account's own";
+    EXPECT_EQ(market.holding(1), "10/3");
+}
+
 TEST_F(DeliveryOfficeTest, OneKeyAsksOnce)
 {
     EXPECT_EQ(request(1, 3, 1), "ok 2");
@@ -349,6 +405,39 @@ TEST_F(DeliveryOfficeTest, ASilentCarrierIsAskedAgain)
     office->tick();
     EXPECT_EQ(carrier.takeLog(), "");
     EXPECT_FALSE(office->due());
+}
+
+TEST_F(DeliveryOfficeTest, TheMarketHearsOfEachStepOnce)
+{
+    EXPECT_EQ(request(1, 3, 1), "ok 2");
+    say(2, DeliveryStage::Preparing);
+    const int commands = market.commands;
+    carrier.takeLog();
+    say(2, DeliveryStage::Preparing);
+    EXPECT_EQ(market.commands, commands);
+    EXPECT_EQ(carrier.takeLog(), "go ahead 2\n") << "it may have been lost";
+    restart();
+    carrier.takeLog();
+    say(2, DeliveryStage::Preparing);
+    EXPECT_EQ(market.commands, commands);
+    EXPECT_EQ(carrier.takeLog(), "go ahead 2\n");
+    say(2, DeliveryStage::Sent);
+    EXPECT_EQ(market.commands, commands + 1);
+    EXPECT_EQ(market.holding(1), "7/0");
+}
+
+TEST_F(DeliveryOfficeTest, AStartLooksThroughTheMarketOnce)
+{
+    for (std::uint64_t key = 1; key <= 5; ++key)
+        EXPECT_EQ(request(1, 1, key), "ok " + std::to_string(2 * key));
+    parcels.put({8, 8}, market.prefix(), someone);
+    parcels.put({8, 9}, "/lc/other/", someone);
+    market.looks = 0;
+    restart();
+    EXPECT_EQ(market.looks, 1);
+    EXPECT_EQ(parcelCount(), 5u);
+    EXPECT_FALSE(parcels.find({8, 8}));
+    EXPECT_TRUE(parcels.find({8, 9})) << "of another market";
 }
 
 TEST_F(DeliveryOfficeTest, ARestartGoesOnWithWhatIsUnderWay)

@@ -371,6 +371,15 @@ TEST_F(DeliveryPathsTest, OneKeyActsOnce)
     EXPECT_EQ(outcome(under(order, form(1), 1)), "refused key-differs");
     EXPECT_EQ(outcome(resolve("trade/take.html", order)), "refused key-differs");
 
+    const std::string paid = newKey();
+    BeginTransfer transfer;
+    transfer.account = AccountId(1);
+    transfer.amount = Fen(100);
+    transfer.bank = {1, 1};
+    transfer.key = *ActionKey::fromText(paid);
+    carryOut({transfer});
+    EXPECT_EQ(outcome(resolve("trade/take.html", paid)), "refused key-differs");
+
     const std::string burnt = newKey();
     EXPECT_EQ(outcome(resolve("trade/take.html", burnt)), "refused unknown-key");
     EXPECT_EQ(outcome(under(burnt, form(1), 1)), "refused unknown-key");
