@@ -4,7 +4,7 @@
 
 #include <QWheelEvent>
 
-BreltDoubleSpinBox::BreltDoubleSpinBox(QWidget *parent) : QDoubleSpinBox(parent)
+BreltDoubleSpinBox::BreltDoubleSpinBox(QWidget *parent) : BreltAmountSpinBox(parent)
 {
     setFocusPolicy(Qt::StrongFocus);
 }
@@ -14,18 +14,18 @@ BreltDoubleSpinBox::~BreltDoubleSpinBox() = default;
 void BreltDoubleSpinBox::keyPressEvent(QKeyEvent *event)
 {
     if (!brelt::isReturnKey(event)) {
-        QDoubleSpinBox::keyPressEvent(event);
+        BreltAmountSpinBox::keyPressEvent(event);
         return;
     }
     brelt::takeReturnKey(
-        event, [this, event] { QDoubleSpinBox::keyPressEvent(event); },
+        event, [this, event] { BreltAmountSpinBox::keyPressEvent(event); },
         [this] { emit signal_returnClicked(); });
 }
 
 void BreltDoubleSpinBox::wheelEvent(QWheelEvent *event)
 {
     if (hasFocus())
-        QDoubleSpinBox::wheelEvent(event);
+        BreltAmountSpinBox::wheelEvent(event);
     else
         event->ignore();
 }

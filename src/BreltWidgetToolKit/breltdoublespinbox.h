@@ -1,14 +1,13 @@
 #pragma once
 
+#include "BreltWidgetToolKit/breltamountspinbox.h"
 #include "BreltWidgetToolKit/breltwidgettoolkit_export.h"
-
-#include <QDoubleSpinBox>
 
 /// A spin box for prices and amounts that tells when Return is pressed in it.
 ///
 /// The wheel turns the value only while the field has the focus, so that scrolling past it cannot
 /// change an order.
-class BRELTWIDGETTOOLKIT_EXPORT BreltDoubleSpinBox : public QDoubleSpinBox
+class BRELTWIDGETTOOLKIT_EXPORT BreltDoubleSpinBox : public BreltAmountSpinBox
 {
     Q_OBJECT
 

@@ -1,15 +1,24 @@
 #include "BreltWidgetToolKit/breltspinbox.h"
 
+#include "BreltWidgetToolKit/breltplainnumbers.h"
 #include "BreltWidgetToolKit/breltreturnkey.h"
 
+#include <QLocale>
 #include <QWheelEvent>
 
 BreltSpinBox::BreltSpinBox(QWidget *parent) : QSpinBox(parent)
 {
     setFocusPolicy(Qt::StrongFocus);
+    setLocale(QLocale::c());
 }
 
 BreltSpinBox::~BreltSpinBox() = default;
+
+QValidator::State BreltSpinBox::validate(QString &text, int &place) const
+{
+    brelt::makeDigitsPlain(text);
+    return QSpinBox::validate(text, place);
+}
 
 void BreltSpinBox::keyPressEvent(QKeyEvent *event)
 {
