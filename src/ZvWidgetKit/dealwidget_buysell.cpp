@@ -20,6 +20,7 @@
 #include <QCompleter>
 #include <QDebug>
 #include <QHBoxLayout>
+#include <QLocale>
 #include <QMouseEvent>
 #include <QPointer>
 #include <QSignalBlocker>
@@ -71,8 +72,10 @@ void alertMessage(const QString &text)
     BreltGlobalFunction::getBreltGlobalFunciton()->alertMessage(text);
 }
 
-void fill(QWidget *container, QWidget *content)
+// Puts a table where it belongs, under the name by which a screen reader tells of it.
+void fill(QWidget *container, QWidget *content, const QString &name)
 {
+    content->setAccessibleName(name);
     auto *layout = new QHBoxLayout(container);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -84,9 +87,6 @@ void fill(QWidget *container, QWidget *content)
 DealWidget_BuySell::DealWidget_BuySell(QWidget *parent)
     : QWidget(parent), ui(std::make_unique<Ui::DealWidget_BuySell>())
 {
-    // Numbers are typed as the levels show them, whatever the system's way of writing them is:
-    // where a point groups digits, "10.05" would be 1005.
-    setLocale(QLocale::c());
     ui->setupUi(this);
     m_priceLabels << ui->label_priceLimit_value << ui->label_upperLimitPrice_value
                   << ui->label_latest_value << ui->label_buy1_price << ui->label_buy2_price
@@ -120,9 +120,9 @@ void DealWidget_BuySell::createTables()
     m_prepayTable = new DealWidget_PrePay_TableView;
     m_prepayTable->setModel(&m_prepayModel);
     m_prepayTable->setupView();
-    fill(ui->widget_tableViewContainer_capData, m_capTable);
-    fill(ui->widget_tableViewContainer_dealData, m_dealTable);
-    fill(ui->widget_tableViewContainer_prepay, m_prepayTable);
+    fill(ui->widget_tableViewContainer_capData, m_capTable, QStringLiteral("持仓汇总"));
+    fill(ui->widget_tableViewContainer_dealData, m_dealTable, QStringLiteral("成交汇总"));
+    fill(ui->widget_tableViewContainer_prepay, m_prepayTable, QStringLiteral("预埋单"));
 }
 
 void DealWidget_BuySell::createTicketConnections()
@@ -396,7 +396,7 @@ void DealWidget_BuySell::prepareOrder(const TicketOrder &order)
     item.price = order.price;
     item.count = order.count;
     item.state = ZvUBTradeItem::Kept;
-    item.createTime = QTime::currentTime().toString(QStringLiteral("hh:mm:ss"));
+    item.createTime = QLocale::c().toString(QTime::currentTime(), QStringLiteral("hh:mm:ss"));
     m_prepayModel.addTradeItem(item);
 }
 

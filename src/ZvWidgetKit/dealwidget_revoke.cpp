@@ -24,9 +24,7 @@ DealWidget_Revoke::DealWidget_Revoke(QWidget *parent)
 {
     ui->setupUi(this);
     m_tableView = new DealWidget_Revoke_TableView(this);
-    setUpPage(
-        {ui->frame, ui->pushButton_select, ui->toolButton_pageUp, ui->toolButton_pageDown, {}},
-        ui->widget_tableViewContainer, m_tableView);
+    setUpPage(ui->frame, ui->widget_tableViewContainer, m_tableView, QStringLiteral("可撤委托"));
     applyStyle();
     createConnections();
 }

@@ -10,14 +10,8 @@ DealWidget_Select_ApplyRecord::DealWidget_Select_ApplyRecord(QWidget *parent)
 {
     ui->setupUi(this);
     m_tableView = new DealWidget_Select_ApplyRecord_TableView(this);
-    setUpPage({ui->frame_recordPanel,
-               ui->pushButton_select,
-               ui->toolButton_pageUp,
-               ui->toolButton_pageDown,
-               {ui->label_startDate, ui->label_stopDate},
-               ui->dateEdit_startDate,
-               ui->dateEdit_stopDate},
-              ui->frame_container_apply, m_tableView);
+    setUpPage(ui->frame_recordPanel, ui->frame_container_apply, m_tableView,
+              QStringLiteral("申购记录"));
 }
 
 DealWidget_Select_ApplyRecord::~DealWidget_Select_ApplyRecord() = default;

@@ -10,14 +10,8 @@ DealWidget_Select_DealRecord::DealWidget_Select_DealRecord(QWidget *parent)
 {
     ui->setupUi(this);
     m_tableView = new DealWidget_Select_DealRecord_TableView(this);
-    setUpPage({ui->frame_recordPanel,
-               ui->pushButton_select,
-               ui->toolButton_pageUp,
-               ui->toolButton_pageDown,
-               {ui->label_startDate, ui->label_stopDate, ui->label_type},
-               ui->dateEdit_startDate,
-               ui->dateEdit_stopDate},
-              ui->frame_container_dealRecord, m_tableView);
+    setUpPage(ui->frame_recordPanel, ui->frame_container_dealRecord, m_tableView,
+              QStringLiteral("成交记录"));
 }
 
 DealWidget_Select_DealRecord::~DealWidget_Select_DealRecord() = default;

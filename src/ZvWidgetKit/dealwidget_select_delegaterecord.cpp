@@ -16,14 +16,8 @@ DealWidget_Select_DelegateRecord::DealWidget_Select_DelegateRecord(QWidget *pare
 {
     ui->setupUi(this);
     m_tableView = new DealWidget_Select_Delegate_history_TableView(this);
-    setUpPage({ui->frame_delegatePanel,
-               ui->pushButton_select,
-               ui->toolButton_pageUp,
-               ui->toolButton_pageDown,
-               {ui->label_startDate, ui->label_stopDate, ui->label_type},
-               ui->dateEdit_startDate,
-               ui->dateEdit_stopDate},
-              ui->frame_container_delegateRecord, m_tableView);
+    setUpPage(ui->frame_delegatePanel, ui->frame_container_delegateRecord, m_tableView,
+              QStringLiteral("历史委托"));
 }
 
 DealWidget_Select_DelegateRecord::~DealWidget_Select_DelegateRecord() = default;

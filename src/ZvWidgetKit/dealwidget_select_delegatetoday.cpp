@@ -16,12 +16,8 @@ DealWidget_Select_DelegateToday::DealWidget_Select_DelegateToday(QWidget *parent
 {
     ui->setupUi(this);
     m_tableView = new DealWidget_Select_Delegate_today_TableView(this);
-    setUpPage({ui->frame_delegatePanel,
-               ui->pushButton_select,
-               ui->toolButton_pageUp,
-               ui->toolButton_pageDown,
-               {ui->label_type}},
-              ui->frame_container_delegateToday, m_tableView);
+    setUpPage(ui->frame_delegatePanel, ui->frame_container_delegateToday, m_tableView,
+              QStringLiteral("当日委托"));
 }
 
 DealWidget_Select_DelegateToday::~DealWidget_Select_DelegateToday() = default;

@@ -10,14 +10,8 @@ DealWidget_Select_DeliveryRecord::DealWidget_Select_DeliveryRecord(QWidget *pare
 {
     ui->setupUi(this);
     m_tableView = new DealWidget_Select_DeliveryRecord_TableView(this);
-    setUpPage({ui->frame_recordPanel,
-               ui->pushButton_select,
-               ui->toolButton_pageUp,
-               ui->toolButton_pageDown,
-               {ui->label_startDate, ui->label_stopDate},
-               ui->dateEdit_startDate,
-               ui->dateEdit_stopDate},
-              ui->frame_container_delivery, m_tableView);
+    setUpPage(ui->frame_recordPanel, ui->frame_container_delivery, m_tableView,
+              QStringLiteral("提货记录"));
 }
 
 DealWidget_Select_DeliveryRecord::~DealWidget_Select_DeliveryRecord() = default;

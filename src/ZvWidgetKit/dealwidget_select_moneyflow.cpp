@@ -10,14 +10,8 @@ DealWidget_Select_MoneyFlow::DealWidget_Select_MoneyFlow(QWidget *parent)
 {
     ui->setupUi(this);
     m_tableView = new DealWidget_Select_MoneyFlow_TableView(this);
-    setUpPage({ui->frame_recordPanel,
-               ui->pushButton_select,
-               ui->toolButton_pageUp,
-               ui->toolButton_pageDown,
-               {ui->label_startDate, ui->label_stopDate, ui->label_type},
-               ui->dateEdit_startDate,
-               ui->dateEdit_stopDate},
-              ui->tableView_containter_moneyFlow, m_tableView);
+    setUpPage(ui->frame_recordPanel, ui->tableView_containter_moneyFlow, m_tableView,
+              QStringLiteral("出入金记录"));
 }
 
 DealWidget_Select_MoneyFlow::~DealWidget_Select_MoneyFlow() = default;

@@ -3,6 +3,7 @@
 #include "ZvNetworkKit/serverpaths.h"
 
 #include <QDebug>
+#include <QLocale>
 #include <QTime>
 
 namespace pageturn {
@@ -12,7 +13,8 @@ constexpr int TurningDelta = 480; // a page takes more of the wheel than this
 
 void logWithTime(const QString &text)
 {
-    qDebug().noquote() << QTime::currentTime().toString(QStringLiteral("hh:ss:zzz")) + text;
+    const QString time = QLocale::c().toString(QTime::currentTime(), QStringLiteral("hh:ss:zzz"));
+    qDebug().noquote() << time + text;
 }
 
 } // namespace

@@ -22,6 +22,12 @@ void setGaps(QLayout *layout, int gap)
     layout->setSpacing(gap);
 }
 
+template <typename Control>
+Control *control(const QFrame *bar, const char *name)
+{
+    return bar->findChild<Control *>(QLatin1String(name));
+}
+
 // A calendar in the language of the client, whose months are turned by arrows in the colours of the
 // style instead of the stock pictures.
 void applyCalendarStyle(QCalendarWidget *calendar)
@@ -42,40 +48,40 @@ RecordPage::RecordPage(QWidget *parent) : QWidget(parent) { }
 
 RecordPage::~RecordPage() = default;
 
-void RecordPage::setUpPage(const FilterBar &bar, QWidget *container, QTableView *table)
+void RecordPage::setUpPage(QFrame *bar, QWidget *container, QTableView *table, const QString &name)
 {
-    for (QDateEdit *edit : {bar.startDate, bar.stopDate}) {
-        if (edit)
-            edit->setDate(QDate::currentDate());
+    for (QDateEdit *edit : bar->findChildren<QDateEdit *>()) {
+        // The system may write digits of its own, which stand nowhere else in the client.
+        edit->setLocale(QLocale::c());
+        edit->setDate(QDate::currentDate());
     }
     auto *row = new QHBoxLayout(container);
     setGaps(row, 0);
     row->addWidget(table);
+    table->setAccessibleName(name);
     applyStyle(bar);
     createConnections(bar);
 }
 
 QString RecordPage::dateText(const QDateEdit *edit)
 {
-    return edit->date().toString(QStringLiteral("yyyy/MM/dd"));
+    return QLocale::c().toString(edit->date(), QStringLiteral("yyyy/MM/dd"));
 }
 
-void RecordPage::applyStyle(const FilterBar &bar)
+void RecordPage::applyStyle(QFrame *bar)
 {
     setGaps(layout(), 0);
-    setGaps(bar.panel->layout(), 3);
-    bar.panel->setStyleSheet(
-        QStringLiteral("QFrame#%1{background-color:rgb(16,17,20);}").arg(bar.panel->objectName()));
-    for (QLabel *label : bar.labels)
+    setGaps(bar->layout(), 3);
+    bar->setStyleSheet(
+        QStringLiteral("QFrame#%1{background-color:rgb(16,17,20);}").arg(bar->objectName()));
+    for (QLabel *label : bar->findChildren<QLabel *>())
         label->setStyleSheet(QStringLiteral("QLabel{color:rgb(255,255,255)}"));
-    bar.select->setStyleSheet(
-        ZvServerConfig::getZvServerConfigInstance()->getStyleOf_DealCheckButton());
-    for (QDateEdit *edit : {bar.startDate, bar.stopDate}) {
-        if (edit)
-            edit->installEventFilter(this);
-    }
-    bar.pageUp->setVisible(false);
-    bar.pageDown->setVisible(false);
+    control<QPushButton>(bar, "pushButton_select")
+        ->setStyleSheet(ZvServerConfig::getZvServerConfigInstance()->getStyleOf_DealCheckButton());
+    for (QDateEdit *edit : bar->findChildren<QDateEdit *>())
+        edit->installEventFilter(this);
+    for (QToolButton *button : bar->findChildren<QToolButton *>())
+        button->setVisible(false);
 }
 
 // A date edit makes its calendar when it is pressed for the first time, and not all of them will
@@ -89,14 +95,19 @@ bool RecordPage::eventFilter(QObject *watched, QEvent *event)
     return QWidget::eventFilter(watched, event);
 }
 
-void RecordPage::createConnections(const FilterBar &bar)
+void RecordPage::createConnections(const QFrame *bar)
 {
-    connect(bar.select, &QPushButton::clicked, this, &RecordPage::slot_selectButton_clicked);
-    connect(bar.pageUp, &QToolButton::clicked, this, &RecordPage::slot_pageUpButton_clicked);
-    connect(bar.pageDown, &QToolButton::clicked, this, &RecordPage::slot_pageDownButton_clicked);
-    if (!bar.startDate)
+    connect(control<QPushButton>(bar, "pushButton_select"), &QPushButton::clicked, this,
+            &RecordPage::slot_selectButton_clicked);
+    connect(control<QToolButton>(bar, "toolButton_pageUp"), &QToolButton::clicked, this,
+            &RecordPage::slot_pageUpButton_clicked);
+    connect(control<QToolButton>(bar, "toolButton_pageDown"), &QToolButton::clicked, this,
+            &RecordPage::slot_pageDownButton_clicked);
+    auto *start = control<QDateEdit>(bar, "dateEdit_startDate");
+    if (!start)
         return;
-    connect(bar.startDate, &QDateEdit::dateChanged, bar.stopDate, &QDateEdit::setMinimumDate);
+    connect(start, &QDateEdit::dateChanged, control<QDateEdit>(bar, "dateEdit_stopDate"),
+            &QDateEdit::setMinimumDate);
     // The connection is younger than the date, so the stop date is told of it once.
-    emit bar.startDate->dateChanged(bar.startDate->date());
+    emit start->dateChanged(start->date());
 }

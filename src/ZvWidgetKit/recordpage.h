@@ -1,15 +1,11 @@
 #pragma once
 
-#include <QList>
 #include <QString>
 #include <QWidget>
 
 class QDateEdit;
 class QFrame;
-class QLabel;
-class QPushButton;
 class QTableView;
-class QToolButton;
 
 // A page of records: a filter bar above a table that shows one page of a list on the exchange. The
 // page reads the filter and tells the table to query; nothing is asked for when it is made or
@@ -31,27 +27,17 @@ public:
     virtual void slot_pageDownButton_clicked() = 0;
 
 protected:
-    // What the form of a member has; not every member has dates.
-    struct FilterBar {
-        QFrame *panel;
-        QPushButton *select;
-        QToolButton *pageUp;
-        QToolButton *pageDown;
-        QList<QLabel *> labels;
-        QDateEdit *startDate = nullptr;
-        QDateEdit *stopDate = nullptr;
-    };
-
-    // To be called at the end of a member's constructor: puts the table into its container and
-    // brings the filter bar to life.
-    void setUpPage(const FilterBar &bar, QWidget *container, QTableView *table);
+    // To be called at the end of a member's constructor: puts the table into its container, under
+    // the name by which a screen reader tells of it, and brings the filter bar to life. The forms
+    // name the controls of their bars alike; not every bar has dates.
+    void setUpPage(QFrame *bar, QWidget *container, QTableView *table, const QString &name);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
-    // A date as requests have it.
+    // A date as requests have it, whatever digits the system writes.
     static QString dateText(const QDateEdit *edit);
 
 private:
-    void applyStyle(const FilterBar &bar);
-    void createConnections(const FilterBar &bar);
+    void applyStyle(QFrame *bar);
+    void createConnections(const QFrame *bar);
 };

@@ -14,6 +14,8 @@ void setUpSections(QTableView *view, int rowHeight)
     view->setShowGrid(false);
     view->setSelectionBehavior(QAbstractItemView::SelectRows);
     view->setSelectionMode(QAbstractItemView::NoSelection);
+    // From cell to cell the Tab key would never leave the table again.
+    view->setTabKeyNavigation(false);
 
     QHeaderView *rows = view->verticalHeader();
     rows->hide();

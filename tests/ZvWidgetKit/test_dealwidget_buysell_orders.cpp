@@ -8,7 +8,6 @@
 #include "ticketbench.h"
 
 #include <QElapsedTimer>
-#include <QLocale>
 #include <QtTest/QtTest>
 
 using zvtest::confirmation;
@@ -236,22 +235,6 @@ private slots:
             [&] { QCOMPARE(bench.price()->text(), QStringLiteral("100.00")); }, cancel);
         QCOMPARE(boxes.size(), 1);
         QCOMPARE(boxes.first().text, confirmation("600137", "庚申猴票", "100", "3"));
-    }
-
-    // The system's way of writing numbers has no say: where a point groups digits, 99.98 would be
-    // 9998.
-    void pricesAreReadAsTheLevelsShowThem()
-    {
-        const QLocale usual;
-        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
-        TicketBench bench;
-        QLocale::setDefault(usual);
-        QCOMPARE(bench.price()->text(), QStringLiteral("0.00"));
-        bench.clickPrice(10002);
-        QCOMPARE(bench.price()->text(), bench.text("label_latest_value"));
-        bench.enter("99.98", "3");
-        QCOMPARE(bench.order(cancel).first().text,
-                 confirmation("600137", "庚申猴票", "99.98", "3"));
     }
 
     void aRejectedOrderStays()
