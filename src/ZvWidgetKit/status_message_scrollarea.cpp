@@ -12,7 +12,7 @@ namespace {
 constexpr int AreaHeight = 30;
 constexpr int StepMilliseconds = 100;
 constexpr int StepPixels = 5;
-constexpr int FrameWidth = 2; // of both sides together
+constexpr int Edges = 2; // one pixel on either side of the area
 
 // Both are filled in at once: an address may hold a "%2" of its own. They come from the server, and
 // neither a "<" of the text nor a quote in the address may end what it stands in.
@@ -87,7 +87,7 @@ void Status_Message_ScrollArea::slot_updateMassage()
 void Status_Message_ScrollArea::slot_adjustSize()
 {
     // An area that has no room yet asks for no blanks, rather than for negative ones.
-    const int blank = qMax(0, width() - FrameWidth);
+    const int blank = qMax(0, width() - Edges);
     ui->label_start->setFixedWidth(blank);
     ui->label_stop->setFixedWidth(blank);
 }

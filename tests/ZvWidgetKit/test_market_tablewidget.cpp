@@ -3,6 +3,7 @@
 #include "ZvNetworkKit/zvserverengine.h"
 #include "ZvWidgetKit/collection_tableview.h"
 #include "ZvWidgetKit/zvguidetabpage.h"
+#include "layoutitems.h"
 #include "marketpage.h"
 #include "marketrows.h"
 #include "support/testregistry.h"
@@ -17,32 +18,6 @@
 #include <limits>
 
 using namespace zvtest;
-
-namespace {
-
-// What stands in a row: "20" for a space, "stretch", a text of a widget, "[]" for one without.
-QStringList itemsOf(const QLayout *layout)
-{
-    QStringList items;
-    for (int i = 0; i < layout->count(); ++i) {
-        QLayoutItem *item = layout->itemAt(i);
-        if (const QSpacerItem *space = item->spacerItem()) {
-            const bool isStretch = space->expandingDirections() & Qt::Horizontal;
-            items << (isStretch ? QStringLiteral("stretch %1")
-                                      .arg(qobject_cast<const QBoxLayout *>(layout)->stretch(i))
-                                : QString::number(space->sizeHint().width()));
-        } else if (const auto *label = qobject_cast<const QLabel *>(item->widget())) {
-            items << label->text();
-        } else if (const auto *button = qobject_cast<const QPushButton *>(item->widget())) {
-            items << button->text();
-        } else {
-            items << QStringLiteral("[]");
-        }
-    }
-    return items;
-}
-
-} // namespace
 
 // What the page is made of, and its totals.
 class MarketTableWidgetTest : public QObject
@@ -181,6 +156,8 @@ private slots:
             return button ? button->text() : QString();
         };
         page.table()->setFocus();
+        press(Qt::Key_Tab);
+        QVERIFY(page.guide()->isAncestorOf(page.widget.focusWidget()));
         // The group is one stop of the Tab key: its checked button, from which the arrows choose.
         QCOMPARE(press(Qt::Key_Tab), QStringLiteral("邮票"));
         QCOMPARE(press(Qt::Key_Right), QStringLiteral("钱币"));
@@ -189,12 +166,21 @@ private slots:
         QCOMPARE(page.checked(), QStringLiteral("自选"));
         QVERIFY(engine()->getIsOptionalCollectionIds());
         press(Qt::Key_Tab);
-        QVERIFY(page.guide()->isAncestorOf(page.widget.focusWidget()));
+        QVERIFY(page.table()->hasFocus());
         QTest::keyClick(page.widget.focusWidget(), Qt::Key_Backtab, Qt::ShiftModifier);
         QCOMPARE(page.widget.focusWidget(), page.button("自选"));
         QTest::keyClick(page.widget.focusWidget(), Qt::Key_Backtab, Qt::ShiftModifier);
-        QVERIFY(page.table()->hasFocus());
+        QVERIFY(page.guide()->isAncestorOf(page.widget.focusWidget()));
         page.click("钱币");
+        QCOMPARE(press(Qt::Key_Tab), QStringLiteral("钱币"));
+        // The servers of a new list stand in their place, too.
+        cache()->storeMarketInfo({{"邮币卡", "/lc/a/"}, {"艺术品", "/lc/b/"}});
+        page.table()->setFocus();
+        press(Qt::Key_Tab);
+        for (const char *server : {"邮币卡", "艺术品"}) {
+            press(Qt::Key_Tab);
+            QCOMPARE(page.widget.focusWidget()->accessibleName(), QString(server));
+        }
         QCOMPARE(press(Qt::Key_Tab), QStringLiteral("钱币"));
     }
 

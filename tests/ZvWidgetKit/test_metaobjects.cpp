@@ -34,6 +34,9 @@
 #include "ZvWidgetKit/market_widget.h"
 #include "ZvWidgetKit/small_deliveryhandling_dialog.h"
 #include "ZvWidgetKit/small_money_inout.h"
+#include "ZvWidgetKit/status_message_scrollarea.h"
+#include "ZvWidgetKit/statusbar.h"
+#include "ZvWidgetKit/titlebar.h"
 #include "ZvWidgetKit/transaction_deal.h"
 #include "ZvWidgetKit/transaction_lock.h"
 #include "ZvWidgetKit/transaction_widget.h"
@@ -270,6 +273,34 @@ private slots:
                                         &DealWidget_BuySell_DealTableView::staticMetaObject})
             QCOMPARE(ownMethods(*view),
                      QStringList("public slot slot_rowDoubleClicked(QModelIndex index)"));
+    }
+
+    void chromeMethods()
+    {
+        QCOMPARE(TitleBar::staticMetaObject.superClass(), &QWidget::staticMetaObject);
+        QCOMPARE(StatusBar::staticMetaObject.superClass(), &QWidget::staticMetaObject);
+        QCOMPARE(Status_Message_ScrollArea::staticMetaObject.superClass(),
+                 &QScrollArea::staticMetaObject);
+        QCOMPARE(ownMethods(TitleBar::staticMetaObject),
+                 (QStringList{
+                     "public signal signal_minimizeClicked()",
+                     "public signal signal_normalClicked()", "public signal signal_exitClicked()",
+                     "public signal signal_loginClicked()", "public signal signal_doubleClicked()",
+                     "public slot slot_updateTitleWhenLoggedIn()",
+                     "public slot slot_updateTitleWhenLoggedOut()"}));
+        QCOMPARE(ownMethods(StatusBar::staticMetaObject),
+                 (QStringList{"public signal signal_hideTransactions_toggled(bool hidden)",
+                              "public signal signal_lockTransactions_clicked()",
+                              "private slot slot_updateTheTime(int timestamp)",
+                              "private slot slot_marketStatusChanged(bool opened)",
+                              "private slot slot_myaccountChanged()",
+                              "private slot slot_afterLoginSucceed()",
+                              "private slot slot_afterLoginOtherPlace()",
+                              "private slot slot_hideTransactions_clicked()",
+                              "private slot slot_lockTransactions_clicked()"}));
+        QCOMPARE(ownMethods(Status_Message_ScrollArea::staticMetaObject),
+                 (QStringList{"public slot slot_updateMassage()", "public slot slot_adjustSize()",
+                              "public slot slot_stepBarByStep()"}));
     }
 
     void marketMethods()
