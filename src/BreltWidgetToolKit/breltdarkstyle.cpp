@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QPainter>
+#include <QPixmap>
 #include <QScrollBar>
 #include <QStyleOption>
 #include <QTabBar>
@@ -25,6 +26,44 @@ QColor &installedAccent()
 {
     static QColor colour = look::defaultAccent();
     return colour;
+}
+
+QString &pictureFolder()
+{
+    static QString folder;
+    return folder;
+}
+
+// Draws the picture of this name in the middle of `area`, where there is one, and smaller where it
+// would not fit.
+bool drawPicture(QPainter *painter, const QString &name, const QRect &area)
+{
+    if (pictureFolder().isEmpty())
+        return false;
+    const QPixmap picture(pictureFolder() + name + QStringLiteral(".png"));
+    if (picture.isNull())
+        return false;
+    QSize size = picture.size() / picture.devicePixelRatio();
+    if (size.width() > area.width() || size.height() > area.height())
+        size.scale(area.size(), Qt::KeepAspectRatio);
+    QRect place(QPoint(), size);
+    place.moveCenter(area.center());
+    painter->save();
+    painter->setRenderHint(QPainter::SmoothPixmapTransform);
+    painter->drawPixmap(place, picture);
+    painter->restore();
+    return true;
+}
+
+// An arrow that points up or down, in one of its states.
+bool drawArrow(QPainter *painter, bool isUp, const QRect &area, bool isEnabled, bool isHovered)
+{
+    QString name = isUp ? QStringLiteral("arrow_up") : QStringLiteral("arrow_down");
+    if (!isEnabled)
+        name += QLatin1String("_disabled");
+    else if (isHovered)
+        name += QLatin1String("_hover");
+    return drawPicture(painter, name, area);
 }
 
 // Relative luminance, from 0 for black to 1 for white.
@@ -143,6 +182,11 @@ QColor BreltDarkStyle::currentAccent()
     return installedAccent();
 }
 
+void BreltDarkStyle::setPictures(const QString &folder)
+{
+    pictureFolder() = folder;
+}
+
 QColor BreltDarkStyle::textOn(const QColor &background)
 {
     const double light = 1.05 / (luminance(background) + 0.05);
@@ -218,6 +262,16 @@ void BreltDarkStyle::drawControl(ControlElement element, const QStyleOption *opt
                           look::border());
         return;
     }
+    if (element == CE_Splitter && !pictureFolder().isEmpty()) {
+        painter->fillRect(option->rect, isHovered(option) ? look::border() : look::surface());
+        const bool isUpright = option->rect.height() > option->rect.width();
+        painter->save();
+        painter->translate(QRectF(option->rect).center());
+        painter->rotate(isUpright ? 90 : 0);
+        drawPicture(painter, QStringLiteral("grip"), QRect(-25, -2, 50, 4));
+        painter->restore();
+        return;
+    }
     QProxyStyle::drawControl(element, option, painter, widget);
 }
 
@@ -246,6 +300,28 @@ void BreltDarkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption 
         painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
         painter->restore();
         return;
+    case PE_IndicatorArrowUp:
+    case PE_IndicatorArrowDown:
+        if (drawArrow(painter, element == PE_IndicatorArrowUp, option->rect, isEnabled(option),
+                      isHovered(option)))
+            return;
+        break;
+    case PE_IndicatorArrowLeft:
+    case PE_IndicatorArrowRight:
+        if (drawPicture(painter,
+                        element == PE_IndicatorArrowLeft ? QStringLiteral("arrow_previous")
+                                                         : QStringLiteral("arrow_next"),
+                        option->rect))
+            return;
+        break;
+    case PE_IndicatorHeaderArrow:
+        if (const auto *header = qstyleoption_cast<const QStyleOptionHeader *>(option)) {
+            const bool isUp = header->sortIndicator == QStyleOptionHeader::SortUp;
+            if (header->sortIndicator != QStyleOptionHeader::None
+                && drawArrow(painter, isUp, option->rect, true, isHovered(option)))
+                return;
+        }
+        break;
     case PE_FrameMenu:
     case PE_PanelTipLabel:
         painter->save();
@@ -255,8 +331,9 @@ void BreltDarkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption 
         painter->restore();
         return;
     default:
-        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        break;
     }
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
 }
 
 void BreltDarkStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex *option,
@@ -266,9 +343,15 @@ void BreltDarkStyle::drawComplexControl(ComplexControl control, const QStyleOpti
         drawScrollBar(option, painter, widget);
         return;
     }
+    if (control == CC_ComboBox && option) {
+        drawComboBox(option, painter, widget);
+        return;
+    }
     QProxyStyle::drawComplexControl(control, option, painter, widget);
     // Fusion outlines spin boxes in a shade of the window, which nobody sees on dark surfaces.
     const auto *spin = qstyleoption_cast<const QStyleOptionSpinBox *>(option);
+    if (control == CC_SpinBox && spin && spin->buttonSymbols == QAbstractSpinBox::UpDownArrows)
+        drawSteps(option, painter, widget);
     if (control == CC_SpinBox && spin && spin->frame)
         drawField(option, painter);
 }
@@ -437,6 +520,47 @@ void BreltDarkStyle::drawField(const QStyleOption *option, QPainter *painter) co
     painter->setBrush(Qt::NoBrush);
     painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
     painter->restore();
+}
+
+void BreltDarkStyle::drawComboBox(const QStyleOptionComplex *option, QPainter *painter,
+                                  const QWidget *widget) const
+{
+    const auto *box = qstyleoption_cast<const QStyleOptionComboBox *>(option);
+    const QRect arrow = proxy()->subControlRect(CC_ComboBox, option, SC_ComboBoxArrow, widget);
+    if (!box || pictureFolder().isEmpty() || !(box->subControls & SC_ComboBoxArrow)) {
+        QProxyStyle::drawComplexControl(CC_ComboBox, option, painter, widget);
+        return;
+    }
+    QStyleOptionComboBox bare(*box);
+    bare.subControls &= ~SC_ComboBoxArrow;
+    QProxyStyle::drawComplexControl(CC_ComboBox, &bare, painter, widget);
+    drawArrow(painter, false, arrow, isEnabled(option), isHovered(option));
+}
+
+// The two step buttons of a spin box. Fusion cannot leave its own arrows out, so they are covered.
+void BreltDarkStyle::drawSteps(const QStyleOptionComplex *option, QPainter *painter,
+                               const QWidget *widget) const
+{
+    const auto *spin = qstyleoption_cast<const QStyleOptionSpinBox *>(option);
+    if (pictureFolder().isEmpty())
+        return;
+    for (const SubControl step : {SC_SpinBoxUp, SC_SpinBoxDown}) {
+        const bool isUp = step == SC_SpinBoxUp;
+        const bool canStep = isEnabled(option)
+            && (spin->stepEnabled
+                & (isUp ? QAbstractSpinBox::StepUpEnabled : QAbstractSpinBox::StepDownEnabled));
+        const bool isActive = canStep && spin->activeSubControls == step;
+        const bool isSunken = isActive && (option->state & State_Sunken);
+        const bool isLit = isActive && isHovered(option);
+        const QRect place = proxy()->subControlRect(CC_SpinBox, option, step, widget);
+        QColor fill = look::raised();
+        if (isSunken)
+            fill = mix(fill, Qt::black, 0.4);
+        else if (isLit)
+            fill = lit(fill, 0.1);
+        painter->fillRect(place, fill);
+        drawArrow(painter, isUp, place, canStep, isLit);
+    }
 }
 
 void BreltDarkStyle::drawScrollBar(const QStyleOptionComplex *option, QPainter *painter,

@@ -29,6 +29,11 @@ public:
     /// The accent that was installed last, or the clear blue of the kit.
     static QColor currentAccent();
 
+    /// From now on arrows and the grips of splitters are the pictures in `folder`, such as
+    /// ":/icons/controls/": arrow_up.png and arrow_down.png, both with _hover and _disabled,
+    /// arrow_previous.png, arrow_next.png and grip.png. Without them they are those of Fusion.
+    static void setPictures(const QString &folder);
+
     /// White or near black, whichever reads better on `background`.
     static QColor textOn(const QColor &background);
 
@@ -60,6 +65,10 @@ private:
     void drawIndicator(PrimitiveElement element, const QStyleOption *option,
                        QPainter *painter) const;
     void drawField(const QStyleOption *option, QPainter *painter) const;
+    void drawComboBox(const QStyleOptionComplex *option, QPainter *painter,
+                      const QWidget *widget) const;
+    void drawSteps(const QStyleOptionComplex *option, QPainter *painter,
+                   const QWidget *widget) const;
     void drawScrollBar(const QStyleOptionComplex *option, QPainter *painter,
                        const QWidget *widget) const;
 

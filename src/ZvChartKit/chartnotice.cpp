@@ -3,15 +3,35 @@
 #include "ZvChartKit/chartglyphs.h"
 #include "ZvChartKit/chartplot.h"
 
+#include <QPixmap>
 #include <QRegion>
 
 #include <algorithm>
+#include <vector>
 
 namespace zvplot {
 
 namespace {
 
 constexpr int gap = 8; // in pixels of the widget
+constexpr int figureSide = 64;
+
+// How much of each pixel the figure of a chart without data covers, in a square of that side; empty
+// where the program has no such picture.
+std::vector<uchar> figureCover(int side)
+{
+    const QPixmap picture(QStringLiteral(":/icons_vedio/nodata.png"));
+    std::vector<uchar> cover;
+    if (picture.isNull())
+        return cover;
+    const QImage mask = picture.toImage()
+                            .scaled(side, side, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                            .convertToFormat(QImage::Format_Alpha8);
+    cover.reserve(std::size_t(side) * std::size_t(side));
+    for (int y = 0; y < side; ++y)
+        cover.insert(cover.end(), mask.constScanLine(y), mask.constScanLine(y) + side);
+    return cover;
+}
 
 } // namespace
 
@@ -88,8 +108,27 @@ void ChartNotice::putInstead(Pixels pixels, const ChartPlot &plot) const
     QRect place(0, 0, width + 2 * plot.frame().px(gap), glyphs.height());
     place.moveCenter(area.center());
     pixels.within(area).fill(place, colours[Ink::Ground]);
+    if (m_kind == NoData)
+        putFigure(pixels.within(area), plot, place);
     glyphs.put(area.center().x() - width / 2, glyphs.baselineBetween(area.top(), area.bottom() + 1),
                words.view(), colours[Ink::Dim]);
+}
+
+// Above the words, where there is room for it.
+void ChartNotice::putFigure(Pixels pixels, const ChartPlot &plot, const QRect &words) const
+{
+    const int side = plot.frame().px(figureSide);
+    QRect place(0, 0, side, side);
+    place.moveCenter(words.center());
+    place.moveBottom(words.top() - plot.frame().px(gap));
+    if (!pixels.clip().contains(place))
+        return;
+    const std::vector<uchar> cover = figureCover(side);
+    if (cover.empty())
+        return;
+    const ChartColours &colours = *plot.frame().colours;
+    pixels.fill(place, colours[Ink::Ground]);
+    pixels.stamp(place.topLeft(), place.size(), cover.data(), colours[Ink::Dim]);
 }
 
 } // namespace zvplot

@@ -32,6 +32,7 @@ public:
 private:
     void putAge(const ChartPlot &plot) const;
     void putInstead(Pixels pixels, const ChartPlot &plot) const;
+    void putFigure(Pixels pixels, const ChartPlot &plot, const QRect &words) const;
 
     Kind m_kind;
     qint64 m_ageMs;

@@ -25,49 +25,54 @@ const NamedValue sharedValues[] = {
 
 // 澄湖: vermilion.
 const NamedValue chenghuValues[] = {
-    {"accent", "#d84a22"},
-    {"accentDeep", "#c9431d"}, // dark enough for small white text
-    {"accentHover", "#ec6139"},
-    {"accentPressed", "#b13a18"},
-    {"accentText", "#ff8a62"},
-    {"accentTint", "#35231d"},
-    {"titleBar", "#231b19"},
-    {"titleRow", "#201c1c"},
-    {"tableHeader", "#d0b5a8"},
-    {"selectedRow", "#40291f"},
-    {"backArrow", "arrow-ch-left"},
+    {"accent", "#d84a22"},           {"accentDeep", "#c9431d"}, // dark enough for small white text
+    {"accentHover", "#ec6139"},      {"accentPressed", "#b13a18"}, {"accentText", "#ff8a62"},
+    {"accentTint", "#35231d"},       {"titleBar", "#231b19"},      {"titleRow", "#201c1c"},
+    {"tableHeader", "#d0b5a8"},      {"selectedRow", "#40291f"},   {"backArrow", "arrow-ch-left"},
     {"openArrow", "arrow-ch-right"},
-    {"tabInUse", "btn-color-ch-youbika"},
-    {"tabInUseHover", "btn-color-ch-baoyushi"},
-    {"tab", "btn-gray-ch-youbika"},
-    {"tabHover", "btn-gray-ch-baoyushi"},
-    {"tabPressed", "btn_yellow_baoyushi"},
 };
 
 // 岚川: clear blue.
 const NamedValue lanchuanValues[] = {
-    {"accent", "#1f7be0"},
-    {"accentDeep", "#1a70d0"}, // dark enough for small white text
-    {"accentHover", "#3d93f2"},
-    {"accentPressed", "#175fb0"},
-    {"accentText", "#6bb2ff"},
-    {"accentTint", "#19293c"},
-    {"titleBar", "#151d28"},
-    {"titleRow", "#1a1e26"},
-    {"tableHeader", "#a6bcd6"},
-    {"selectedRow", "#1c3350"},
-    {"backArrow", "arrow_left"},
+    {"accent", "#1f7be0"},        {"accentDeep", "#1a70d0"}, // dark enough for small white text
+    {"accentHover", "#3d93f2"},   {"accentPressed", "#175fb0"}, {"accentText", "#6bb2ff"},
+    {"accentTint", "#19293c"},    {"titleBar", "#151d28"},      {"titleRow", "#1a1e26"},
+    {"tableHeader", "#a6bcd6"},   {"selectedRow", "#1c3350"},   {"backArrow", "arrow_left"},
     {"openArrow", "arrow_right"},
-    {"tabInUse", "btn_color_youbika_lc"},
-    {"tabInUseHover", "btn_color_youbika"},
-    {"tab", "btn_gray_youbika"},
-    {"tabHover", "btn_white_youbika"},
-    {"tabPressed", "btn_yellow_youbika"},
+};
+
+// The plates of the guide strip for a market that has a picture of its own. It is known by a
+// character of its name, which is what the exchange calls it.
+struct Plate {
+    const char *character;
+    const char *inUse;
+    const char *idle;
+};
+
+const Plate chenghuPlates[] = {
+    {"邮", "btn-color-ch-youbika", "btn-gray-ch-youbika"},
+    {"玉", "btn-color-ch-baoyushi", "btn-gray-ch-baoyushi"},
+    {"钱", "btn-color-ch-qianbi", "btn-gray-ch-qianbi"},
+    {"磁", "btn-color-ch-cika", "btn-gray-ch-cika"},
+};
+
+const Plate lanchuanPlates[] = {
+    {"邮", "btn_color_youbika_lc", "btn_gray_youbika"},
+    {"蓝", "btn_color_lanbaoshi", "btn_gray_lanbaoshi"},
+    {"影", "btn_color_yingshi", "btn_gray_yingshi"},
+    {"钻", "btn_color_zuanshi", "btn_gray_zuanshi"},
+    {"翡", "btn_color_feicui", "btn_gray_feicui"},
+    {"玉", "btn_color_hetianyu", "btn_gray_hetianyu"},
+    {"茶", "btn_color_chajiu", "btn_gray_chajiu"},
+    {"书", "btn_color_shuhua", "btn_gray_shuhua"},
+    {"陶", "btn_color_taoyi", "btn_gray_taoyi"},
 };
 
 struct Platform {
     const NamedValue *begin;
     const NamedValue *end;
+    const Plate *firstPlate;
+    const Plate *lastPlate; // and one beyond
     QString center;
     QString prefix;
 };
@@ -75,10 +80,12 @@ struct Platform {
 Platform platformOf(int platform)
 {
     if (platform == 2)
-        return {std::begin(lanchuanValues), std::end(lanchuanValues),
+        return {std::begin(lanchuanValues),         std::end(lanchuanValues),
+                std::begin(lanchuanPlates),         std::end(lanchuanPlates),
                 QStringLiteral("岚川商品交易中心"), QStringLiteral("lc")};
-    return {std::begin(chenghuValues), std::end(chenghuValues), QStringLiteral("澄湖文化交易中心"),
-            QStringLiteral("ch")};
+    return {std::begin(chenghuValues),          std::end(chenghuValues),
+            std::begin(chenghuPlates),          std::end(chenghuPlates),
+            QStringLiteral("澄湖文化交易中心"), QStringLiteral("ch")};
 }
 
 QString valueOf(const QString &name, const Platform &platform)
@@ -236,26 +243,44 @@ QString openButtonSheet()
         "QPushButton:checked:disabled{icon:url(:/icons/guidepage/arrow-pn-left.png);}");
 }
 
-// A server's button in the guide strip, 28 by 80 pixels with upright text on a plate. The plate's
-// border of 5 pixels keeps its corners when the button grows. The focus draws a frame around the
+// A server's button in the guide strip, 28 by 80 pixels with upright text. Its states are told by
+// the colour of its face, which shines through the plate of a market that has one. A plate carries
+// a sign above the text; its border of 5 pixels keeps its shape when the button grows. No corner is
+// round: Qt cuts a border picture in the wrong places then. The focus draws a frame around the
 // text: a line below each of its small characters would read as a stroke of it.
-QString guideTabSheet(const char *text, const char *disabledText, const char *normal,
-                      const char *hover)
+QString guideTabSheet(bool isInUse, const Platform &platform)
 {
-    return QStringLiteral("QPushButton{outline:none;color:%1;padding:0px;border-width:5px;"
-                          "border-image:url(:/icons/guidepage/%3.png) 5 5 5 5 stretch stretch;}"
-                          "QPushButton:focus{outline:1px solid @text;}"
-                          "QPushButton:hover{color:@text;"
-                          "border-image:url(:/icons/guidepage/%4.png) 5 5 5 5 stretch stretch;}"
-                          "QPushButton:pressed{color:@deep;border-image:"
-                          "url(:/icons/guidepage/@tabPressed.png) 5 5 5 5 stretch stretch;}"
-                          "QPushButton:disabled{color:%2;}")
-        .arg(QLatin1String(text), QLatin1String(disabledText), QLatin1String(normal),
-             QLatin1String(hover));
+    const char *colours[][2] = {
+        // text and face of the server in use, and of another
+        {"color:@text;background-color:@accentPressed;", "color:@soft;background-color:@deep;"},
+        {"color:@text;background-color:@accentHover;",
+         "color:@text;background-color:@raisedHover;"},
+        {"color:@accentText;background-color:@deep;",
+         "color:@text;background-color:@accentPressed;"},
+        {"color:@soft;background-color:@accentTint;", "color:@muted;background-color:@offBack;"},
+    };
+    enum State { Normal, Hover, Pressed, Disabled };
+    const auto of = [&](State state) { return QLatin1String(colours[state][isInUse ? 0 : 1]); };
+    QString sheet
+        = QStringLiteral("QPushButton{outline:none;padding:0px;border:1px solid %1;"
+                         "border-left:3px solid %2;%3}"
+                         "QPushButton:focus{outline:1px solid @text;}"
+                         "QPushButton:hover{%4}QPushButton:pressed{%5}QPushButton:disabled{%6}")
+              .arg(QLatin1String(isInUse ? "@accent" : "@line"),
+                   QLatin1String(isInUse ? "@accentText" : "@off"), of(Normal), of(Hover),
+                   of(Pressed), of(Disabled));
+    for (const Plate *plate = platform.firstPlate; plate != platform.lastPlate; ++plate)
+        sheet += QStringLiteral("QPushButton[text*=\"%1\"]{padding-top:13px;border-width:5px;"
+                                "border-image:url(:/icons/guidepage/%2.png) 5 5 5 5 "
+                                "stretch stretch;}")
+                     .arg(QString::fromUtf8(plate->character),
+                          QLatin1String(isInUse ? plate->inUse : plate->idle));
+    return sheet;
 }
 
-// The sign-in dialog and the fields in it. The texts of the fields keep the palette's colours: a
-// colour in the sheet would paint placeholders as if they had been typed.
+// The sign-in dialog and the fields in it, each with a sign of what it takes. The texts of the
+// fields keep the palette's colours: a colour in the sheet would paint placeholders as if they had
+// been typed.
 QString dialogSheet()
 {
     return QStringLiteral(
@@ -263,7 +288,12 @@ QString dialogSheet()
         "QLabel{color:@soft;background-color:transparent;}"
         "QLabel#label_page_title{color:@text;font-size:14pt;}"
         "QLineEdit{background-color:@deep;border:1px solid @line;border-radius:4px;"
-        "padding:4px 8px;selection-color:@text;selection-background-color:@accent;}"
+        "padding:4px 8px 4px 32px;background-repeat:no-repeat;background-position:left center;"
+        "selection-color:@text;selection-background-color:@accent;}"
+        "QLineEdit[objectName*=\"honeNumber\"]{background-image:url(:/icons/login/phone.png);}"
+        "QLineEdit[objectName*=\"assword\"]{background-image:url(:/icons/login/password.png);}"
+        "QLineEdit[objectName*=\"erificationCode\"]{background-image:url(:/icons/login/code.png);}"
+        "QLineEdit[objectName*=\"referee\"]{background-image:url(:/icons/login/referee.png);}"
         "QLineEdit:hover{border-color:@lineHover;}"
         "QLineEdit:focus{border-color:@accent;background-color:@top;}"
         "QLineEdit:disabled{background-color:@offBack;border-color:@offLine;}");
@@ -277,7 +307,22 @@ QString labelAndPromptSheet()
                           "QLabel[objectName*=\"Prompt\"]{color:@warning;font-size:9pt;}");
 }
 
-QString sheetOf(Style style)
+// The buttons of the window itself light up with their signs, and the one that closes it turns red.
+// Their bar has large bold letters for its title, which would reach their tool tips.
+QString windowButtonRules()
+{
+    return QStringLiteral(
+        "QToolTip{font-size:10pt;font-weight:normal;}"
+        "QPushButton[accessibleName=\"最小化\"]:hover{icon:url(:/icons/icon_mini_white.png);}"
+        "QPushButton[accessibleName=\"最大化/还原\"]:hover{"
+        "icon:url(:/icons/icon_narrow_white.png);}"
+        "QPushButton[accessibleName=\"关闭\"]:hover{icon:url(:/icons/icon_close_white.png);"
+        "background-color:@buy;border-color:@buy;}"
+        "QPushButton[accessibleName=\"关闭\"]:pressed{background-color:@buyPressed;"
+        "border-color:@buyPressed;}");
+}
+
+QString sheetOf(Style style, const Platform &platform)
 {
     switch (style) {
     case Style::DealBuyButton:
@@ -332,7 +377,8 @@ QString sheetOf(Style style)
                             disabledSolid});
     case Style::TitleBarButtonStyle:
         return buttonSheet(plain("padding:0px 10px;font-size:10pt;font-weight:normal;",
-                                 {"@accentText", "@accentTint", "@none"}));
+                                 {"@accentText", "@accentTint", "@none"}))
+            + windowButtonRules();
     case Style::ThreeBigButton:
         return buttonSheet(accentButton("border-radius:4px;padding:6px 12px;font-size:12pt;"));
     case Style::TwoJumpButton:
@@ -354,9 +400,9 @@ QString sheetOf(Style style)
     case Style::MarketOpenButton:
         return openButtonSheet();
     case Style::ZvGuideTabItemButtonEnable:
-        return guideTabSheet("@text", "@soft", "@tabInUse", "@tabInUseHover");
+        return guideTabSheet(true, platform);
     case Style::ZvGuideTabItemButtonDisable:
-        return guideTabSheet("@soft", "@muted", "@tab", "@tabHover");
+        return guideTabSheet(false, platform);
     case Style::LabelAndPrompt:
         return labelAndPromptSheet();
     case Style::TotalDialog:
@@ -391,7 +437,7 @@ Styles makeStyles(int platform)
     const Platform values = platformOf(platform);
     Styles styles;
     for (std::size_t i = 0; i < styles.size(); ++i)
-        styles[i] = filled(sheetOf(static_cast<Style>(i)), values);
+        styles[i] = filled(sheetOf(static_cast<Style>(i), values), values);
     return styles;
 }
 

@@ -14,6 +14,7 @@
 #include <QDesktopServices>
 #include <QDesktopWidget>
 #include <QHeaderView>
+#include <QIcon>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QMenu>
@@ -341,12 +342,15 @@ void Collection_TableView::contextMenuEvent(QContextMenuEvent *event)
     auto *menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     const QKeySequence noShortcut;
-    QAction *introduction = menu->addAction(QStringLiteral("藏品介绍"), this,
+    QAction *introduction = menu->addAction(QIcon(QStringLiteral(":/icons/menu/introduction.png")),
+                                            QStringLiteral("藏品介绍"), this,
                                             &Collection_TableView::showCollectionInfo, noShortcut);
     QAction *option = m_isOptionView
-        ? menu->addAction(QStringLiteral("删除自选"), this, &Collection_TableView::removeOption,
+        ? menu->addAction(QIcon(QStringLiteral(":/icons/menu/favourite_remove.png")),
+                          QStringLiteral("删除自选"), this, &Collection_TableView::removeOption,
                           noShortcut)
-        : menu->addAction(QStringLiteral("添加自选"), this, &Collection_TableView::addOption,
+        : menu->addAction(QIcon(QStringLiteral(":/icons/menu/favourite_add.png")),
+                          QStringLiteral("添加自选"), this, &Collection_TableView::addOption,
                           noShortcut);
     if (id.toInt() < 0) {
         // The composite of the market has no introduction and cannot be a favourite.
@@ -354,13 +358,18 @@ void Collection_TableView::contextMenuEvent(QContextMenuEvent *event)
         option->setEnabled(false);
     }
     menu->addSeparator();
-    const auto addChart = [menu](const QString &text, void (ZvWidgetSignalSLotPool::*signal)()) {
-        connect(menu->addAction(text), &QAction::triggered, pool(), signal);
+    const auto addChart = [menu](const QString &picture, const QString &text,
+                                 void (ZvWidgetSignalSLotPool::*signal)()) {
+        connect(menu->addAction(QIcon(picture), text), &QAction::triggered, pool(), signal);
     };
-    addChart(QStringLiteral("分时图"), &ZvWidgetSignalSLotPool::signal_collectionTimeLine_action);
-    addChart(QStringLiteral("日K图"), &ZvWidgetSignalSLotPool::signal_collectionKDayLine_action);
-    addChart(QStringLiteral("周K图"), &ZvWidgetSignalSLotPool::signal_collectionKWeekLine_action);
-    addChart(QStringLiteral("月K图"), &ZvWidgetSignalSLotPool::signal_collectionKMonthLine_action);
+    addChart(QStringLiteral(":/icons/menu/timeline.png"), QStringLiteral("分时图"),
+             &ZvWidgetSignalSLotPool::signal_collectionTimeLine_action);
+    addChart(QStringLiteral(":/icons/menu/day.png"), QStringLiteral("日K图"),
+             &ZvWidgetSignalSLotPool::signal_collectionKDayLine_action);
+    addChart(QStringLiteral(":/icons/menu/week.png"), QStringLiteral("周K图"),
+             &ZvWidgetSignalSLotPool::signal_collectionKWeekLine_action);
+    addChart(QStringLiteral(":/icons/menu/month.png"), QStringLiteral("月K图"),
+             &ZvWidgetSignalSLotPool::signal_collectionKMonthLine_action);
     menu->addSeparator();
     menu->popup(viewport()->mapToGlobal(event->pos()));
 }

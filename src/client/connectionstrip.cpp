@@ -9,12 +9,13 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPixmap>
 #include <QTimer>
 
 namespace {
 
 constexpr int stripHeight = 30;
-constexpr int markSide = 8;
+constexpr int markSide = 16;
 
 ZvActionChecks *checks()
 {
@@ -94,9 +95,13 @@ void ConnectionStrip::refresh()
     if (!checked.isEmpty())
         parts << checked;
     const bool isCalm = isConnected && checked.isEmpty();
+    const bool isLost = !isConnected && access->dataAge() >= 0;
     const QString words = parts.join(QStringLiteral("  ·  "));
     m_words->setText(words);
     m_words->setToolTip(isCalm ? QString() : words);
+    showMark(isCalm ? QStringLiteral(":/icons_vedio/online.png")
+                    : isLost ? QStringLiteral(":/icons_vedio/offline.png")
+                             : QStringLiteral(":/icons_vedio/connecting.png"));
     if (!m_shownState || *m_shownState != isCalm)
         showColours(isCalm);
     // While connected nothing here moves, so nothing is painted either.
@@ -106,13 +111,19 @@ void ConnectionStrip::refresh()
         m_timer->start();
 }
 
+void ConnectionStrip::showMark(const QString &picture)
+{
+    if (m_shownMark == picture)
+        return;
+    m_shownMark = picture;
+    m_mark->setPixmap(QPixmap(picture));
+}
+
 void ConnectionStrip::showColours(bool isCalm)
 {
     m_shownState = isCalm;
     const QString words = isCalm ? QStringLiteral("#8c939d") : QStringLiteral("#e2ef33");
-    const QString mark = isCalm ? QStringLiteral("#4a9e5c") : QStringLiteral("#e2ef33");
     m_words->setStyleSheet(QStringLiteral("color:%1;font-size:12px;").arg(words));
-    m_mark->setStyleSheet(QStringLiteral("background-color:%1;border-radius:4px;").arg(mark));
 }
 
 QString ConnectionStrip::text() const

@@ -32,9 +32,11 @@ public:
     AccountButton *accountButton() const { return m_account; }
 
 private:
+    void showMark(const QString &picture);
     void showColours(bool isCalm);
 
     std::optional<bool> m_shownState; // calm or not, as the colours tell it
+    QString m_shownMark; // its picture
     QLabel *m_mark;
     QLabel *m_words;
     AccountButton *m_account;

@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QHeaderView>
+#include <QIcon>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QLabel>
@@ -76,6 +77,8 @@ void KeyboardSprite::createLook()
 
     m_edit->setAccessibleName(QStringLiteral("藏品代码、拼音首字母或名称"));
     m_edit->setMaxLength(longestText);
+    m_edit->addAction(QIcon(QStringLiteral(":/icons/controls/search.png")),
+                      QLineEdit::LeadingPosition);
     m_edit->setContextMenuPolicy(Qt::NoContextMenu);
     // Chinese is welcome, and codes and initials come first.
     m_edit->setInputMethodHints(Qt::ImhPreferLatin | Qt::ImhPreferLowercase

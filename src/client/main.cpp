@@ -157,6 +157,7 @@ int main(int argc, char **argv)
     chooseFont();
     ZvServerConfig *config = ZvServerConfig::getZvServerConfigInstance();
     config->setCurrentPlatform(options.platform);
+    BreltDarkStyle::setPictures(QStringLiteral(":/icons/controls/"));
     BreltDarkStyle::install(application, QColor(config->getStyleOf_MarketTableSelectRow()));
 
     // Declared before the window, which follows it to its end.

@@ -84,6 +84,7 @@ void wearTheClientsLook()
     QFont font(QStringLiteral("Noto Sans CJK SC"));
     font.setPixelSize(14);
     QApplication::setFont(font);
+    BreltDarkStyle::setPictures(QStringLiteral(":/icons/controls/"));
     BreltDarkStyle::install(*qApp, QColor());
     QApplication::setCursorFlashTime(0);
 }

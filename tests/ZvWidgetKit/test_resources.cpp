@@ -7,9 +7,12 @@
 #include <QImage>
 #include <QRegularExpression>
 #include <QScrollBar>
+#include <QSet>
 #include <QStyle>
 #include <QStyleOptionSlider>
 #include <QtTest/QtTest>
+
+#include <algorithm>
 
 namespace {
 
@@ -54,6 +57,116 @@ QStringList allEntries()
     return entriesOf(QStringLiteral("icons.qrc")) + entriesOf(QStringLiteral("icons_vedio.qrc"));
 }
 
+// All that names pictures in the program.
+QStringList sourceTexts()
+{
+    QStringList texts;
+    QDirIterator files(sources().path(),
+                       {QStringLiteral("*.cpp"), QStringLiteral("*.h"), QStringLiteral("*.ui"),
+                        QStringLiteral("*.qss")},
+                       QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext())
+        texts.append(textOf(files.next()));
+    return texts;
+}
+
+// The texts of the getters in which there are pictures.
+QStringList styleTexts()
+{
+    ZvServerConfig *config = ZvServerConfig::getZvServerConfigInstance();
+    QStringList texts;
+    for (const auto platform : {ZvServerConfig::LanChuan, ZvServerConfig::ChengHu}) {
+        config->setCurrentPlatform(platform);
+        texts << config->getPathOf_zijingzonglanPNG() << config->getStyleOf_LoginDlgCloseBtn()
+              << config->getStyleOf_LoginDlgReturnBtn() << config->getStyleOf_MarketOpenButton()
+              << config->getStyleOf_TitleBarButtonStyle() << config->getStyleOf_TotalDialog()
+              << config->getStyleOf_ZvGuideTabItemButtonEnable()
+              << config->getStyleOf_ZvGuideTabItemButtonDisable();
+    }
+    return texts;
+}
+
+// The guide pictures are there for the sheets of hosts as well, under these names.
+QStringList promisedPaths()
+{
+    static const char *const names[] = {
+        "btn_color_youbika",
+        "btn_color_youbika_lc",
+        "btn_color_lanbaoshi",
+        "btn_color_yingshi",
+        "btn_color_zuanshi",
+        "btn_color_feicui",
+        "btn_color_hetianyu",
+        "btn-color-ch-youbika",
+        "btn-color-ch-baoyushi",
+        "btn_gray_youbika",
+        "btn_gray_lanbaoshi",
+        "btn_gray_yingshi",
+        "btn_gray_zuanshi",
+        "btn_gray_feicui",
+        "btn_gray_hetianyu",
+        "btn-gray-ch-youbika",
+        "btn-gray-ch-baoyushi",
+        "btn_yellow_youbika",
+        "btn_yellow_wenwan",
+        "btn_yellow_lanbaoshi",
+        "btn_yellow_baoyushi",
+        "btn_white_youbika",
+        "btn_white_wenwan",
+        "btn_white_lanbaoshi",
+        "btn_white_baoyushi",
+        "huodong_img_youbika",
+        "huodong_img_feicui",
+        "huodong_img_lanbaoshi",
+        "huodong_img_zuanshi",
+        "huodong_img_yingshi",
+        "huodong_img_hetianyu",
+        "huodong_btn_notOpen",
+        "arrow_left",
+        "arrow_right",
+        "arrow-ch-left",
+        "arrow-ch-right",
+        "arrow-rd-left",
+        "arrow-rd-right",
+        "arrow-pn-left",
+        "arrow-pn-right",
+        "lanchuan-splash",
+        "chenghu-splash",
+        "movie-splash",
+        "blue-splash",
+        "lc_top_title",
+        "ch_top_title",
+        "lc_startbtn",
+        "ch_startbtn",
+        "close1",
+        "close2",
+    };
+    QStringList paths;
+    for (const char *name : names)
+        paths += QStringLiteral(":/icons/guidepage/%1.png").arg(QLatin1String(name));
+    return paths;
+}
+
+// What the dark style looks for in its folder.
+const char *const stylePictures[] = {
+    "arrow_up",       "arrow_up_hover",   "arrow_up_disabled",
+    "arrow_down",     "arrow_down_hover", "arrow_down_disabled",
+    "arrow_previous", "arrow_next",       "grip",
+};
+
+bool isOfTheStyle(const QString &path)
+{
+    return std::any_of(std::begin(stylePictures), std::end(stylePictures), [&](const char *name) {
+        return path == QStringLiteral(":/icons/controls/%1.png").arg(QLatin1String(name));
+    });
+}
+
+QSet<QString> namedIn(const QString &text)
+{
+    const QStringList paths = pathsIn(text);
+    return QSet<QString>(paths.begin(), paths.end());
+}
+
 QString scrollBarSheet()
 {
     return textOf(QStringLiteral(":/qsss/scrollbar.qss"));
@@ -91,6 +204,74 @@ private slots:
                  "the picture for scale 2 is not drawn but enlarged");
     }
 
+    // What hosts and their sheets count on.
+    void theTreesAreComplete()
+    {
+        QCOMPARE(entriesOf(QStringLiteral("icons.qrc")).size()
+                     + entriesOf(QStringLiteral("icons_vedio.qrc")).size(),
+                 124);
+        for (const QString &path : promisedPaths())
+            QVERIFY2(QFile::exists(path), qPrintable(path));
+    }
+
+    // A picture that nothing shows is none that belongs here.
+    void everyEntryIsUsed()
+    {
+        QSet<QString> used;
+        for (const QString &path : promisedPaths())
+            used.insert(path);
+        for (const QString &text : sourceTexts())
+            used += namedIn(text);
+        for (const QString &text : styleTexts())
+            used += namedIn(text);
+        for (const QString &path : allEntries())
+            QVERIFY2(used.contains(path) || isOfTheStyle(path), qPrintable(path));
+    }
+
+    void theStyleFindsItsPictures()
+    {
+        for (const char *name : stylePictures)
+            QVERIFY2(allEntries().contains(QLatin1String(":/icons/controls/") + QLatin1String(name)
+                                           + QLatin1String(".png")),
+                     name);
+        const QString style
+            = textOf(sources().filePath(QStringLiteral("BreltWidgetToolKit/breltdarkstyle.cpp")));
+        for (const char *name : {"arrow_up", "arrow_down", "_hover", "_disabled", "arrow_previous",
+                                 "arrow_next", "grip"})
+            QVERIFY2(style.contains(QLatin1Char('"') + QLatin1String(name) + QLatin1Char('"')),
+                     name);
+    }
+
+    void sizes_data()
+    {
+        QTest::addColumn<QString>("paths"); // a pattern
+        QTest::addColumn<QSize>("size");
+        const auto row = [](const char *paths, int width, int height) {
+            QTest::newRow(paths) << QString::fromLatin1(paths) << QSize(width, height);
+        };
+        row("/button/button_", 240, 240);
+        row("/button/client_interface", 801, 433);
+        row("/guidepage/btn[-_]", 28, 80);
+        row("/guidepage/.*-splash", 640, 400);
+        row("/guidepage/arrow", 16, 16);
+        row("/guidepage/huodong_img_", 240, 150);
+        row("/icon_(mini|narrow|close)_", 16, 16);
+        row("/menu/", 16, 16);
+        row("/login/", 32, 16);
+        row("/transaction/", 16, 16);
+        row("/controls/arrow_(up|down)", 12, 12);
+        row("/icons_vedio/(online|offline|connecting)", 16, 16);
+    }
+    void sizes()
+    {
+        QFETCH(QString, paths);
+        QFETCH(QSize, size);
+        const QStringList found = allEntries().filter(QRegularExpression(paths));
+        QVERIFY(!found.isEmpty());
+        for (const QString &path : found)
+            QCOMPARE(QImage(path).size(), size);
+    }
+
     void noEntryIsListedTwice()
     {
         QStringList entries = allEntries();
@@ -102,15 +283,11 @@ private slots:
     void everyNamedPathExists()
     {
         int found = 0;
-        QDirIterator files(sources().path(),
-                           {QStringLiteral("*.cpp"), QStringLiteral("*.h"), QStringLiteral("*.ui"),
-                            QStringLiteral("*.qss")},
-                           QDir::Files, QDirIterator::Subdirectories);
-        while (files.hasNext()) {
-            const QString file = files.next();
-            for (const QString &path : pathsIn(textOf(file))) {
+        for (const QString &text : sourceTexts()) {
+            for (const QString &path : pathsIn(text)) {
                 ++found;
-                QVERIFY2(QFile::exists(path), qPrintable(path + QLatin1String(" in ") + file));
+                QVERIFY2(path == QLatin1String(":/icons/controls/") || QFile::exists(path),
+                         qPrintable(path));
             }
         }
         QVERIFY(found > 0);
@@ -118,21 +295,11 @@ private slots:
 
     void everyPictureOfTheStylesExists()
     {
-        ZvServerConfig *config = ZvServerConfig::getZvServerConfigInstance();
-        for (const auto platform : {ZvServerConfig::LanChuan, ZvServerConfig::ChengHu}) {
-            config->setCurrentPlatform(platform);
-            const QStringList texts{config->getPathOf_zijingzonglanPNG(),
-                                    config->getStyleOf_LoginDlgCloseBtn(),
-                                    config->getStyleOf_LoginDlgReturnBtn(),
-                                    config->getStyleOf_MarketOpenButton(),
-                                    config->getStyleOf_ZvGuideTabItemButtonEnable(),
-                                    config->getStyleOf_ZvGuideTabItemButtonDisable()};
-            for (const QString &text : texts) {
-                const QStringList paths = pathsIn(text);
-                QVERIFY2(!paths.isEmpty(), qPrintable(text));
-                for (const QString &path : paths)
-                    QVERIFY2(QFile::exists(path), qPrintable(path));
-            }
+        for (const QString &text : styleTexts()) {
+            const QStringList paths = pathsIn(text);
+            QVERIFY2(!paths.isEmpty(), qPrintable(text));
+            for (const QString &path : paths)
+                QVERIFY2(QFile::exists(path), qPrintable(path));
         }
     }
 
