@@ -26,8 +26,10 @@ bool ClientOptions::parse(const QStringList &arguments)
         QStringLiteral("URL"));
     const QCommandLineOption platformOption(
         QStringLiteral("platform"),
-        QStringLiteral("Platform to trade on: ch (澄湖, the default) or lc (岚川)."),
-        QStringLiteral("ch|lc"), QStringLiteral("ch"));
+        QStringLiteral(
+            "Platform to trade on, ch (澄湖) or lc (岚川); without it a dialog asks, and\n"
+            "a picture is one of ch."),
+        QStringLiteral("ch|lc"));
     const QCommandLineOption stateOption(
         QStringLiteral("state"),
         QStringLiteral("Folder of the embedded service's state; by default in the user's data."),
@@ -73,10 +75,10 @@ bool ClientOptions::parse(const QStringList &arguments)
 
     const QString platformName = parser.value(platformOption);
     if (platformName == QLatin1String("ch")) {
-        platform = ZvServerConfig::Platform(1);
+        platform = ZvServerConfig::ChengHu;
     } else if (platformName == QLatin1String("lc")) {
-        platform = ZvServerConfig::Platform(2);
-    } else {
+        platform = ZvServerConfig::LanChuan;
+    } else if (parser.isSet(platformOption)) {
         error = QStringLiteral("--platform is ch or lc, not: %1").arg(platformName);
         return false;
     }

@@ -6,10 +6,12 @@
 #include <QStringList>
 #include <QUrl>
 
+#include <optional>
+
 // What the command line asks of the client.
 struct ClientOptions {
     QUrl exchange; // empty: start or attach to the embedded service
-    ZvServerConfig::Platform platform = ZvServerConfig::Platform(1);
+    std::optional<ZvServerConfig::Platform> platform; // none: ask the user
     QString stateFolder; // of the embedded service
     QString screenshotFile; // empty: stay open
     int screenshotAfterSeconds = 5;

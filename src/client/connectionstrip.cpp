@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int stripHeight = 30;
+constexpr int stripHeight = 26;
 constexpr int markSide = 16;
 
 ZvActionChecks *checks()
@@ -42,7 +42,7 @@ QString span(qint64 milliseconds)
 
 ConnectionStrip::ConnectionStrip(QWidget *parent)
     : QWidget(parent), m_mark(new QLabel(this)), m_words(new QLabel(this)),
-      m_account(new AccountButton), m_timer(new QTimer(this))
+      m_account(new AccountButton(this)), m_timer(new QTimer(this))
 {
     setFixedHeight(stripHeight);
     setAttribute(Qt::WA_StyledBackground);
@@ -99,9 +99,9 @@ void ConnectionStrip::refresh()
     const QString words = parts.join(QStringLiteral("  ·  "));
     m_words->setText(words);
     m_words->setToolTip(isCalm ? QString() : words);
-    showMark(isCalm ? QStringLiteral(":/icons_vedio/online.png")
-                    : isLost ? QStringLiteral(":/icons_vedio/offline.png")
-                             : QStringLiteral(":/icons_vedio/connecting.png"));
+    showMark(isCalm       ? QStringLiteral(":/icons_vedio/online.png")
+                 : isLost ? QStringLiteral(":/icons_vedio/offline.png")
+                          : QStringLiteral(":/icons_vedio/connecting.png"));
     if (!m_shownState || *m_shownState != isCalm)
         showColours(isCalm);
     // While connected nothing here moves, so nothing is painted either.

@@ -8,10 +8,10 @@ class AccountButton;
 class QLabel;
 class QTimer;
 
-// The slim strip at the bottom of the window that says in words whether the exchange is there, how
+// The slim strip above the status bar that says in words whether the exchange is there, how
 // old the figures on the screen are, and of which orders it is not known yet what became of them.
 // Quotes that stop with nothing said cost traders money, and so does an order that is placed twice.
-// At its end stands the account.
+// At its end stands the account that is signed in.
 class ConnectionStrip : public QWidget
 {
     Q_OBJECT

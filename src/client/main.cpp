@@ -2,6 +2,8 @@
 #include "client/display.h"
 #include "client/embeddedexchange.h"
 #include "client/mainwindow.h"
+#include "client/startscreen.h"
+#include "client/windowplace.h"
 
 #include "BreltWidgetToolKit/breltdarkstyle.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
@@ -10,7 +12,6 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QIcon>
-#include <QScreen>
 #include <QTextStream>
 #include <QTimer>
 
@@ -78,17 +79,33 @@ QString exchangeProgram()
     return QCoreApplication::applicationDirPath() + QStringLiteral("/zvexchange");
 }
 
-// Shows the window as large as the screen: the table shares the screen's width among its columns.
-void show(QWidget &window)
+// The accent of the style is the platform's.
+void installStyle(QApplication &application)
 {
-    if (QGuiApplication::platformName() == QLatin1String("offscreen")) {
-        window.resize(pictureSize);
-        window.show();
-    } else {
-        // Where no window manager is there to do it, nobody else gives the window its size.
-        window.setGeometry(QGuiApplication::primaryScreen()->availableGeometry());
-        window.showMaximized();
-    }
+    const ZvServerConfig *config = ZvServerConfig::getZvServerConfigInstance();
+    BreltDarkStyle::setPictures(QStringLiteral(":/icons/controls/"));
+    BreltDarkStyle::install(application, QColor(config->getStyleOf_MarketTableSelectRow()));
+}
+
+// False where the user would rather not choose one.
+bool choosePlatform(const ClientOptions &options)
+{
+    if (options.platform)
+        ZvServerConfig::getZvServerConfigInstance()->setCurrentPlatform(*options.platform);
+    else if (options.screenshotFile.isEmpty())
+        return StartScreen::choosePlatform();
+    return true;
+}
+
+// Opens the window where it stood, once the splash says so.
+void openAfter(StartScreen &start, MainWindow &window)
+{
+    auto *place
+        = new WindowPlace(&window, window.frame(), window.halves(), WindowPlace::usualFile());
+    QObject::connect(&start, &StartScreen::over, place, [place, &start, &window] {
+        place->show();
+        start.leaveTo(&window);
+    });
 }
 
 // Writes the picture and leaves with 0, or with 1 where it cannot be written.
@@ -155,24 +172,36 @@ int main(int argc, char **argv)
     QApplication application(onlyProgram, argv);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/appicon.png")));
     chooseFont();
-    ZvServerConfig *config = ZvServerConfig::getZvServerConfigInstance();
-    config->setCurrentPlatform(options.platform);
-    BreltDarkStyle::setPictures(QStringLiteral(":/icons/controls/"));
-    BreltDarkStyle::install(application, QColor(config->getStyleOf_MarketTableSelectRow()));
+    installStyle(application);
+    if (!choosePlatform(options))
+        return 0;
+    installStyle(application);
 
     // Declared before the window, which follows it to its end.
     std::unique_ptr<EmbeddedExchange> embedded;
+    std::unique_ptr<StartScreen> start;
+    const bool isPicture = !options.screenshotFile.isEmpty();
+    if (!isPicture) {
+        start = std::make_unique<StartScreen>();
+        start->show();
+    }
     MainWindow window;
     if (options.exchange.isEmpty()) {
         embedded = std::make_unique<EmbeddedExchange>(exchangeProgram(), options.stateFolder);
         window.followExchange(embedded.get());
+        if (start)
+            start->followExchange(embedded.get());
         embedded->start();
     } else {
         window.useExchange(options.exchange);
     }
-    show(window);
-    if (!options.screenshotFile.isEmpty())
+    if (isPicture) {
+        window.resize(pictureSize);
+        window.show();
         planPicture(window, options.screenshotFile, options.screenshotAfterSeconds);
+    } else {
+        openAfter(*start, window);
+    }
 
     const int code = QApplication::exec();
     ZvServerAccessManager::getZvServerAccessManagerInstance()->stop();

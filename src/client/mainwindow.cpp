@@ -1,21 +1,26 @@
 #include "client/mainwindow.h"
 
 #include "client/accountbutton.h"
+#include "client/buttonkeys.h"
 #include "client/connectionstrip.h"
 #include "client/embeddedexchange.h"
+#include "client/halves.h"
 #include "client/keyboardsprite.h"
 #include "client/marketkeys.h"
 #include "client/namecolumn.h"
+#include "client/signin.h"
+#include "client/windowframe.h"
 
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvserverconfig.h"
 #include "ZvNetworkKit/zvserverengine.h"
 #include "ZvWidgetKit/market_widget.h"
+#include "ZvWidgetKit/statusbar.h"
+#include "ZvWidgetKit/titlebar.h"
 #include "ZvWidgetKit/transaction_widget.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
 #include <QResizeEvent>
-#include <QSplitter>
 #include <QStackedWidget>
 #include <QTableView>
 #include <QVBoxLayout>
@@ -24,68 +29,81 @@ namespace {
 
 constexpr int tablePage = 0;
 
-// The market half gives way to the trading half down to this, also where the page of a chart would
-// rather have more: the window has to fit a screen of 800 lines.
-constexpr int leastMarketHeight = 420;
-
 ZvWidgetSignalSLotPool *pool()
 {
     return ZvWidgetSignalSLotPool::getSignalSlotPoolInstance();
 }
 
+QString platformName()
+{
+    const auto platform = ZvServerConfig::getZvServerConfigInstance()->getCurrentPlatform();
+    return platform == ZvServerConfig::LanChuan ? QStringLiteral("岚川商品交易平台")
+                                                : QStringLiteral("澄湖文化交易平台");
+}
+
 } // namespace
 
 MainWindow::MainWindow(QWidget *parent)
-    : QWidget(parent), m_halves(new QSplitter(Qt::Vertical)), m_market(new Market_Widget),
+    : QWidget(parent), m_titleBar(new TitleBar(nullptr)), m_statusBar(new StatusBar(nullptr)),
+      m_market(new Market_Widget), m_transactions(new Transaction_Widget),
       m_pages(m_market->findChild<QStackedWidget *>(QString(), Qt::FindDirectChildrenOnly)),
       m_table(m_pages->widget(tablePage)->findChild<QTableView *>()),
-      m_transactions(new Transaction_Widget), m_strip(new ConnectionStrip), m_sprite(nullptr)
+      m_halves(new Halves(m_market, m_transactions)), m_strip(new ConnectionStrip),
+      m_signIn(new SignIn(this)), m_frame(nullptr), m_sprite(nullptr)
 {
     setObjectName(QStringLiteral("MainWindow"));
     setAttribute(Qt::WA_StyledBackground);
     setStyleSheet(QStringLiteral("MainWindow{background-color:rgb(21,21,21);}"));
-    setWindowTitle(QStringLiteral("藏品交易"));
+    setWindowTitle(platformName());
+    m_titleBar->setTitle(platformName());
 
-    m_halves->setChildrenCollapsible(false);
-    m_market->setMinimumHeight(leastMarketHeight);
-    m_halves->addWidget(m_market);
-    m_halves->addWidget(m_transactions);
-    // What the window grows by is the market's.
-    m_halves->setStretchFactor(m_halves->indexOf(m_market), 1);
-    m_halves->setStretchFactor(m_halves->indexOf(m_transactions), 0);
-
-    auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    layout->addWidget(m_halves, 1);
-    layout->addWidget(m_strip);
-
+    layOut();
+    m_frame = new WindowFrame(this, m_titleBar);
     m_sprite = new KeyboardSprite(m_halves);
     new MarketKeys(this, m_pages, m_sprite);
+    new ButtonKeys(this);
     new NameColumn(m_table);
-    createConnections();
+    joinBars();
+    joinMarket();
     // Before the window has a size of its own: what it needs at least is told by its parts as they
     // are on the smallest screen.
     pool()->slot_adjustSize(size());
     m_table->setFocus();
 }
 
-void MainWindow::createConnections()
+// The order of the Tab key is the same.
+void MainWindow::layOut()
+{
+    auto *layout = new QVBoxLayout(this);
+    layout->setSpacing(0);
+    layout->addWidget(m_titleBar);
+    layout->addWidget(m_halves, 1);
+    layout->addWidget(m_strip);
+    layout->addWidget(m_statusBar);
+}
+
+void MainWindow::joinBars()
+{
+    connect(m_titleBar, &TitleBar::signal_loginClicked, m_signIn, &SignIn::open);
+    connect(m_titleBar, &TitleBar::signal_minimizeClicked, m_frame, &WindowFrame::minimize);
+    connect(m_titleBar, &TitleBar::signal_normalClicked, m_frame, &WindowFrame::toggleMaximized);
+    connect(m_titleBar, &TitleBar::signal_doubleClicked, m_frame, &WindowFrame::toggleMaximized);
+    connect(m_titleBar, &TitleBar::signal_exitClicked, this, &QWidget::close);
+    connect(m_statusBar, &StatusBar::signal_hideTransactions_toggled, this,
+            &MainWindow::hideTransactions);
+    connect(m_statusBar, &StatusBar::signal_lockTransactions_clicked, m_transactions,
+            &Transaction_Widget::slot_showTransctionLock);
+    connect(m_strip->accountButton(), &AccountButton::transferWanted, m_market,
+            &Market_Widget::slot_inputoutput_clicked);
+}
+
+void MainWindow::joinMarket()
 {
     connect(m_table->model(), &QAbstractItemModel::modelReset, this, &MainWindow::noteRows);
     connect(pool(), &ZvWidgetSignalSLotPool::signal_login_succeed, m_market,
             &Market_Widget::showButtonsNeedLog);
     connect(pool(), &ZvWidgetSignalSLotPool::signal_loggedOtherPlace, m_market,
             &Market_Widget::hideButtonsNeedLog);
-    connect(m_strip->accountButton(), &AccountButton::transferWanted, m_market,
-            &Market_Widget::slot_inputoutput_clicked);
-    connect(m_strip->accountButton(), &AccountButton::hideTransactionsToggled, this,
-            &MainWindow::hideTransactions);
-    connect(m_strip->accountButton(), &AccountButton::lockTransactionsWanted, m_transactions,
-            &Transaction_Widget::slot_showTransctionLock);
-    connect(pool(), &ZvWidgetSignalSLotPool::signal_login_succeed, this,
-            [this] { hideTransactions(false); });
-
     connect(pool(), &ZvWidgetSignalSLotPool::signal_escape_clicked, this, &MainWindow::goBack);
     connect(pool(), &ZvWidgetSignalSLotPool::signal_keyboardFairy_clicked, m_sprite,
             &KeyboardSprite::begin);
@@ -142,26 +160,11 @@ void MainWindow::hideTransactions(bool isHidden)
     }
 }
 
-// The trading half asks for a height by the window's. A splitter makes room for a half that needs
-// more, keeps the room when less would do, and does not see that a half has changed its own size.
-void MainWindow::adjustHalves()
-{
-    layout()->activate(); // the halves have the room of the window as it is now
-    QList<int> heights = m_halves->sizes();
-    const int before = m_transactions->minimumHeight();
-    pool()->slot_adjustSize(size());
-    const int wanted = m_transactions->minimumHeight();
-    const int rest = m_halves->height() - m_halves->handleWidth() - wanted;
-    if ((wanted != before || !m_isAdjusted) && rest > 0)
-        heights = {rest, wanted};
-    m_halves->setSizes(heights);
-    m_isAdjusted = true;
-}
-
 void MainWindow::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    adjustHalves();
+    layout()->activate(); // the halves have the room of the window as it is now
+    m_halves->fit(size());
 }
 
 void MainWindow::showEvent(QShowEvent *event)

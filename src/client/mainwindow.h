@@ -4,16 +4,20 @@
 
 class ConnectionStrip;
 class EmbeddedExchange;
+class Halves;
 class KeyboardSprite;
 class Market_Widget;
-class QSplitter;
 class QStackedWidget;
 class QTableView;
 class QUrl;
+class SignIn;
+class StatusBar;
+class TitleBar;
 class Transaction_Widget;
+class WindowFrame;
 
-// The one window: title bar, market half over trading half, status bar, and the strip that tells
-// of the connection. The bars find their places left free here.
+// The one window, from top to bottom: title bar, market half, trading half, the strip that tells of
+// the connection, status bar. It has no frame but its own.
 class MainWindow : public QWidget
 {
     Q_OBJECT
@@ -29,6 +33,8 @@ public:
     void followExchange(EmbeddedExchange *exchange);
 
     ConnectionStrip *connectionStrip() const { return m_strip; }
+    WindowFrame *frame() const { return m_frame; }
+    Halves *halves() const { return m_halves; }
 
     // True once the market has been on the screen.
     bool hasMarket() const { return m_hasMarket; }
@@ -42,19 +48,25 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
-    void createConnections();
+    void layOut();
+    void joinBars();
+    void joinMarket();
     void goBack();
     void noteRows();
     void hideTransactions(bool isHidden);
-    void adjustHalves();
 
-    QSplitter *m_halves;
+    // In the order in which they hear of what passes through the pool.
+    TitleBar *m_titleBar;
+    StatusBar *m_statusBar;
     Market_Widget *m_market;
+    Transaction_Widget *m_transactions;
+
     QStackedWidget *m_pages; // of the market half: its table, the chart, the deals
     QTableView *m_table; // the market table
-    Transaction_Widget *m_transactions;
+    Halves *m_halves;
     ConnectionStrip *m_strip;
+    SignIn *m_signIn;
+    WindowFrame *m_frame;
     KeyboardSprite *m_sprite;
     bool m_hasMarket = false;
-    bool m_isAdjusted = false; // the halves have had a size of the window
 };

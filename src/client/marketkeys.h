@@ -11,9 +11,9 @@ class QWidget;
 // What keys and wheel mean in the window: F5, F6, Escape, Page Up, Page Down, digits and letters,
 // and the wheel over the page of the chart go to the signal pool.
 //
-// A field in which one types keeps the keys of typing, the market table those by which it moves, and
-// a list beside the pages those by which it scrolls. Nothing is taken from another window, while a dialog or a menu is up, or while the
-// keyboard sprite is open.
+// A field in which one types keeps the keys of typing, the market table those by which it moves,
+// and a list beside the pages those by which it scrolls. Nothing is taken from another window,
+// while a dialog or a menu is up, or while the keyboard sprite is open.
 class MarketKeys : public QObject
 {
     Q_OBJECT

@@ -6,7 +6,6 @@
 #include "BreltWidgetToolKit/breltframlessmessagebox.h"
 #include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverengine.h"
-#include "ZvWidgetKit/logindialog.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
 #include <QLabel>
@@ -57,7 +56,7 @@ const QString endsSession = QStringLiteral("ZvServerEngine::startUnloggedEngine(
 
 } // namespace
 
-// The account at the edge of the window: signing in and out, and the end of a session.
+// The account at the edge of the window, while there is one.
 class AccountButtonTest : public QObject
 {
     Q_OBJECT
@@ -104,78 +103,30 @@ private slots:
         engine()->isLogged = false;
     }
 
-    void signedOutItOffersToSignIn()
+    void signedOutThereIsNone()
     {
-        QCOMPARE(m_button->text(), QStringLiteral("登录"));
-        QCOMPARE(m_button->accessibleName(), QStringLiteral("登录"));
+        QVERIFY(m_button->isHidden());
+        signIn();
+        QVERIFY(m_button->isVisible());
         QVERIFY(m_button->focusPolicy() & Qt::TabFocus);
-        QVERIFY(m_button->toolTip().contains("Ctrl+L"));
     }
 
-    void clickOpensTheDialogOverTheWindow()
+    void withoutAWindowItOpensNone()
     {
-        QTest::mouseClick(m_button, Qt::LeftButton);
-        QCOMPARE(shown<LoginDialog>().size(), 1);
-        const QPointer<LoginDialog> dialog = shown<LoginDialog>().first();
-        QVERIFY(dialog->isModal());
-        QVERIFY(dialog->testAttribute(Qt::WA_DeleteOnClose));
-        QCOMPARE(dialog->parentWidget(), m_window.get());
-        const QPoint apart = dialog->geometry().center() - m_window->frameGeometry().center();
-        QVERIFY2(apart.manhattanLength() <= 2, qPrintable(QString::number(apart.x())));
-
-        dialog->close();
-        QTRY_VERIFY(!dialog);
-        // And each use has a dialog of its own.
-        QTest::mouseClick(m_button, Qt::LeftButton);
-        QCOMPARE(shown<LoginDialog>().size(), 1);
+        engine()->isLogged = true;
+        QWidget owner;
+        const AccountButton inside(&owner);
+        QVERIFY(!inside.isVisible());
+        QVERIFY(!inside.isHidden());
     }
 
-    void secondClickRaisesTheOneThatIsOpen()
-    {
-        m_button->click();
-        const QPointer<LoginDialog> dialog = shown<LoginDialog>().value(0);
-        QVERIFY(dialog);
-        m_button->click();
-        QCOMPARE(m_window->findChildren<LoginDialog *>().size(), 1);
-        QTRY_COMPARE(QApplication::activeWindow(), dialog.data());
-    }
-
-    void clickRightAfterClosingOpensAnother()
-    {
-        m_button->click();
-        const QPointer<LoginDialog> first = shown<LoginDialog>().value(0);
-        first->close();
-        m_button->click();
-        QCOMPARE(shown<LoginDialog>().size(), 1);
-        QVERIFY(shown<LoginDialog>().first() != first);
-    }
-
-    void keysOpenTheDialog_data()
-    {
-        QTest::addColumn<bool>("isSpace");
-        QTest::newRow("Ctrl+L") << false;
-        QTest::newRow("space") << true;
-    }
-    void keysOpenTheDialog()
-    {
-        QFETCH(bool, isSpace);
-        if (isSpace) {
-            QTest::keyClick(m_window->findChild<QLineEdit *>(), Qt::Key_Tab);
-            QVERIFY(m_button->hasFocus());
-            QTest::keyClick(m_button, Qt::Key_Space);
-        } else {
-            QTest::keyClick(m_window->findChild<QLineEdit *>(), Qt::Key_L, Qt::ControlModifier);
-        }
-        QTRY_COMPARE(shown<LoginDialog>().size(), 1);
-    }
-
-    void shortcutOutlivesTheChangesOfTheText()
+    void keysOpenTheMenu()
     {
         signIn();
-        cache()->storeMyAccount(account("13900000001", "张三"));
-        QTest::keyClick(m_window->findChild<QLineEdit *>(), Qt::Key_L, Qt::ControlModifier);
+        QTest::keyClick(m_window->findChild<QLineEdit *>(), Qt::Key_Tab);
+        QVERIFY(m_button->hasFocus());
+        QTest::keyClick(m_button, Qt::Key_Space);
         QTRY_VERIFY(m_button->findChild<QMenu *>()->isVisible());
-        QVERIFY(shown<LoginDialog>().isEmpty());
         m_button->findChild<QMenu *>()->close();
     }
 
@@ -246,14 +197,15 @@ private slots:
     {
         // The account is there before its sign-in is told.
         cache()->storeSignIn(account("13900000001", "张三"));
-        QCOMPARE(m_button->text(), QStringLiteral("登录"));
+        QVERIFY(m_button->isHidden());
         signIn();
         QCOMPARE(m_button->text(), QStringLiteral("张三"));
         m_button->findChild<QMenu *>()->actions().last()->trigger();
-        QCOMPARE(m_button->text(), QStringLiteral("登录"));
+        QVERIFY(m_button->isHidden());
         // A late answer about the account that has left changes nothing.
         cache()->storeMyAccount(account("13900000001", "张三"));
-        QCOMPARE(m_button->text(), QStringLiteral("登录"));
+        QVERIFY(m_button->isHidden());
+        QCOMPARE(m_button->text(), QString());
         cache()->storeSignIn(account("13900000002", "李四"));
         signIn();
         QCOMPARE(m_button->text(), QStringLiteral("李四"));
@@ -265,7 +217,6 @@ private slots:
         QTest::mouseClick(m_button, Qt::LeftButton);
         QMenu *menu = m_button->findChild<QMenu *>();
         QTRY_VERIFY(menu->isVisible());
-        QVERIFY(shown<LoginDialog>().isEmpty());
         // Above the button, which stands at the lower edge of the window.
         QVERIFY(menu->geometry().bottom() < m_button->mapToGlobal(QPoint()).y());
         QSignalSpy left(pool(), &ZvWidgetSignalSLotPool::signal_loggedOtherPlace);
@@ -273,7 +224,7 @@ private slots:
         choose("退出登录");
         QCOMPARE(trace.take(), QStringList{endsSession});
         QVERIFY(!engine()->isLogged);
-        QCOMPARE(m_button->text(), QStringLiteral("登录"));
+        QVERIFY(m_button->isHidden());
         // Everybody else in the house hears of it.
         QCOMPARE(left.count(), 1);
     }
@@ -294,38 +245,18 @@ private slots:
         QStringList texts;
         for (const QAction *action : m_button->findChild<QMenu *>()->actions())
             texts << action->text();
-        QCOMPARE(texts, QStringList({"出/入金", "隐藏交易", "锁定交易", "", "退出登录"}));
+        QCOMPARE(texts, QStringList({"出/入金", "", "退出登录"}));
     }
 
-    void menuHidesAndShowsTheTradingHalf()
+    void anOpenMenuEndsWithTheSession()
     {
         signIn();
-        QSignalSpy toggled(m_button, &AccountButton::hideTransactionsToggled);
-        for (const bool isHidden : {true, false, true}) {
-            QTest::mouseClick(m_button, Qt::LeftButton);
-            QTRY_VERIFY(m_button->findChild<QMenu *>()->isVisible());
-            choose(isHidden ? "隐藏交易" : "显示交易");
-            QCOMPARE(toggled.count(), 1);
-            QCOMPARE(toggled.takeFirst().first().toBool(), isHidden);
-        }
-        // Whoever signs in sees it, and the menu offers to hide it.
-        pool()->slot_login_succeed();
-        QVERIFY(toggled.isEmpty());
         QTest::mouseClick(m_button, Qt::LeftButton);
-        QTRY_VERIFY(m_button->findChild<QMenu *>()->isVisible());
-        choose("隐藏交易");
-        QCOMPARE(toggled.count(), 1);
-        QVERIFY(toggled.first().first().toBool());
-    }
-
-    void menuLocksTheTradingHalf()
-    {
-        signIn();
-        QSignalSpy wanted(m_button, &AccountButton::lockTransactionsWanted);
-        QTest::mouseClick(m_button, Qt::LeftButton);
-        QTRY_VERIFY(m_button->findChild<QMenu *>()->isVisible());
-        choose("锁定交易");
-        QCOMPARE(wanted.count(), 1);
+        QMenu *menu = m_button->findChild<QMenu *>();
+        QTRY_VERIFY(menu->isVisible());
+        engine()->isLogged = false;
+        pool()->slot_loggedOtherPlace();
+        QVERIFY(!menu->isVisible());
     }
 
     void theEndOfTheSessionIsTheTradingHalfsToSay()
@@ -338,21 +269,13 @@ private slots:
         QVERIFY(engine()->isLogged);
     }
 
-    void windowMayEndWithItsDialog()
-    {
-        m_button->click();
-        const QPointer<LoginDialog> dialog = shown<LoginDialog>().value(0);
-        m_window.reset();
-        QVERIFY(!dialog);
-    }
-
     void aSignInElsewhereInTheHouseIsSeen()
     {
         // What the trading side does when the session ends.
         signIn();
         engine()->isLogged = false;
         pool()->slot_loggedOtherPlace();
-        QCOMPARE(m_button->text(), QStringLiteral("登录"));
+        QVERIFY(m_button->isHidden());
     }
 };
 

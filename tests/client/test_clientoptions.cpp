@@ -9,12 +9,12 @@ class ClientOptionsTest : public QObject
     Q_OBJECT
 
 private slots:
-    void defaultsAreTheEmbeddedServiceAndPlatformOne()
+    void defaultsAreTheEmbeddedServiceAndTheUsersPlatform()
     {
         ClientOptions options;
         QVERIFY(options.parse({"zvclient"}));
         QVERIFY(options.exchange.isEmpty());
-        QCOMPARE(int(options.platform), 1);
+        QVERIFY(!options.platform);
         QVERIFY(options.screenshotFile.isEmpty());
         QVERIFY(options.stateFolder.endsWith("/zvclient/exchange"));
         QVERIFY(QDir::isAbsolutePath(options.stateFolder));
@@ -30,7 +30,7 @@ private slots:
                            "--screenshot", picture, "--after", "0", "--state", folder.path()}),
             qPrintable(options.error));
         QCOMPARE(options.exchange, QUrl("http://127.0.0.1:8080"));
-        QCOMPARE(int(options.platform), 2);
+        QCOMPARE(int(options.platform.value_or(ZvServerConfig::Platform(0))), 2);
         QCOMPARE(options.screenshotFile, picture);
         QCOMPARE(options.screenshotAfterSeconds, 0);
         QCOMPARE(options.stateFolder, folder.path());
@@ -43,6 +43,7 @@ private slots:
         QTest::newRow("unknown option") << QStringList{"--frobnicate"} << "frobnicate";
         QTest::newRow("stray argument") << QStringList{"market"} << "market";
         QTest::newRow("platform") << QStringList{"--platform", "xx"} << "xx";
+        QTest::newRow("empty platform") << QStringList{"--platform", ""} << "--platform";
         QTest::newRow("no scheme") << QStringList{"--exchange", "127.0.0.1:80"} << "127.0.0.1:80";
         QTest::newRow("other scheme") << QStringList{"--exchange", "ftp://host/"} << "ftp://host/";
         QTest::newRow("no host") << QStringList{"--exchange", "http:///x"} << "http:///x";

@@ -1,4 +1,5 @@
 #include "client/accountbutton.h"
+#include "client/signin.h"
 
 #include "ZvNetworkKit/kitbench.h"
 #include "support/calltrace.h"
@@ -41,6 +42,7 @@ private:
     std::unique_ptr<KitBench> m_kit;
     std::unique_ptr<QWidget> m_window;
     AccountButton *m_button = nullptr;
+    SignIn *m_signIn = nullptr;
     std::unique_ptr<QSignalSpy> m_told;
 
     ZvScriptedTransport *exchange() const { return m_kit->exchange; }
@@ -67,7 +69,7 @@ private:
     // Opens the dialog and sends a sign-in, which waits for its answer.
     void send(const QString &phone)
     {
-        QTest::mouseClick(m_button, Qt::LeftButton);
+        m_signIn->open();
         QVERIFY(dialog());
         QTest::keyClicks(dialog()->findChild<QLineEdit *>("lineEdit_login_phoneNumber"), phone);
         QTest::keyClicks(dialog()->findChild<QLineEdit *>("lineEdit_login_password"), "secret1");
@@ -103,6 +105,7 @@ private slots:
         m_kit->startOn(QStringLiteral("/ch/late%1/").arg(++runs));
         m_window = std::make_unique<QWidget>();
         m_button = new AccountButton;
+        m_signIn = new SignIn(m_window.get());
         (new QVBoxLayout(m_window.get()))->addWidget(m_button);
         m_window->resize(780, 560);
         m_window->show();
@@ -168,14 +171,14 @@ private slots:
         QVERIFY(!engine()->isLogged);
         QVERIFY(!hasBox());
         QCOMPARE(m_told->count(), 0);
-        QCOMPARE(m_button->text(), QStringLiteral("登录"));
+        QVERIFY(m_button->isHidden());
     }
 
     void theNextDialogClosesWithIt()
     {
         send("13900000001");
         closeDialog();
-        QTest::mouseClick(m_button, Qt::LeftButton);
+        m_signIn->open();
         const QPointer<LoginDialog> next = dialog();
         QVERIFY(next);
         zvtest::CallTrace trace;

@@ -1,7 +1,9 @@
 #include "client/accountbutton.h"
 #include "client/connectionstrip.h"
+#include "client/halves.h"
 #include "client/keyboardsprite.h"
 #include "client/mainwindow.h"
+#include "client/windowedge.h"
 
 #include "support/calltrace.h"
 #include "support/testregistry.h"
@@ -13,18 +15,22 @@
 #include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverconfig.h"
 #include "ZvNetworkKit/zvserverengine.h"
+#include "ZvWidgetKit/logindialog.h"
 #include "ZvWidgetKit/market_detailwidget.h"
 #include "ZvWidgetKit/market_ktimewidget.h"
 #include "ZvWidgetKit/market_tablewidget.h"
 #include "ZvWidgetKit/market_widget.h"
+#include "ZvWidgetKit/statusbar.h"
+#include "ZvWidgetKit/titlebar.h"
 #include "ZvWidgetKit/transaction_widget.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
 #include <QButtonGroup>
 #include <QDoubleSpinBox>
+#include <QLabel>
 #include <QMenu>
 #include <QPushButton>
-#include <QSplitter>
+#include <QSplitterHandle>
 #include <QStackedWidget>
 #include <QTableView>
 #include <QtTest/QtTest>
@@ -111,11 +117,15 @@ private:
 
     Transaction_Widget *transactions() const { return m_window->findChild<Transaction_Widget *>(); }
 
-    // What the window leaves to the market half beside the strip and the higher trading half.
+    TitleBar *titleBar() const { return m_window->findChild<TitleBar *>(); }
+    StatusBar *statusBar() const { return m_window->findChild<StatusBar *>(); }
+
+    // What the window leaves to the market half beside the bars and the higher trading half.
     int marketHeightOf(int window) const
     {
-        return window - 307 - m_window->findChild<QSplitter *>()->handleWidth()
-            - m_window->connectionStrip()->height();
+        return window - 307 - m_window->halves()->handleWidth() - titleBar()->height()
+            - m_window->connectionStrip()->height() - statusBar()->height()
+            - 2 * WindowEdge::thickness;
     }
 
     QDoubleSpinBox *ticketField() const
@@ -133,17 +143,45 @@ private:
         return nullptr;
     }
 
-    // Takes an entry of the account's menu.
-    void choose(const QString &entry) const
+    static void signIn()
     {
-        for (QAction *action :
-             m_window->findChild<AccountButton *>()->findChild<QMenu *>()->actions()) {
-            if (action->text() == entry) {
-                action->trigger();
-                return;
-            }
+        engine()->isLogged = true;
+        pool()->slot_login_succeed();
+    }
+
+    // The button of a bar that reads so.
+    static QPushButton *buttonOf(const QWidget *bar, const QString &words)
+    {
+        for (QPushButton *button : bar->findChildren<QPushButton *>()) {
+            if (button->text() == words || button->accessibleName() == words)
+                return button;
         }
-        QFAIL(qPrintable(entry));
+        return nullptr;
+    }
+
+    void click(const QWidget *bar, const QString &words) const
+    {
+        QPushButton *button = buttonOf(bar, words);
+        QVERIFY2(button && button->isVisible(), qPrintable(words));
+        QTest::mouseClick(button, Qt::LeftButton);
+    }
+
+    LoginDialog *dialog() const
+    {
+        for (auto *found : m_window->findChildren<LoginDialog *>()) {
+            if (found->isVisible())
+                return found;
+        }
+        return nullptr;
+    }
+
+    bool titleHas(const QString &words) const
+    {
+        for (const QLabel *label : titleBar()->findChildren<QLabel *>()) {
+            if (label->text() == words)
+                return true;
+        }
+        return false;
     }
 
     KeyboardSprite *sprite() const { return m_window->findChild<KeyboardSprite *>(); }
@@ -346,12 +384,12 @@ private slots:
             return found;
         };
         QCOMPARE(shown(), QStringList());
-        engine()->isLogged = true;
-        pool()->slot_login_succeed();
+        signIn();
         QCOMPARE(shown(), names);
+        engine()->isLogged = false;
         pool()->slot_loggedOtherPlace();
         QCOMPARE(shown(), QStringList());
-        pool()->slot_login_succeed();
+        signIn();
         // And with a sign-out by hand.
         m_window->findChild<AccountButton *>()->findChild<QMenu *>()->actions().last()->trigger();
         QCOMPARE(shown(), QStringList());
@@ -380,25 +418,53 @@ private slots:
     {
         m_window->show();
         const auto *button = m_window->connectionStrip()->findChild<AccountButton *>();
-        QVERIFY(button);
+        QVERIFY(button->isHidden());
+        signIn();
+        QVERIFY(button->isVisible());
         const QRect strip = m_window->connectionStrip()->rect();
         const QRect place(button->mapTo(m_window->connectionStrip(), QPoint()), button->size());
         QVERIFY(strip.contains(place));
         QVERIFY(place.right() > strip.right() - 40);
     }
 
-    void tabReachesTheAccount()
+    void tabGoesAsTheEyeDoes()
     {
-        m_window->show();
-        m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-        bool isReached = false;
-        // The ticket's fields lie between, and the tables beside it.
-        for (int i = 0; i < 40 && !isReached; ++i) {
+        m_window->resize(1366, 768);
+        open();
+        signIn();
+        // Everything that the keys reach, once around, by the part in which it lies.
+        const QList<QWidget *> parts{titleBar(), m_window->findChild<Market_Widget *>(),
+                                     transactions(), m_window->connectionStrip(), statusBar()};
+        QList<int> order;
+        QWidget *first = table();
+        first->setFocus();
+        do {
+            const QWidget *focus = m_window->focusWidget();
+            for (int i = 0; i < parts.size(); ++i) {
+                if (parts.at(i)->isAncestorOf(focus) && (order.isEmpty() || order.last() != i))
+                    order << i;
+            }
             QTest::keyClick(m_window->focusWidget(), Qt::Key_Tab);
-            isReached = qobject_cast<AccountButton *>(m_window->focusWidget());
+        } while (m_window->focusWidget() != first && order.size() < 20);
+        // The buttons of the title bar leave the focus where it is.
+        if (order.size() > 4 && order.last() == order.first())
+            order.removeLast(); // the table need not be the first in its half
+        QCOMPARE(order, (QList<int>{1, 2, 3, 4}));
+    }
+
+    void everyControlHasAName()
+    {
+        m_window->resize(1366, 768);
+        open();
+        signIn();
+        for (const QWidget *part :
+             QList<QWidget *>{titleBar(), statusBar(), m_window->connectionStrip()}) {
+            for (const QPushButton *button : part->findChildren<QPushButton *>()) {
+                QVERIFY2(!button->text().isEmpty() || !button->accessibleName().isEmpty(),
+                         part->metaObject()->className());
+            }
         }
-        QVERIFY(isReached);
+        QVERIFY(!m_window->halves()->handle(1)->accessibleName().isEmpty());
     }
 
     void addressOfTheExchangeReachesKitAndAgreement()
@@ -435,9 +501,32 @@ private slots:
                                 .arg(m_window->minimumSizeHint().height())));
         QCOMPARE(transactions()->height(), 226);
         const auto *market = m_window->findChild<Market_Widget *>();
-        QVERIFY(market->height() >= market->minimumSizeHint().height());
+        QCOMPARE(market->height(), marketHeightOf(768) + 307 - 226);
+        QVERIFY(market->height() >= 430);
         QVERIFY(market->geometry().bottom() < transactions()->geometry().top());
         QCOMPARE(transactions()->width(), market->width());
+    }
+
+    void fitsSmallScreens_data()
+    {
+        QTest::addColumn<QSize>("size"); // what a screen has at its scale
+        QTest::newRow("1366x768") << QSize(1366, 768);
+        QTest::newRow("1366x768 at 125 %") << QSize(1093, 614);
+        QTest::newRow("1920x1080 at 150 %") << QSize(1280, 720);
+    }
+    void fitsSmallScreens()
+    {
+        QFETCH(QSize, size);
+        // Also from a size at which the trading half asks for more.
+        m_window->resize(1600, 1000);
+        m_window->show();
+        QCOMPARE(transactions()->height(), 307);
+        // A window that fills the screen has no margins.
+        const int margins = 2 * WindowEdge::thickness;
+        m_window->resize(size + QSize(margins, margins));
+        QTRY_COMPARE(m_window->size(), size + QSize(margins, margins));
+        QTRY_COMPARE(transactions()->height(), 226);
+        QCOMPARE(statusBar()->geometry().bottom() + 1, size.height() + margins / 2);
     }
 
     void theTradingHalfFollowsTheHeightOfTheWindow()
@@ -454,57 +543,167 @@ private slots:
         QTRY_COMPARE(transactions()->height(), 226);
     }
 
+    // Draws the bar between the halves.
+    void draw(int by)
+    {
+        QWidget *bar = m_window->halves()->handle(1);
+        const QPoint middle = bar->rect().center();
+        QTest::mousePress(bar, Qt::LeftButton, Qt::NoModifier, middle);
+        QMouseEvent move(QEvent::MouseMove, middle + QPoint(0, by),
+                         bar->mapToGlobal(middle + QPoint(0, by)), Qt::NoButton, Qt::LeftButton,
+                         Qt::NoModifier);
+        QApplication::sendEvent(bar, &move);
+        QTest::mouseRelease(bar, Qt::LeftButton, Qt::NoModifier, middle);
+    }
+
     void aHeightOfTheUsersOwnIsKept()
     {
-        m_window->resize(1366, 900);
+        m_window->resize(1366, 960);
         m_window->show();
-        auto *halves = m_window->findChild<QSplitter *>();
-        halves->setSizes({100, 400});
-        const int height = transactions()->height();
-        QVERIFY(height > 307);
-        m_window->resize(1366, 920);
-        QTRY_COMPARE(m_window->height(), 920);
-        QCOMPARE(transactions()->height(), height);
+        QCOMPARE(m_window->halves()->chosenHeight(), 0);
+        draw(-60);
+        QCOMPARE(transactions()->height(), 367);
+        QCOMPARE(m_window->halves()->chosenHeight(), 367);
+        m_window->resize(1366, 980);
+        QTRY_COMPARE(m_window->height(), 980);
+        QCOMPARE(transactions()->height(), 367);
+        // A window for which the trading half asks for less has no room for it; the next one has.
+        m_window->resize(1366, 700);
+        QTRY_VERIFY(transactions()->height() < 367);
+        m_window->resize(1366, 980);
+        QTRY_COMPARE(transactions()->height(), 367);
+        // Out of sight meanwhile, it comes back as high.
+        transactions()->hide();
+        m_window->resize(1366, 990);
+        QTRY_COMPARE(m_window->height(), 990);
+        transactions()->show();
+        QTRY_COMPARE(transactions()->height(), 367);
+        draw(200);
+        QCOMPARE(m_window->halves()->chosenHeight(), 0);
     }
 
     void theTradingHalfHidesAndComesBack()
     {
         m_window->resize(1366, 768);
         open();
+        signIn();
         const int market = m_window->findChild<Market_Widget *>()->height();
         auto *price = ticketField();
         price->setFocus();
         QVERIFY(price->hasFocus());
-        choose("隐藏交易");
+        click(statusBar(), QStringLiteral("隐藏交易"));
         QVERIFY(!transactions()->isVisible());
         QTRY_VERIFY(m_window->findChild<Market_Widget *>()->height() > market);
-        QVERIFY(table()->hasFocus());
-        choose("显示交易");
+        QVERIFY(!transactions()->isAncestorOf(m_window->focusWidget()));
+        click(statusBar(), QStringLiteral("显示交易"));
         QVERIFY(transactions()->isVisible());
         QTRY_COMPARE(m_window->findChild<Market_Widget *>()->height(), market);
-        QVERIFY(table()->hasFocus());
-        // A sign-in brings it back as well.
-        choose("隐藏交易");
-        engine()->isLogged = true;
-        pool()->slot_login_succeed();
+    }
+
+    // The status bar's button starts anew with each sign-in, and the half stays as it was.
+    void aNewSignInLeavesTheTradingHalfHidden()
+    {
+        open();
+        signIn();
+        click(statusBar(), QStringLiteral("隐藏交易"));
+        QVERIFY(!transactions()->isVisible());
+        signIn();
+        QVERIFY(!transactions()->isVisible());
+        click(statusBar(), QStringLiteral("隐藏交易"));
+        QVERIFY(!transactions()->isVisible());
+        click(statusBar(), QStringLiteral("显示交易"));
         QVERIFY(transactions()->isVisible());
     }
 
-    void theTradingHalfIsLockedFromTheMenu()
+    void theTradingHalfIsLockedFromTheStatusBar()
     {
         open();
+        signIn();
         auto *pages
             = transactions()->findChild<QStackedWidget *>(QString(), Qt::FindDirectChildrenOnly);
         QCOMPARE(pages->currentIndex(), 0);
-        choose("锁定交易");
+        click(statusBar(), QStringLiteral("锁定交易"));
         QCOMPARE(pages->currentIndex(), 1);
+    }
+
+    void bothBarsLeadToOneDialog()
+    {
+        open();
+        QVERIFY(!dialog());
+        click(titleBar(), QStringLiteral("登录"));
+        QVERIFY(dialog());
+        dialog()->close();
+        QTRY_VERIFY(!dialog());
+        click(statusBar(), QStringLiteral("登录"));
+        QVERIFY(dialog());
+        QTRY_COMPARE(m_window->findChildren<LoginDialog *>().size(), 1);
+        dialog()->close();
+        // Signed in, the title bar still offers another sign-in.
+        signIn();
+        QVERIFY(!buttonOf(statusBar(), QStringLiteral("登录"))->isVisible());
+        click(titleBar(), QStringLiteral("重新登录"));
+        QVERIFY(dialog());
+    }
+
+    void theWindowIsCalledAsThePlatform()
+    {
+        auto *config = ZvServerConfig::getZvServerConfigInstance();
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("澄湖文化交易平台"));
+        QVERIFY(titleHas(m_window->windowTitle()));
+        config->setCurrentPlatform(ZvServerConfig::LanChuan);
+        m_window = std::make_unique<MainWindow>();
+        config->setCurrentPlatform(ZvServerConfig::ChengHu);
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("岚川商品交易平台"));
+        QVERIFY(titleHas(m_window->windowTitle()));
+    }
+
+    void thePartsStandOneBelowTheOther()
+    {
+        m_window->resize(1366, 768);
+        open();
+        const QList<QWidget *> parts{titleBar(), m_window->halves(), m_window->connectionStrip(),
+                                     statusBar()};
+        int next = WindowEdge::thickness;
+        for (const QWidget *part : parts) {
+            QCOMPARE(part->y(), next);
+            QCOMPARE(part->width(), 1366 - 2 * WindowEdge::thickness);
+            next = part->geometry().bottom() + 1;
+        }
+        QCOMPARE(next, 768 - WindowEdge::thickness);
+        QVERIFY(m_window->windowFlags() & Qt::FramelessWindowHint);
+    }
+
+    void theButtonsOfTheWindow()
+    {
+        open();
+        click(titleBar(), QStringLiteral("最大化/还原"));
+        QVERIFY(m_window->isMaximized());
+        click(titleBar(), QStringLiteral("最大化/还原"));
+        QVERIFY(!m_window->isMaximized());
+        const QPoint free(100, titleBar()->height() / 2);
+        QTest::mouseDClick(titleBar(), Qt::LeftButton, Qt::NoModifier, free);
+        QVERIFY(m_window->isMaximized());
+        QTest::mouseDClick(titleBar(), Qt::LeftButton, Qt::NoModifier, free);
+        QVERIFY(!m_window->isMaximized());
+        click(titleBar(), QStringLiteral("最小化"));
+        QVERIFY(m_window->isMinimized());
+        m_window->showNormal();
+        click(titleBar(), QStringLiteral("关闭"));
+        QVERIFY(!m_window->isVisible());
+    }
+
+    // A double click on a button is two clicks on it, and none on the bar.
+    void aDoubleClickOnAButtonOfTheTitleBarStaysThere()
+    {
+        open();
+        QTest::mouseDClick(buttonOf(titleBar(), QStringLiteral("登录")), Qt::LeftButton);
+        QVERIFY(!m_window->isMaximized());
     }
 
     void theEndOfTheSessionIsToldOnce()
     {
         open();
-        engine()->isLogged = true;
-        pool()->slot_login_succeed();
+        signIn();
         QSignalSpy left(pool(), &ZvWidgetSignalSLotPool::signal_loggedOtherPlace);
         int boxes = 0;
         QStringList before;
@@ -524,7 +723,9 @@ private slots:
         QVERIFY2(before.contains("ZvServerEngine::startUnloggedEngine()"),
                  qPrintable(before.join('\n')));
         QCOMPARE(left.count(), 1);
-        QCOMPARE(m_window->findChild<AccountButton *>()->text(), QStringLiteral("登录"));
+        QVERIFY(m_window->findChild<AccountButton *>()->isHidden());
+        QVERIFY(buttonOf(titleBar(), QStringLiteral("登录")));
+        QVERIFY(buttonOf(statusBar(), QStringLiteral("登录"))->isVisible());
     }
 
     void digitsTypedIntoTheTicketStayThere()

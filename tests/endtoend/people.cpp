@@ -1,11 +1,10 @@
 #include "endtoend/people.h"
 
-#include "client/accountbutton.h"
-
 #include "endtoend/programs.h"
 
 #include "BreltWidgetToolKit/breltframlessmessagebox.h"
 #include "ZvWidgetKit/logindialog.h"
+#include "ZvWidgetKit/titlebar.h"
 #include "ZvWidgetKit/zvguidetabitem.h"
 
 #include <QApplication>
@@ -114,9 +113,17 @@ bool registerAccount(const StateFolder &state, const QUrl &exchange, const QStri
                    .arg(password, lastCode(state, phone, 4)));
 }
 
+void askForSignIn(const QWidget &window)
+{
+    for (auto *button : window.findChild<TitleBar *>()->findChildren<QPushButton *>()) {
+        if (button->text().endsWith(QStringLiteral("登录")))
+            QTest::mouseClick(button, Qt::LeftButton);
+    }
+}
+
 bool signInAt(const QWidget &window, const QString &phone, const QString &password)
 {
-    QTest::mouseClick(window.findChild<AccountButton *>(), Qt::LeftButton);
+    askForSignIn(window);
     const QPointer<LoginDialog> dialog = window.findChild<LoginDialog *>();
     if (!dialog)
         return false;

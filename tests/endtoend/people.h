@@ -50,6 +50,9 @@ bool registerAccount(const StateFolder &state, const QUrl &exchange, const QStri
                      const QString &password,
                      const QString &server = QStringLiteral("/lc/youbika/"));
 
+// Clicks the login button of the window's title bar.
+void askForSignIn(const QWidget &window);
+
 // Signs in by the window's own dialog. False where that does not come to its end in time.
 bool signInAt(const QWidget &window, const QString &phone, const QString &password);
 

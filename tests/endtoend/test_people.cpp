@@ -1,4 +1,3 @@
-#include "client/accountbutton.h"
 #include "client/mainwindow.h"
 
 #include "endtoend/marketpage.h"
@@ -335,7 +334,7 @@ private:
 
     void open()
     {
-        QTest::mouseClick(m_window->findChild<AccountButton *>(), Qt::LeftButton);
+        endtoend::askForSignIn(*m_window);
         m_dialog = m_window->findChild<LoginDialog *>();
         if (!m_dialog)
             m_dialog = qobject_cast<LoginDialog *>(QApplication::activeWindow());

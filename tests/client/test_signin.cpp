@@ -1,0 +1,132 @@
+#include "client/signin.h"
+
+#include "support/calltrace.h"
+#include "support/testregistry.h"
+
+#include "ZvNetworkKit/zvserverengine.h"
+#include "ZvWidgetKit/logindialog.h"
+#include "ZvWidgetKit/zvwidgetsignalslotpool.h"
+
+#include <QtTest/QtTest>
+
+namespace {
+
+ZvServerEngine *engine()
+{
+    return ZvServerEngine::getZvServerEngineInstance();
+}
+
+ZvWidgetSignalSLotPool *pool()
+{
+    return ZvWidgetSignalSLotPool::getSignalSlotPoolInstance();
+}
+
+QList<LoginDialog *> dialogs()
+{
+    QList<LoginDialog *> found;
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        auto *dialog = qobject_cast<LoginDialog *>(widget);
+        if (dialog && dialog->isVisible())
+            found << dialog;
+    }
+    return found;
+}
+
+} // namespace
+
+// The way in: one dialog for each use.
+class SignInTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QWidget> m_window;
+    SignIn *m_signIn = nullptr;
+
+private slots:
+    void init()
+    {
+        engine()->isLogged = false;
+        m_window = std::make_unique<QWidget>();
+        m_signIn = new SignIn(m_window.get());
+        m_window->setGeometry(0, 0, 780, 560);
+        m_window->show();
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        engine()->isLogged = false;
+    }
+
+    void opensOverTheWindow()
+    {
+        m_signIn->open();
+        QCOMPARE(dialogs().size(), 1);
+        const QPointer<LoginDialog> dialog = dialogs().first();
+        QVERIFY(dialog->isModal());
+        QVERIFY(dialog->testAttribute(Qt::WA_DeleteOnClose));
+        QCOMPARE(dialog->parentWidget(), m_window.get());
+        const QPoint apart = dialog->geometry().center() - m_window->frameGeometry().center();
+        QVERIFY2(apart.manhattanLength() <= 2, qPrintable(QString::number(apart.x())));
+
+        dialog->close();
+        QTRY_VERIFY(!dialog);
+        // And each use has a dialog of its own.
+        m_signIn->open();
+        QCOMPARE(dialogs().size(), 1);
+    }
+
+    void askedTwiceItRaisesTheOneThatIsOpen()
+    {
+        m_signIn->open();
+        const QPointer<LoginDialog> dialog = dialogs().value(0);
+        QVERIFY(dialog);
+        m_signIn->open();
+        QCOMPARE(m_window->findChildren<LoginDialog *>().size(), 1);
+        QTRY_COMPARE(QApplication::activeWindow(), dialog.data());
+    }
+
+    void askedRightAfterClosingItOpensAnother()
+    {
+        m_signIn->open();
+        const QPointer<LoginDialog> first = dialogs().value(0);
+        first->close();
+        m_signIn->open();
+        QCOMPARE(dialogs().size(), 1);
+        QVERIFY(dialogs().first() != first);
+    }
+
+    void windowMayEndWithItsDialog()
+    {
+        m_signIn->open();
+        const QPointer<LoginDialog> dialog = dialogs().value(0);
+        m_window.reset();
+        QVERIFY(!dialog);
+    }
+
+    // The box of an ended session is closed late: somebody is signed in again by then.
+    void aNewSessionIsToldOnceMoreAfterTheEndOfTheOldOne()
+    {
+        QSignalSpy told(pool(), &ZvWidgetSignalSLotPool::signal_login_succeed);
+        engine()->isLogged = true;
+        zvtest::CallTrace trace;
+        pool()->slot_loggedOtherPlace();
+        QVERIFY(told.isEmpty()); // not before the others have heard of the end
+        QTRY_COMPARE(told.count(), 1);
+        QCOMPARE(trace.take(), QStringList());
+    }
+
+    void theEndOfASessionIsTheEndOfIt()
+    {
+        QSignalSpy told(pool(), &ZvWidgetSignalSLotPool::signal_login_succeed);
+        pool()->slot_loggedOtherPlace();
+        QCoreApplication::processEvents();
+        QVERIFY(told.isEmpty());
+    }
+};
+
+ZV_TEST(SignInTest)
+#include "test_signin.moc"
