@@ -115,6 +115,19 @@ private slots:
         QVERIFY(!m_strip->text().contains(QStringLiteral("核对")));
     }
 
+    // Colours alone are not seen by everybody: each state has a shape of its own.
+    void theMarkFollowsTheState()
+    {
+        QVERIFY(shows(QStringLiteral("online")));
+        checks()->begin(key, intentOf(ZvIntent::Order));
+        QVERIFY(shows(QStringLiteral("connecting")));
+        checks()->end(key);
+        QVERIFY(shows(QStringLiteral("online")));
+        exchange()->fail(zvPath_sync, ZvAnswer::Failed);
+        m_bench->settle();
+        QVERIFY(shows(QStringLiteral("offline")));
+    }
+
     void saysItWithoutAConnectionAsWell()
     {
         exchange()->fail(zvPath_sync, ZvAnswer::Failed);
@@ -188,6 +201,17 @@ private:
             intent.collectionId = QStringLiteral("1001");
         }
         return intent;
+    }
+
+    bool shows(const QString &name) const
+    {
+        for (const QLabel *label : m_strip->findChildren<QLabel *>()) {
+            const QPixmap mark = label->pixmap(Qt::ReturnByValue);
+            if (!mark.isNull())
+                return mark.toImage()
+                    == QPixmap(QStringLiteral(":/icons_vedio/%1.png").arg(name)).toImage();
+        }
+        return false;
     }
 
     // The label that holds the sentence.
