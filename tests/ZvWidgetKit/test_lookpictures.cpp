@@ -1,4 +1,6 @@
 #include "BreltWidgetToolKit/breltdarkstyle.h"
+#include "ZvChartKit/chartcanvas.h"
+#include "ZvModelKit/zvubkline.h"
 #include "ZvNetworkKit/zvserverconfig.h"
 #include "ZvWidgetKit/logindialog.h"
 #include "ZvWidgetKit/zvguidetabitem.h"
@@ -35,6 +37,20 @@ QImage look(QWidget *widget)
     return widget->grab().toImage().convertToFormat(QImage::Format_RGB32);
 }
 
+// How many rows of the middle of an image are not of one colour.
+int inkRows(const QImage &image)
+{
+    int rows = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        const QRgb ground = image.pixel(image.width() / 2 - 60, y);
+        bool isInk = false;
+        for (int x = image.width() / 2 - 60; x < image.width() / 2 + 60; ++x)
+            isInk = isInk || image.pixel(x, y) != ground;
+        rows += isInk;
+    }
+    return rows;
+}
+
 // A server's button in a window that the mouse can leave it for.
 class Strip : public QWidget
 {
@@ -62,7 +78,7 @@ public:
 } // namespace
 
 // The pictures that styles show: the plates of the guide strip, the signs in the fields of the
-// sign-in dialog, and the arrows and grips of the dark style.
+// sign-in dialog, the figure of an empty chart, and the arrows and grips of the dark style.
 class LookPicturesTest : public QObject
 {
     Q_OBJECT
@@ -272,6 +288,23 @@ private slots:
         QTRY_VERIFY(brightest() > still + 20);
         field->setEnabled(false);
         QVERIFY(brightest() < still - 40);
+    }
+
+    void aChartWithoutDataHasAFigure()
+    {
+        zvplot::ChartCanvas canvas;
+        canvas.resize(900, 500);
+        canvas.showKLine(ZvUBKLine(), zvplot::KLinePlot::Period::Day);
+        canvas.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&canvas));
+        canvas.setNotice(zvplot::ChartNotice(zvplot::ChartNotice::NoData));
+        const QString difference
+            = zvtest::differenceFromPictures(&canvas, QStringLiteral("chart_without_data"));
+        QVERIFY2(difference.isEmpty(), qPrintable(difference));
+        // Where there is no room for it the words stand alone.
+        const QImage large = look(&canvas);
+        canvas.resize(900, 200);
+        QVERIFY(inkRows(look(&canvas)) < inkRows(large));
     }
 
     // A program that has no such pictures still has arrows.
