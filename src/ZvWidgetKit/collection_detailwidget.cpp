@@ -181,6 +181,7 @@ Collection_DetailWidget::Collection_DetailWidget(QWidget *parent)
 {
     ui->setupUi(this);
     m_dealHistoryView = new Collection_DealHistory_View;
+    m_dealHistoryView->setAccessibleName(QStringLiteral("最新成交"));
     auto *deals = new QHBoxLayout(ui->widget_dealDetailHistory);
     deals->setContentsMargins(0, 0, 0, 0);
     deals->addWidget(m_dealHistoryView);

@@ -21,6 +21,7 @@ DealWidget_Delivery::DealWidget_Delivery(QWidget *parent)
 {
     ui->setupUi(this);
     m_tableView = new DealWidget_Delivery_TableView(this);
+    m_tableView->setAccessibleName(QStringLiteral("可提藏品"));
     auto *container = new QHBoxLayout(ui->widget_tableview_container);
     container->setContentsMargins(0, 0, 0, 0);
     container->setSpacing(0);

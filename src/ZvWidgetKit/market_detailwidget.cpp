@@ -49,6 +49,8 @@ Market_DetailWidget::Market_DetailWidget(QWidget *parent)
     m_views << ui->tableView_0 << ui->tableView_1 << ui->tableView_2 << ui->tableView_3
             << ui->tableView_4 << ui->tableView_5 << ui->tableView_6 << ui->tableView_7
             << ui->tableView_8 << ui->tableView_9;
+    for (int i = 0; i < m_views.size(); ++i)
+        m_views.at(i)->setAccessibleName(QStringLiteral("成交明细 %1").arg(i + 1));
     applyLayout();
     createConnections();
 }

@@ -79,7 +79,7 @@ QPushButton *makeFooterButton(const QString &text)
 
 // Puts a button behind a widget in the order of the Tab key; Qt would leave one where it is that
 // takes no focus at the moment.
-void setTabOrderBehind(QWidget *widget, QPushButton *button)
+void setTabOrderBehind(QWidget *widget, QAbstractButton *button)
 {
     const Qt::FocusPolicy policy = button->focusPolicy();
     button->setFocusPolicy(Qt::TabFocus);
@@ -172,8 +172,17 @@ void Market_TableWidget::applyStyle()
     // Tab leads on to the buttons. From cell to cell it would move the selected row without the
     // collection.
     m_collectionTableView->setTabKeyNavigation(false);
-    setTabOrderBehind(m_collectionTableView, m_optionButton);
-    setTabOrderBehind(m_collectionTableView, m_marketButton);
+    orderTabs();
+}
+
+// From the table to the strip over its edge, and then along the footer. New controls stand last in
+// the window until they are put here.
+void Market_TableWidget::orderTabs()
+{
+    const QList<QAbstractButton *> buttons = m_buttonGroup->buttons();
+    for (auto button = buttons.crbegin(); button != buttons.crend(); ++button)
+        setTabOrderBehind(m_collectionTableView, *button);
+    m_guideTabPage->followInTabOrder(m_collectionTableView);
 }
 
 void Market_TableWidget::createConnections()
@@ -294,6 +303,7 @@ void Market_TableWidget::slot_updateMarketInfoList()
         return;
     }
     m_guideTabPage->setServerList(servers);
+    orderTabs();
     m_guideTabPage->show();
     keepCodesClear();
 }
@@ -375,7 +385,6 @@ void Market_TableWidget::makeTypeButtons(const QList<QPair<QString, int>> &types
     for (const QPair<QString, int> &type : types) {
         QPushButton *button = makeFooterButton(type.first);
         m_typeButtonLayout->addWidget(button);
-        setTabOrderBehind(m_collectionTableView, button);
         m_typeButtons.insert(button, type.second);
         m_buttonGroup->addButton(button);
         // Types that came meanwhile have made their own buttons.
@@ -383,6 +392,7 @@ void Market_TableWidget::makeTypeButtons(const QList<QPair<QString, int>> &types
             return;
     }
     m_buttonGroup->addButton(m_optionButton);
+    orderTabs();
 
     // The type that is shown may be gone with all others.
     const bool isType

@@ -51,6 +51,7 @@ private slots:
 private:
     void layOut();
     void applyStyle();
+    void orderTabs();
     void createConnections();
     bool choose(QPushButton *button);
     void removeTypeButtons();

@@ -74,6 +74,7 @@ void ZvGuideTabItem::setServerName(QString text)
 {
     ui->pushButton->setText(upright(text));
     ui->pushButton->setToolTip(text); // two names may differ only in what is dropped
+    ui->pushButton->setAccessibleName(text);
     QFont font = ui->pushButton->font();
     font.setPixelSize(text.size() == 2 ? LargeFont : SmallFont);
     ui->pushButton->setFont(font);

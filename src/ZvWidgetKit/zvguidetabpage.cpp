@@ -46,6 +46,7 @@ void ZvGuideTabPage::applyStyle()
     m_kaiguanButton->setChecked(true);
     m_kaiguanButton->setMinimumHeight(SwitchSize);
     m_kaiguanButton->setMaximumWidth(SwitchSize);
+    m_kaiguanButton->setAccessibleName(QStringLiteral("显示市场"));
     m_kaiguanButton->setStyleSheet(
         ZvServerConfig::getZvServerConfigInstance()->getStyleOf_MarketOpenButton());
     m_itemsLayout->setContentsMargins(0, 0, 0, 0);
@@ -76,6 +77,17 @@ void ZvGuideTabPage::setServerList(QList<QPair<QString, QString>> list)
         }
         m_items.append(item);
         m_itemsLayout->insertWidget(m_itemsLayout->count(), item);
+    }
+}
+
+void ZvGuideTabPage::followInTabOrder(QWidget *widget)
+{
+    QWidget::setTabOrder(widget, m_kaiguanButton);
+    QWidget *last = m_kaiguanButton;
+    for (const ZvGuideTabItem *item : qAsConst(m_items)) {
+        auto *button = item->findChild<QPushButton *>();
+        QWidget::setTabOrder(last, button);
+        last = button;
     }
 }
 

@@ -26,6 +26,10 @@ public:
     // one is taken for the one in use, whatever was in use before. The kit is told nothing.
     void setServerList(QList<QPair<QString, QString>> list);
 
+    // Lets the Tab key come here from a widget, before it goes on to what followed that. A new list
+    // of servers stands last in the window until then.
+    void followInTabOrder(QWidget *widget);
+
     // The prefix of the server in use; empty until there was a list.
     QString getCurrentServer() const;
 

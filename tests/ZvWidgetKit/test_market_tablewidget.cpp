@@ -175,6 +175,7 @@ private slots:
         QCOMPARE(press(Qt::Key_Tab), QStringLiteral("钱币"));
         // The servers of a new list stand in their place, too.
         cache()->storeMarketInfo({{"邮币卡", "/lc/a/"}, {"艺术品", "/lc/b/"}});
+        QCoreApplication::processEvents();
         page.table()->setFocus();
         press(Qt::Key_Tab);
         for (const char *server : {"邮币卡", "艺术品"}) {
