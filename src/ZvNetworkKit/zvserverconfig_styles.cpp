@@ -10,7 +10,8 @@ struct NamedValue {
     const char *value;
 };
 
-// What both platforms share. Surfaces go from deep (behind the tables) to raised (buttons).
+// What both platforms share. Surfaces go from deep (behind the tables) to raised (buttons). A face
+// that carries small white text is dark enough for it, also when it lights up under the mouse.
 const NamedValue sharedValues[] = {
     {"deep", "#101114"},          {"surface", "#16181c"},  {"top", "#1a1d22"},
     {"panel", "#1e2126"},         {"raised", "#2a2e36"},   {"raisedHover", "#363b45"},
@@ -18,27 +19,25 @@ const NamedValue sharedValues[] = {
     {"lightPressed", "#3a3f49"},  {"line", "#3a3f49"},     {"lineHover", "#59606d"},
     {"text", "#ffffff"},          {"soft", "#c3c8d1"},     {"muted", "#8b93a1"},
     {"off", "#5f6672"},           {"offBack", "#1c1f24"},  {"offLine", "#2a2e36"},
-    {"warning", "#ff6a5f"},       {"buy", "#d93636"},      {"buyHover", "#ee4b48"},
-    {"buyPressed", "#b02929"},    {"sell", "#1f8a46"},     {"sellHover", "#28a556"},
-    {"sellPressed", "#176b35"},   {"none", "transparent"},
+    {"warning", "#ff6a5f"},       {"buy", "#c42e2e"},      {"buyHover", "#d93636"},
+    {"buyPressed", "#a12525"},    {"sell", "#19753a"},     {"sellHover", "#1d8743"},
+    {"sellPressed", "#135a2c"},   {"none", "transparent"},
 };
 
 // 澄湖: vermilion.
 const NamedValue chenghuValues[] = {
-    {"accent", "#d84a22"},           {"accentDeep", "#c9431d"}, // dark enough for small white text
-    {"accentHover", "#ec6139"},      {"accentPressed", "#b13a18"}, {"accentText", "#ff8a62"},
-    {"accentTint", "#35231d"},       {"titleBar", "#231b19"},      {"titleRow", "#201c1c"},
-    {"tableHeader", "#d0b5a8"},      {"selectedRow", "#40291f"},   {"backArrow", "arrow-ch-left"},
-    {"openArrow", "arrow-ch-right"},
+    {"accent", "#d84a22"},        {"accentFace", "#bd3e1b"},      {"accentHover", "#d1471f"},
+    {"accentPressed", "#a03415"}, {"accentText", "#ff8a62"},      {"accentTint", "#35231d"},
+    {"titleBar", "#231b19"},      {"titleRow", "#201c1c"},        {"tableHeader", "#d0b5a8"},
+    {"selectedRow", "#40291f"},   {"backArrow", "arrow-ch-left"}, {"openArrow", "arrow-ch-right"},
 };
 
 // 岚川: clear blue.
 const NamedValue lanchuanValues[] = {
-    {"accent", "#1f7be0"},        {"accentDeep", "#1a70d0"}, // dark enough for small white text
-    {"accentHover", "#3d93f2"},   {"accentPressed", "#175fb0"}, {"accentText", "#6bb2ff"},
-    {"accentTint", "#19293c"},    {"titleBar", "#151d28"},      {"titleRow", "#1a1e26"},
-    {"tableHeader", "#a6bcd6"},   {"selectedRow", "#1c3350"},   {"backArrow", "arrow_left"},
-    {"openArrow", "arrow_right"},
+    {"accent", "#1f7be0"},        {"accentFace", "#1868c4"},   {"accentHover", "#1d76d9"},
+    {"accentPressed", "#12539d"}, {"accentText", "#6bb2ff"},   {"accentTint", "#19293c"},
+    {"titleBar", "#151d28"},      {"titleRow", "#1a1e26"},     {"tableHeader", "#a6bcd6"},
+    {"selectedRow", "#1c3350"},   {"backArrow", "arrow_left"}, {"openArrow", "arrow_right"},
 };
 
 // The plates of the guide strip for a market that has a picture of its own. It is known by a
@@ -173,7 +172,7 @@ constexpr Button solid(const char *shape, const char *fill, const char *hover, c
     return {shape,
             {"@text", fill, fill},
             {"@text", hover, hover},
-            {"@soft", pressed, pressed},
+            {"@text", pressed, pressed},
             {"@text", pressed, "@text"},
             {"@text", hover, "@text"},
             disabledSolid};
@@ -181,7 +180,7 @@ constexpr Button solid(const char *shape, const char *fill, const char *hover, c
 
 constexpr Button accentButton(const char *shape)
 {
-    return solid(shape, "@accent", "@accentHover", "@accentPressed");
+    return solid(shape, "@accentFace", "@accentHover", "@accentPressed");
 }
 
 // Without a face of its own until the mouse or a check gives it one.
@@ -289,7 +288,7 @@ QString dialogSheet()
         "QLabel#label_page_title{color:@text;font-size:14pt;}"
         "QLineEdit{background-color:@deep;border:1px solid @line;border-radius:4px;"
         "padding:4px 8px 4px 32px;background-repeat:no-repeat;background-position:left center;"
-        "selection-color:@text;selection-background-color:@accent;}"
+        "selection-color:@text;selection-background-color:@accentFace;}"
         "QLineEdit[objectName*=\"honeNumber\"]{background-image:url(:/icons/login/phone.png);}"
         "QLineEdit[objectName*=\"assword\"]{background-image:url(:/icons/login/password.png);}"
         "QLineEdit[objectName*=\"erificationCode\"]{background-image:url(:/icons/login/code.png);}"
@@ -362,7 +361,7 @@ QString sheetOf(Style style, const Platform &platform)
             entry("border-left-width:3px;padding:4px 2px;text-align:left;font-size:9pt;"));
     case Style::MarketFooterButton:
         return buttonSheet(
-            plain("border-radius:3px;padding:0px 4px;", {"@text", "@accent", "@accent"}));
+            plain("border-radius:3px;padding:0px 4px;", {"@text", "@accentFace", "@accent"}));
     case Style::MarketTitleKTimeButton:
         return buttonSheet(tab("border-bottom-width:2px;padding:0px 4px;"));
     case Style::MarketTitleMarketButton:
@@ -370,8 +369,8 @@ QString sheetOf(Style style, const Platform &platform)
     case Style::StatusBarLoginButton:
         return buttonSheet({"border-radius:3px;padding:3px 16px;",
                             {"@accentText", "@accentTint", "@accent"},
-                            {"@text", "@accent", "@accentHover"},
-                            {"@soft", "@accentPressed", "@accentPressed"},
+                            {"@text", "@accentFace", "@accentText"},
+                            {"@text", "@accentPressed", "@accentPressed"},
                             {"@text", "@accentPressed", "@text"},
                             {"@text", "@accentHover", "@text"},
                             disabledSolid});
@@ -385,13 +384,12 @@ QString sheetOf(Style style, const Platform &platform)
         return buttonSheet({"padding:2px 4px;border-radius:3px;",
                             {"@accentText", "@none", "@none"},
                             {"@text", "@none", "@none @none @accentText @none"},
-                            {"@accent", "@none", "@none"},
+                            {"@soft", "@none", "@none"},
                             {"@text", "@accentTint", "@none"},
                             checkedHover,
                             disabledPlain});
     case Style::VertiCodeButton:
-        return buttonSheet(solid("border-radius:4px;padding:4px 8px;", "@accentDeep",
-                                 "@accentPressed", "@accentTint"));
+        return buttonSheet(accentButton("border-radius:4px;padding:4px 8px;"));
     case Style::LoginDlgCloseBtn:
         return pictureSheet(20, "smallwidget/close1", "smallwidget/close2", "smallwidget/close1");
     case Style::LoginDlgReturnBtn:

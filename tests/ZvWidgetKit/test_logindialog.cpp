@@ -1,4 +1,5 @@
 #include "ZvNetworkKit/zvserverconfig.h"
+#include "contrast.h"
 #include "loginbench.h"
 #include "support/calltrace.h"
 #include "support/testregistry.h"
@@ -8,8 +9,9 @@
 #include <QTimer>
 #include <QtTest/QtTest>
 
-#include <cmath>
 #include <memory>
+
+using zvtest::contrast;
 
 namespace {
 
@@ -32,23 +34,6 @@ const QStringList registerPrompts{QStringLiteral("label_register_PhoneNumberProm
                                   QStringLiteral("label_register_passwordPrompt"),
                                   QStringLiteral("label_register_confirmPasswordPrompt"),
                                   QStringLiteral("label_register_PhoneNumberPrompt_referee")};
-
-double luminance(const QColor &colour)
-{
-    const auto linear = [](double part) {
-        return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF())
-        + 0.0722 * linear(colour.blueF());
-}
-
-// From 1, the same colour, to 21, black on white; 4.5 is what small text needs.
-double contrast(const QColor &one, const QColor &other)
-{
-    const double lighter = qMax(luminance(one), luminance(other));
-    const double darker = qMin(luminance(one), luminance(other));
-    return (lighter + 0.05) / (darker + 0.05);
-}
 
 } // namespace
 

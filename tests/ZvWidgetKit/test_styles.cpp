@@ -1,4 +1,4 @@
-#include "ZvNetworkKit/zvserverconfig.h"
+#include "buttonstyles.h"
 #include "support/testregistry.h"
 
 #include <QDialog>
@@ -7,45 +7,10 @@
 #include <QPushButton>
 #include <QtTest/QtTest>
 
+using zvtest::ButtonStyle;
+using zvtest::buttonStyles;
+
 namespace {
-
-using Getter = QString (ZvServerConfig::*)() const;
-
-struct ButtonStyle {
-    const char *name;
-    Getter getter;
-    bool isCheckable; // the library makes such a button checkable
-};
-
-const ButtonStyle buttonStyles[] = {
-#define STYLE(Name, isCheckable)                                                                   \
-    {                                                                                              \
-#Name, &ZvServerConfig::getStyleOf_##Name, isCheckable                                     \
-    }
-    STYLE(DealBuyButton, false),
-    STYLE(DealCheckButton, false),
-    STYLE(DealDarkButton, false),
-    STYLE(DealGrayRoundButton, true),
-    STYLE(DealLightButton, false),
-    STYLE(DealOtherButton, true),
-    STYLE(DealSelectButton, true),
-    STYLE(DealSellButton, false),
-    STYLE(DealTypeButton, true),
-    STYLE(LoginDlgCloseBtn, false),
-    STYLE(LoginDlgReturnBtn, false),
-    STYLE(MarketFooterButton, true),
-    STYLE(MarketOpenButton, true),
-    STYLE(MarketTitleKTimeButton, true),
-    STYLE(MarketTitleMarketButton, false),
-    STYLE(StatusBarLoginButton, false),
-    STYLE(ThreeBigButton, false),
-    STYLE(TitleBarButtonStyle, false),
-    STYLE(TwoJumpButton, false),
-    STYLE(VertiCodeButton, false),
-    STYLE(ZvGuideTabItemButtonDisable, false),
-    STYLE(ZvGuideTabItemButtonEnable, false),
-#undef STYLE
-};
 
 ZvServerConfig *config()
 {
