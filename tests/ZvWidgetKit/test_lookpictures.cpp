@@ -2,15 +2,19 @@
 #include "ZvChartKit/chartcanvas.h"
 #include "ZvModelKit/zvubkline.h"
 #include "ZvNetworkKit/zvserverconfig.h"
+#include "ZvWidgetKit/collection_tableview.h"
 #include "ZvWidgetKit/logindialog.h"
 #include "ZvWidgetKit/zvguidetabitem.h"
 #include "ZvWidgetKit/zvguidetabpage.h"
+#include "marketrows.h"
 #include "pictures.h"
 #include "support/testregistry.h"
 
 #include <QComboBox>
+#include <QContextMenuEvent>
 #include <QDateEdit>
 #include <QHBoxLayout>
+#include <QMenu>
 #include <QPixmapCache>
 #include <QPushButton>
 #include <QSpinBox>
@@ -288,6 +292,39 @@ private slots:
         QTRY_VERIFY(brightest() > still + 20);
         field->setEnabled(false);
         QVERIFY(brightest() < still - 40);
+    }
+
+    // A favourite or not, and with what cannot be done greyed out.
+    void menusOfTheTable_data()
+    {
+        QTest::addColumn<bool>("isOptionView");
+        QTest::addColumn<bool>("isComposite");
+        QTest::newRow("marketmenu") << false << false;
+        QTest::newRow("marketmenu_favourite") << true << false;
+        QTest::newRow("marketmenu_composite") << false << true;
+    }
+    void menusOfTheTable()
+    {
+        QFETCH(bool, isOptionView);
+        QFETCH(bool, isComposite);
+        Collection_TableView view;
+        view.resize(780, 500);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        view.setMarketList({isComposite ? zvtest::composite() : zvtest::collection(1001)});
+        view.setIsOptionView(isOptionView);
+        const QPoint place = view.visualRect(view.model()->index(0, 0)).center();
+        QContextMenuEvent event(QContextMenuEvent::Mouse, place, view.mapToGlobal(place));
+        QCoreApplication::sendEvent(view.viewport(), &event);
+        auto *menu = view.findChild<QMenu *>();
+        QVERIFY(menu);
+        for (const QAction *action : menu->actions())
+            QCOMPARE(action->icon().isNull(), action->isSeparator());
+        menu->setActiveAction(menu->actions().at(3));
+        const QString difference
+            = zvtest::differenceFromPictures(menu, QString(QTest::currentDataTag()));
+        menu->close();
+        QVERIFY2(difference.isEmpty(), qPrintable(difference));
     }
 
     void aChartWithoutDataHasAFigure()
