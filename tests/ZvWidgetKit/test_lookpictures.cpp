@@ -4,6 +4,7 @@
 #include "ZvNetworkKit/zvserverconfig.h"
 #include "ZvWidgetKit/collection_tableview.h"
 #include "ZvWidgetKit/logindialog.h"
+#include "ZvWidgetKit/titlebar.h"
 #include "ZvWidgetKit/zvguidetabitem.h"
 #include "ZvWidgetKit/zvguidetabpage.h"
 #include "marketrows.h"
@@ -292,6 +293,46 @@ private slots:
         QTRY_VERIFY(brightest() > still + 20);
         field->setEnabled(false);
         QVERIFY(brightest() < still - 40);
+    }
+
+    // The signs of the window's buttons light up, and the button that closes it turns red.
+    void windowButtonsShowTheMouse_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("window_minimize_hovered") << QStringLiteral("最小化");
+        QTest::newRow("window_normal_hovered") << QStringLiteral("最大化/还原");
+        QTest::newRow("window_close_hovered") << QStringLiteral("关闭");
+    }
+    void windowButtonsShowTheMouse()
+    {
+        QFETCH(QString, name);
+        TitleBar bar(nullptr);
+        bar.resize(800, 35);
+        bar.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&bar));
+        QTest::mouseMove(&bar, QPoint(20, 20));
+        for (auto *button : bar.findChildren<QPushButton *>()) {
+            if (button->accessibleName() != name)
+                continue;
+            const auto hasWhite = [button] {
+                const QImage image = look(button);
+                for (int y = 0; y < image.height(); ++y) {
+                    for (int x = 0; x < image.width(); ++x) {
+                        if (qGray(image.pixel(x, y)) > 240)
+                            return true;
+                    }
+                }
+                return false;
+            };
+            QVERIFY(!hasWhite());
+            QTest::mouseMove(button);
+            QTRY_VERIFY(hasWhite());
+            const QString difference
+                = zvtest::differenceFromPictures(button, QString(QTest::currentDataTag()));
+            QVERIFY2(difference.isEmpty(), qPrintable(difference));
+            return;
+        }
+        QFAIL("no button of this name");
     }
 
     // A favourite or not, and with what cannot be done greyed out.
