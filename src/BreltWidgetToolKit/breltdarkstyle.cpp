@@ -6,6 +6,7 @@
 #include <QAbstractSpinBox>
 #include <QApplication>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QPainter>
 #include <QPixmap>
 #include <QScrollBar>
@@ -64,6 +65,19 @@ bool drawArrow(QPainter *painter, bool isUp, const QRect &area, bool isEnabled, 
     else if (isHovered)
         name += QLatin1String("_hover");
     return drawPicture(painter, name, area);
+}
+
+// Where the arrow of a sorted column is: on the right, where the text of a column of figures is
+// too, so that there it goes to the left of the text, as far as the section has room.
+QRect arrowRect(const QStyleOptionHeader &option, const QWidget *widget)
+{
+    const auto *header = qobject_cast<const QHeaderView *>(widget);
+    if (!header || header->orientation() != Qt::Horizontal
+        || !(option.textAlignment & Qt::AlignRight))
+        return option.rect;
+    const int room = option.rect.left() - header->sectionViewportPosition(option.section);
+    const int text = option.fontMetrics.horizontalAdvance(option.text);
+    return option.rect.translated(-qBound(0, text, qMax(0, room)), 0);
 }
 
 // Relative luminance, from 0 for black to 1 for white.
@@ -263,7 +277,7 @@ void BreltDarkStyle::drawControl(ControlElement element, const QStyleOption *opt
         return;
     }
     if (element == CE_Splitter && !pictureFolder().isEmpty()) {
-        painter->fillRect(option->rect, isHovered(option) ? look::border() : look::surface());
+        painter->fillRect(option->rect, isHovered(option) ? lit(look::border()) : look::line());
         const bool isUpright = option->rect.height() > option->rect.width();
         painter->save();
         painter->translate(QRectF(option->rect).center());
@@ -318,7 +332,7 @@ void BreltDarkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption 
         if (const auto *header = qstyleoption_cast<const QStyleOptionHeader *>(option)) {
             const bool isUp = header->sortIndicator == QStyleOptionHeader::SortUp;
             if (header->sortIndicator != QStyleOptionHeader::None
-                && drawArrow(painter, isUp, option->rect, true, isHovered(option)))
+                && drawArrow(painter, isUp, arrowRect(*header, widget), true, isHovered(option)))
                 return;
         }
         break;

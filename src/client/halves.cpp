@@ -31,8 +31,6 @@ Halves::Halves(Market_Widget *market, Transaction_Widget *trading, QWidget *pare
     addWidget(trading);
     setStretchFactor(indexOf(market), 1);
     setStretchFactor(indexOf(trading), 0);
-    setStyleSheet(QStringLiteral("QSplitter::handle{background-color:#242931;}"
-                                 "QSplitter::handle:hover{background-color:#59606d;}"));
     QSplitterHandle *bar = handle(indexOf(trading));
     bar->setAccessibleName(QStringLiteral("行情与交易的分界"));
     bar->setToolTip(QStringLiteral("拖动调整交易区的高度"));

@@ -385,6 +385,25 @@ private slots:
         QVERIFY(inkRows(look(&canvas)) < inkRows(large));
     }
 
+    void aSplitterShowsTheMouse()
+    {
+        QSplitter splitter(Qt::Vertical);
+        splitter.setHandleWidth(5);
+        splitter.addWidget(new QWidget);
+        splitter.addWidget(new QWidget);
+        splitter.resize(200, 105);
+        splitter.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&splitter));
+        QWidget *handle = splitter.handle(1);
+        QTest::mouseMove(&splitter, QPoint(10, 10));
+        const QImage still = look(handle);
+        // A grip in the middle, and nothing beside it.
+        QVERIFY(still.copy(80, 0, 40, 5) != still.copy(0, 0, 40, 5));
+        QTest::mouseMove(handle);
+        QTRY_VERIFY(look(handle) != still);
+        QVERIFY(look(handle).pixelColor(10, 2).lightness() > still.pixelColor(10, 2).lightness());
+    }
+
     // A program that has no such pictures still has arrows.
     void withoutPicturesTheStyleDrawsItsOwn()
     {
