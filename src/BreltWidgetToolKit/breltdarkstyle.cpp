@@ -278,11 +278,16 @@ void BreltDarkStyle::drawControl(ControlElement element, const QStyleOption *opt
     }
     if (element == CE_Splitter && !pictureFolder().isEmpty()) {
         painter->fillRect(option->rect, isHovered(option) ? lit(look::border()) : look::line());
-        const bool isUpright = option->rect.height() > option->rect.width();
+        const QRect bar = option->rect;
         painter->save();
-        painter->translate(QRectF(option->rect).center());
-        painter->rotate(isUpright ? 90 : 0);
-        drawPicture(painter, QStringLiteral("grip"), QRect(-25, -2, 50, 4));
+        painter->translate(bar.topLeft());
+        if (bar.height() > bar.width()) { // the same, turned by a quarter
+            painter->translate(bar.width(), 0);
+            painter->rotate(90);
+            drawPicture(painter, QStringLiteral("grip"), QRect(0, 0, bar.height(), bar.width()));
+        } else {
+            drawPicture(painter, QStringLiteral("grip"), QRect(QPoint(), bar.size()));
+        }
         painter->restore();
         return;
     }
