@@ -147,6 +147,9 @@ void StatusBar::applyStyle()
     for (QLabel *label : {m_clockLabel, m_accountLabel, m_settlementLabel})
         label->setStyleSheet(
             QStringLiteral("color:rgb(255,255,255);background-color:rgb(30,33,38)"));
+    // A click leaves the keys where they are used; the tab key still comes by.
+    for (QPushButton *button : {m_loginButton, m_hideButton, m_lockButton})
+        button->setFocusPolicy(Qt::TabFocus);
     for (QPushButton *button : {m_hideButton, m_lockButton})
         button->setStyleSheet(
             QStringLiteral("QPushButton{background-color:rgb(22,25,34); color:rgb(255,255,255);}"));

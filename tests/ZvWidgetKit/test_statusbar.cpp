@@ -420,6 +420,39 @@ private slots:
         QCOMPARE(heard(m_bench->lockButton()), QStringLiteral("锁定交易"));
     }
 
+    // The table or the field that has the keys keeps them.
+    void clicksLeaveTheKeysAlone()
+    {
+        m_bench->setFocusPolicy(Qt::StrongFocus);
+        m_bench->setFocus();
+        QVERIFY(m_bench->hasFocus());
+        cache()->storeMessageList({{"没有链接的消息", QString()}});
+        click(m_bench->statusLogin());
+        QVERIFY(m_bench->hasFocus());
+        m_bench->signIn();
+        for (QPushButton *button : {m_bench->hideButton(), m_bench->lockButton()})
+            click(button);
+        QVERIFY(m_bench->hasFocus());
+        const QWidget *ticker = m_bench->messages();
+        QTest::mouseClick(m_bench->windowHandle(), Qt::LeftButton, Qt::NoModifier,
+                          ticker->mapTo(m_bench.get(), ticker->rect().center()));
+        QVERIFY(m_bench->hasFocus());
+    }
+
+    void theTabKeyComesBy()
+    {
+        m_bench->signIn();
+        m_bench->setFocusPolicy(Qt::StrongFocus);
+        m_bench->setFocus();
+        QTest::keyClick(m_bench.get(), Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget(), m_bench->hideButton());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget(), m_bench->lockButton());
+        QSignalSpy locked(bar(), &StatusBar::signal_lockTransactions_clicked);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+        QCOMPARE(locked.count(), 1);
+    }
+
     // The sheet of the two buttons says nothing about their states, the style does.
     void theButtonsOfTheTradingSideShowTheirStates()
     {
