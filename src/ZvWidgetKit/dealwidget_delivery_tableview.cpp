@@ -9,6 +9,8 @@
 #include <QHeaderView>
 #include <QPointer>
 
+#include <limits>
+
 namespace {
 
 constexpr int CodeColumn = 0;
@@ -47,11 +49,19 @@ QString DealWidget_Delivery_TableView::textAt(int row, int column) const
     return m_model.index(row, column).data().toString();
 }
 
+// The form counts in int. Of a larger holding it offers what it can count: the rest can be taken
+// out afterwards.
+int DealWidget_Delivery_TableView::availableAt(int row) const
+{
+    constexpr qint64 most = std::numeric_limits<int>::max();
+    return int(qMin(textAt(row, AvailableColumn).toLongLong(), most));
+}
+
 void DealWidget_Delivery_TableView::showDeliveryDialog(int row)
 {
     const QString code = textAt(row, CodeColumn);
     const QString name = textAt(row, NameColumn);
-    const int available = textAt(row, AvailableColumn).toInt();
+    const int available = availableAt(row);
     const QString id = textAt(row, IdColumn);
     qDebug() << "delivery collection ID:" << id;
 

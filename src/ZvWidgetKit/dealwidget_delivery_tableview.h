@@ -28,6 +28,7 @@ protected:
 private:
     void applyStyle();
     QString textAt(int row, int column) const;
+    int availableAt(int row) const; // pieces
 
     DealWidget_Delivery_Model m_model;
     DealWidget_Delivery_Delegate *m_delegate; // ends with this view

@@ -1,6 +1,7 @@
 #include "ZvWidgetKit/transaction_lock.h"
 
 #include "BreltWidgetToolKit/breltreturnkey.h"
+#include "BreltWidgetToolKit/brelttooltip.h"
 #include "ZvModelKit/zvubmyacount.h"
 #include "ZvNetworkKit/serverpaths.h"
 #include "ZvNetworkKit/zvserveractionresult.h"
@@ -46,7 +47,9 @@ void Transaction_Lock::layOut()
 {
     auto *column = new QVBoxLayout;
     column->addStretch(1);
-    // A long refusal makes the column wider, not the field and the button.
+    // A long refusal makes the column wider, not the field and the button, and the window never: it
+    // rather shows the beginning of it.
+    m_hintLabel->setMinimumWidth(1);
     column->addWidget(m_passwordEdit, 0, Qt::AlignHCenter);
     column->addWidget(m_unlockButton, 0, Qt::AlignHCenter);
     column->addWidget(m_hintLabel);
@@ -102,14 +105,21 @@ bool Transaction_Lock::eventFilter(QObject *watched, QEvent *event)
 
 void Transaction_Lock::resetLockPage()
 {
-    m_hintLabel->setText(firstHint());
+    showHint(firstHint());
     m_passwordEdit->clear();
 }
 
 void Transaction_Lock::showUnlockFailed(QString msg)
 {
-    m_hintLabel->setText(msg + QStringLiteral(" 请重新输入密码"));
+    showHint(msg + QStringLiteral(" 请重新输入密码"));
     m_passwordEdit->clear();
+}
+
+// What a narrow page cuts off is told as a tool tip.
+void Transaction_Lock::showHint(const QString &text)
+{
+    m_hintLabel->setText(text);
+    m_hintLabel->setToolTip(brelt::plainToolTip(text));
 }
 
 // The button sends any text, Return only one that the field accepts: the server decides.

@@ -33,6 +33,7 @@ protected:
 
 private:
     void layOut();
+    void showHint(const QString &text);
     void applyStyle();
     void createConnections();
 

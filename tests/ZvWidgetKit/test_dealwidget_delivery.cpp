@@ -371,6 +371,25 @@ private slots:
         QVERIFY(!m_bench->page->findChild<Dialog *>());
     }
 
+    // More than the form can count is no reason to offer nothing.
+    void aHugeHoldingIsOfferedAsFarAsTheFormCounts_data()
+    {
+        QTest::addColumn<qint64>("pieces");
+        QTest::addColumn<QString>("offered");
+        QTest::newRow("the most that is counted") << qint64(2147483647) << "2147483647";
+        QTest::newRow("one more") << qint64(2147483648) << "2147483647";
+        QTest::newRow("a whole issue") << qint64(1000000000000) << "2147483647";
+    }
+    void aHugeHoldingIsOfferedAsFarAsTheFormCounts()
+    {
+        QFETCH(qint64, pieces);
+        QFETCH(QString, offered);
+        fill();
+        store({{1, pieces, pieces}});
+        QCOMPARE(formIn([this] { clickAt(button(0)); }),
+                 QStringLiteral("C1 藏品1 %1 %1").arg(offered));
+    }
+
     void theFormBelongsToTheTableAndSendsItsCollection()
     {
         fill();

@@ -215,6 +215,20 @@ private slots:
         QCOMPARE(hint(), QStringLiteral("<b>密码</b>错误 请重新输入密码"));
     }
 
+    void aLongRefusalLeavesTheWindowItsWidth()
+    {
+        const QSize size = m_bench->trading->size();
+        const QString reason(400, QChar(0x9501));
+        refuse(reason);
+        QCoreApplication::processEvents();
+        QVERIFY(m_bench->trading->minimumSizeHint().width() <= size.width());
+        QCOMPARE(m_bench->trading->size(), size);
+        QVERIFY(lock()->rect().contains(m_bench->hint()->geometry()));
+        QVERIFY(m_bench->hint()->toolTip().contains(reason));
+        m_bench->call("slot_showTransctionLock");
+        QVERIFY(!m_bench->hint()->toolTip().contains(reason));
+    }
+
     void theNextShowPutsTheHintBack()
     {
         refuse(QStringLiteral("密码错误"));

@@ -144,6 +144,7 @@ private slots:
         QCOMPARE(m_bench->stack()->count(), 2);
         QCOMPARE(m_bench->stack()->widget(0)->metaObject()->className(), "Transaction_Deal");
         QCOMPARE(m_bench->stack()->widget(1)->metaObject()->className(), "Transaction_Lock");
+        QCOMPARE(m_bench->stack()->widget(0)->windowTitle(), QStringLiteral("Form"));
         QCOMPARE(page(), QStringLiteral("DealWidget_BuySell"));
         QCOMPARE(ticket(), QStringLiteral("买入"));
         QCOMPARE(checked(), (QStringList{buy, dealRecord}));
