@@ -143,11 +143,17 @@ bool WireTrader::bindCard(const StateFolder &state, const QString &phone)
     return QString::fromUtf8(done).contains(QStringLiteral("绑定成功"));
 }
 
+bool WireTrader::openAccount(const StateFolder &state, const QString &phone,
+                             const QString &password)
+{
+    return registerAccount(state, m_exchange, phone, password, m_server) && signIn(phone, password)
+        && bindCard(state, phone);
+}
+
 bool WireTrader::moveIn(const StateFolder &state, const QString &phone, const QString &password,
                         qint64 fen)
 {
-    if (!registerAccount(state, m_exchange, phone, password, m_server) || !signIn(phone, password)
-        || !bindCard(state, phone))
+    if (!openAccount(state, phone, password))
         return false;
     const QString before = lastCode(state, phone, bankCodeDigits);
     const QJsonObject pair

@@ -23,7 +23,10 @@ public:
     // False where the exchange refuses it.
     bool signIn(const QString &phone, const QString &password);
 
-    // Opens an account, binds a bank card to it, and moves money in. False where a step fails.
+    // Opens an account and binds a bank card to it. False where a step fails.
+    bool openAccount(const StateFolder &state, const QString &phone, const QString &password);
+
+    // The same, and moves money in.
     bool moveIn(const StateFolder &state, const QString &phone, const QString &password,
                 qint64 fen);
 
