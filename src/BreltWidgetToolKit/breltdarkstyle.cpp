@@ -77,7 +77,8 @@ QRect arrowRect(const QStyleOptionHeader &option, const QWidget *widget)
         return option.rect;
     const int room = option.rect.left() - header->sectionViewportPosition(option.section);
     const int text = option.fontMetrics.horizontalAdvance(option.text);
-    return option.rect.translated(-qBound(0, text, qMax(0, room)), 0);
+    constexpr int gap = 6;
+    return option.rect.translated(-qBound(0, text + gap, qMax(0, room)), 0);
 }
 
 // Relative luminance, from 0 for black to 1 for white.
@@ -335,10 +336,13 @@ void BreltDarkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption 
         break;
     case PE_IndicatorHeaderArrow:
         if (const auto *header = qstyleoption_cast<const QStyleOptionHeader *>(option)) {
+            QStyleOptionHeader copy(*header);
+            copy.rect = arrowRect(*header, widget);
             const bool isUp = header->sortIndicator == QStyleOptionHeader::SortUp;
-            if (header->sortIndicator != QStyleOptionHeader::None
-                && drawArrow(painter, isUp, arrowRect(*header, widget), true, isHovered(option)))
-                return;
+            if (header->sortIndicator == QStyleOptionHeader::None
+                || !drawArrow(painter, isUp, copy.rect, true, isHovered(option)))
+                QProxyStyle::drawPrimitive(element, &copy, painter, widget);
+            return;
         }
         break;
     case PE_FrameMenu:

@@ -7,6 +7,7 @@
 #include <QComboBox>
 #include <QDateEdit>
 #include <QGroupBox>
+#include <QHeaderView>
 #include <QImage>
 #include <QLabel>
 #include <QLineEdit>
@@ -103,6 +104,8 @@ private slots:
     void toolTipsAreDark();
     void scrollBarIsDraggedAndPaged();
     void scrollBarPartsFillTheBar();
+    void arrowOfASortedColumnLeavesItsTextAlone_data();
+    void arrowOfASortedColumnLeavesItsTextAlone();
 };
 
 void TestBreltDarkStyle::textIsReadable_data()
@@ -393,6 +396,55 @@ void TestBreltDarkStyle::scrollBarPartsFillTheBar()
                      + part(QStyle::SC_ScrollBarAddPage).height(),
                  300);
     }
+}
+
+void TestBreltDarkStyle::arrowOfASortedColumnLeavesItsTextAlone_data()
+{
+    QTest::addColumn<int>("alignment");
+    QTest::newRow("figures") << int(Qt::AlignRight);
+    QTest::newRow("names") << int(Qt::AlignHCenter);
+    QTest::newRow("left") << int(Qt::AlignLeft);
+}
+
+void TestBreltDarkStyle::arrowOfASortedColumnLeavesItsTextAlone()
+{
+    QFETCH(int, alignment);
+    QTableWidget table(1, 3);
+    QHeaderView *header = table.horizontalHeader();
+    // As the tables of the client have one; without, the text makes room by itself.
+    header->setStyleSheet("QHeaderView::section{background-color:#181a1e;border:none;}");
+    header->setHighlightSections(false);
+    header->setDefaultAlignment(Qt::Alignment(alignment) | Qt::AlignVCenter);
+    table.resize(400, 100);
+    table.show();
+    const auto pictureWith = [&](const QString &text, bool isSorted) {
+        table.setHorizontalHeaderLabels({"", text, ""});
+        header->setSortIndicatorShown(isSorted);
+        header->setSortIndicator(1, Qt::DescendingOrder);
+        return header->grab().toImage();
+    };
+    const auto changed = [](const QImage &before, const QImage &after) {
+        QRect place;
+        for (int y = 0; y < after.height(); ++y) {
+            for (int x = 0; x < after.width(); ++x) {
+                if (before.pixel(x, y) != after.pixel(x, y))
+                    place |= QRect(x, y, 1, 1);
+            }
+        }
+        return place;
+    };
+    const QImage named = pictureWith("rate%", false);
+    const QRect text = changed(pictureWith(QString(), false), named);
+    const QRect arrow = changed(named, pictureWith("rate%", true));
+    QVERIFY(!text.isEmpty() && !arrow.isEmpty());
+    QVERIFY2(!arrow.intersects(text),
+             qPrintable(QStringLiteral("%1 to %2 over %3 to %4")
+                            .arg(arrow.left())
+                            .arg(arrow.right())
+                            .arg(text.left())
+                            .arg(text.right())));
+    QVERIFY(arrow.left() >= header->sectionViewportPosition(1));
+    QVERIFY(arrow.right() < header->sectionViewportPosition(2));
 }
 
 ZV_TEST(TestBreltDarkStyle)
