@@ -10,6 +10,7 @@
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
 #include <QHBoxLayout>
+#include <QPointer>
 #include <QStackedWidget>
 
 namespace {
@@ -86,11 +87,17 @@ void Transaction_Widget::slot_after_serverChanged()
 }
 
 // The box runs an event loop, in which the host may end this widget: nothing of it is touched
-// after that.
+// after that. A session that was begun meanwhile may end as well; the box that stands says so.
 void Transaction_Widget::slot_login_LoggedOtherPlace(QString msg)
 {
     ZvServerEngine::getZvServerEngineInstance()->startUnloggedEngine();
+    if (m_isTelling)
+        return;
+    m_isTelling = true;
+    const QPointer<Transaction_Widget> self(this);
     framedmessage::show(framedmessage::paragraph(msg), QStringLiteral("错误提示"));
+    if (self)
+        m_isTelling = false;
     pool()->slot_loggedOtherPlace();
 }
 

@@ -47,4 +47,5 @@ private:
     QStackedWidget *m_transactionStack;
     Transaction_Deal *m_transactionDeal;
     Transaction_Lock *m_transactionLock;
+    bool m_isTelling = false; // of the end of a session
 };

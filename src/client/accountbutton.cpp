@@ -12,6 +12,7 @@
 namespace {
 
 constexpr int widestAccount = 160;
+constexpr int buttonHeight = 20;
 
 ZvServerEngine *engine()
 {
@@ -51,7 +52,10 @@ QString nameOf(const ZvUBMyAcount &account)
 AccountButton::AccountButton(QWidget *parent) : QPushButton(parent), m_menu(new QMenu(this))
 {
     setObjectName(QStringLiteral("AccountButton"));
-    setStyleSheet(ZvServerConfig::getZvServerConfigInstance()->getStyleOf_StatusBarLoginButton());
+    // As the login button of the status bar, and lower.
+    setStyleSheet(ZvServerConfig::getZvServerConfigInstance()->getStyleOf_StatusBarLoginButton()
+                  + QStringLiteral("QPushButton{padding:0px 12px;}"));
+    setFixedHeight(buttonHeight);
     // A click leaves the keys to the market.
     setFocusPolicy(Qt::TabFocus);
     QFont small = font();

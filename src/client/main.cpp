@@ -104,6 +104,7 @@ void openAfter(StartScreen &start, MainWindow &window)
         = new WindowPlace(&window, window.frame(), window.halves(), WindowPlace::usualFile());
     QObject::connect(&start, &StartScreen::over, place, [place, &start, &window] {
         place->show();
+        window.activateWindow(); // the splash may have the keys, or nobody
         start.leaveTo(&window);
     });
 }

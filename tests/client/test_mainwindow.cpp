@@ -715,6 +715,11 @@ private slots:
                 return;
             ++boxes;
             before = trace.take();
+            // Another session that ends meanwhile opens no second box.
+            engine()->isLogged = true;
+            cache()->storeLoggedOtherPlace(QStringLiteral("登录已过期"));
+            QVERIFY(!engine()->isLogged);
+            QCOMPARE(QApplication::activeModalWidget(), box);
             QTest::mouseClick(box->findChild<QPushButton *>(), Qt::LeftButton);
         });
         reader.start(20);
