@@ -36,6 +36,7 @@ Transaction_Lock::Transaction_Lock(QWidget *parent)
     m_passwordEdit->setValidator(
         new QRegExpValidator(QRegExp(QStringLiteral("^\\S{6,20}$"), Qt::CaseSensitive), this));
     m_passwordEdit->setEchoMode(QLineEdit::Password);
+    m_passwordEdit->setAccessibleName(QStringLiteral("登录密码"));
     layOut();
     applyStyle();
     createConnections();
