@@ -244,9 +244,9 @@ QString openButtonSheet()
 
 // A server's button in the guide strip, 28 by 80 pixels with upright text. Its states are told by
 // the colour of its face, which shines through the plate of a market that has one. A plate carries
-// a sign above the text; its border of 5 pixels keeps its shape when the button grows. No corner is
-// round: Qt cuts a border picture in the wrong places then. The focus draws a frame around the
-// text: a line below each of its small characters would read as a stroke of it.
+// a sign above the text and is drawn as a whole: Qt takes the parts of a border picture for other
+// ones at scale 2, and where corners are round. The focus draws a frame around the text: a line
+// below each of its small characters would read as a stroke of it.
 QString guideTabSheet(bool isInUse, const Platform &platform)
 {
     const char *colours[][2] = {
@@ -269,11 +269,12 @@ QString guideTabSheet(bool isInUse, const Platform &platform)
                    QLatin1String(isInUse ? "@accentText" : "@off"), of(Normal), of(Hover),
                    of(Pressed), of(Disabled));
     for (const Plate *plate = platform.firstPlate; plate != platform.lastPlate; ++plate)
-        sheet += QStringLiteral("QPushButton[text*=\"%1\"]{padding-top:13px;border-width:5px;"
-                                "border-image:url(:/icons/guidepage/%2.png) 5 5 5 5 "
-                                "stretch stretch;}")
-                     .arg(QString::fromUtf8(plate->character),
-                          QLatin1String(isInUse ? plate->inUse : plate->idle));
+        sheet
+            += QStringLiteral("QPushButton[text*=\"%1\"]{padding:18px 5px 5px 5px;border-width:0px;"
+                              "border-image:url(:/icons/guidepage/%2.png) 0 0 0 0 "
+                              "stretch stretch;}")
+                   .arg(QString::fromUtf8(plate->character),
+                        QLatin1String(isInUse ? plate->inUse : plate->idle));
     return sheet;
 }
 
