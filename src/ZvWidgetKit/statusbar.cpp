@@ -153,7 +153,10 @@ void StatusBar::applyStyle()
     for (QPushButton *button : {m_hideButton, m_lockButton})
         button->setStyleSheet(
             QStringLiteral("QPushButton{background-color:rgb(22,25,34); color:rgb(255,255,255);}"));
-    setBackground(this, BarColour);
+    // In a window with a style sheet no palette comes down from the bar to the ticker.
+    for (QWidget *ground :
+         {static_cast<QWidget *>(this), m_messageArea->viewport(), m_messageArea->widget()})
+        setBackground(ground, BarColour);
     layout()->setContentsMargins(0, 0, 0, 0);
     layout()->setSpacing(0);
     setMinimumHeight(BarHeight);

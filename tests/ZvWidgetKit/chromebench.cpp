@@ -23,6 +23,9 @@ ChromeBench::ChromeBench(int platform, int width)
     ZvServerCache::getZvServerCacheInstance()->messageList.clear();
     titleBar = std::make_unique<TitleBar>(nullptr);
     statusBar = std::make_unique<StatusBar>(nullptr);
+    // A window of a host has a sheet of its own.
+    setObjectName(QStringLiteral("window"));
+    setStyleSheet(QStringLiteral("QWidget#window{background-color:rgb(21,21,21);}"));
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);

@@ -192,6 +192,14 @@ private slots:
         QCOMPARE(bar()->height(), 37);
     }
 
+    void theTickerHasTheGroundOfTheBar()
+    {
+        const QRect place = m_bench->messages()->geometry();
+        const QImage look = bar()->grab().toImage();
+        for (const QPoint &at : {place.topLeft(), place.center(), place.bottomRight()})
+            QCOMPARE(look.pixelColor(at), QColor(30, 33, 38));
+    }
+
     // The server's seconds in local time.
     void theClockIsTheServers_data()
     {
