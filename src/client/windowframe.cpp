@@ -72,10 +72,22 @@ bool WindowFrame::eventFilter(QObject *watched, QEvent *event)
     case QEvent::WindowBlocked:
         m_drag = Drag::None;
         break;
+    case QEvent::WindowUnblocked:
+        // The dialog that goes may have the keys, and without a window manager nobody gives them
+        // back.
+        if (QGuiApplication::focusWindow())
+            QMetaObject::invokeMethod(this, &WindowFrame::takeKeys, Qt::QueuedConnection);
+        break;
     default:
         break;
     }
     return false;
+}
+
+void WindowFrame::takeKeys()
+{
+    if (m_window->isVisible() && !m_window->isActiveWindow() && !QApplication::activeModalWidget())
+        m_window->activateWindow();
 }
 
 bool WindowFrame::takeTitleBar(QEvent *event)

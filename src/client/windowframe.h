@@ -39,6 +39,7 @@ protected:
 private:
     enum class Drag { None, Pressed, Moving };
 
+    void takeKeys();
     bool takeTitleBar(QEvent *event);
     void takePress(const QMouseEvent &event);
     bool takeMove(const QMouseEvent &event);

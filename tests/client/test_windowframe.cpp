@@ -3,6 +3,7 @@
 #include "client/windowedge.h"
 #include "support/testregistry.h"
 
+#include <QDialog>
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
@@ -305,6 +306,19 @@ private slots:
         QVERIFY(m_window->isMinimized());
         m_window->showNormal();
         QTRY_COMPARE(m_window->geometry(), first);
+    }
+
+    void theKeysComeBackFromADialog()
+    {
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QDialog dialog;
+        dialog.setModal(true);
+        dialog.show();
+        dialog.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        dialog.accept();
+        QTRY_VERIFY(m_window->isActiveWindow());
     }
 
     void aWindowThatIsHiddenInADragIsNotDraggedOn()
