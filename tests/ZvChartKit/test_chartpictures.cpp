@@ -1,3 +1,4 @@
+#include "ZvChartKit/chartanswers.h"
 #include "ZvChartKit/chartsamples.h"
 #include "ZvChartKit/zv_collectioncharts.h"
 #include "ZvNetworkKit/kitbench.h"
@@ -19,39 +20,6 @@ namespace {
 constexpr QSize smallChart(1038, 640);
 constexpr QSize largeChart(1592, 952);
 
-QByteArray fen(double yuan)
-{
-    return QByteArray::number(std::llround(yuan * 100));
-}
-
-// Figures as the exchange would send them.
-QByteArray answerOf(const ZvUBTimeLine &line)
-{
-    QByteArrayList spans;
-    for (const ZvUBTradingSpan &span : line.spans)
-        spans << "[" + QByteArray::number(span.begin) + ", " + QByteArray::number(span.end) + "]";
-    QByteArrayList minutes;
-    for (const ZvUBMinute &dealt : line.minutes)
-        minutes << "[" + QByteArray::number(dealt.time) + ", " + fen(dealt.price) + ", "
-                + fen(dealt.average) + ", " + QByteArray::number(dealt.volume) + "]";
-    return ZvScriptedTransport::ok("{\"id\": \"" + line.collectionId.toLatin1()
-                                   + "\", \"tradingDay\": \"2020-01-02\", \"session\": 1, "
-                                     "\"previousClose\": "
-                                   + fen(line.previousClose) + ", \"spans\": [" + spans.join(", ")
-                                   + "], \"minutes\": [" + minutes.join(", ") + "]}");
-}
-
-QByteArray answerOf(const ZvUBKLine &line)
-{
-    QByteArrayList bars;
-    for (const ZvUBBar &bar : line.bars)
-        bars << "[\"" + bar.day.toLatin1() + "\", " + fen(bar.open) + ", " + fen(bar.high) + ", "
-                + fen(bar.low) + ", " + fen(bar.close) + ", " + QByteArray::number(bar.volume)
-                + ", " + fen(bar.amount) + "]";
-    return ZvScriptedTransport::ok("{\"id\": \"" + line.collectionId.toLatin1()
-                                   + "\", \"session\": 1, \"bars\": [" + bars.join(", ") + "]}");
-}
-
 } // namespace
 
 // What the chart looks like, after it was looked at. At another scale than 1 the hashes are kept.
@@ -70,14 +38,16 @@ private:
 
     void showTimeLine(int minutes)
     {
-        m_bench->exchange->answer(zvPath_market_jit, answerOf(chartsamples::timeLine(minutes)));
+        m_bench->exchange->answer(zvPath_market_jit,
+                                  chartsamples::answerOf(chartsamples::timeLine(minutes)));
         m_charts->show();
         m_bench->settle();
     }
 
     void showDays()
     {
-        m_bench->exchange->answer(zvPath_market_day, answerOf(chartsamples::kLine(900)));
+        m_bench->exchange->answer(zvPath_market_day,
+                                  chartsamples::answerOf(chartsamples::kLine(900)));
         m_charts->changeToPage_kline_day();
         m_charts->show();
         m_bench->settle();

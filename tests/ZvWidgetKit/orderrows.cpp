@@ -3,7 +3,14 @@
 #include <QAbstractItemModel>
 #include <QStringList>
 
+#include <limits>
+
 namespace zvtest {
+namespace {
+
+const QString longName = QStringLiteral("庚申年生肖猴票整版八十枚带边纸厂铭纪念版");
+
+} // namespace
 
 ZvUBRevokeItem openOrder(int number)
 {
@@ -56,6 +63,37 @@ QList<ZvUBDeliveryRecordItem> deliveries(const QList<int> &numbers)
     for (const int number : numbers)
         records << ZvUBDeliveryRecordItem(deliveryData(number));
     return records;
+}
+
+ZvUBRevokeItem longestOpenOrder(int number, bool isTicked)
+{
+    ZvUBRevokeItem::Data data = openOrder(number).data();
+    data.orderNumber = std::numeric_limits<int>::max() - number;
+    data.code = QStringLiteral("88888888");
+    data.name = longName;
+    data.price = 13107199;
+    data.quantity = std::numeric_limits<int>::max();
+    data.filled = 1234567890;
+    data.amount = 899999999999999999;
+    data.frozen = 899999999999999999;
+    ZvUBRevokeItem item(data);
+    item.setUserChecked(isTicked);
+    return item;
+}
+
+ZvUBDeliveryRecordItem longestDelivery(int number, int state)
+{
+    ZvUBDeliveryRecordItem::Data data = deliveryData(number);
+    data.orderNumber = QStringLiteral("T2020010199999999%1").arg(number);
+    data.code = QStringLiteral("88888888");
+    data.name = longName;
+    data.quantity = std::numeric_limits<int>::max();
+    data.fee = 899999999999999999;
+    data.address = QStringLiteral("内蒙古自治区呼伦贝尔市鄂伦春自治旗大杨树镇向阳路一百二十八号");
+    data.consignee = QStringLiteral("阿卜杜热西提·买买提");
+    data.phone = QStringLiteral("008613912345678");
+    data.state = state;
+    return ZvUBDeliveryRecordItem(data);
 }
 
 QString columnOf(const QAbstractItemModel *model, int column)

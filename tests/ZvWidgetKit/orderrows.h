@@ -21,6 +21,11 @@ QList<ZvUBRevokeItem> openOrders(const QList<int> &numbers);
 ZvUBDeliveryRecordItem::Data deliveryData(int number);
 QList<ZvUBDeliveryRecordItem> deliveries(const QList<int> &numbers);
 
+// The same with the longest texts and the largest figures that the exchange may bring, an order
+// with a tick or without, an application in a state.
+ZvUBRevokeItem longestOpenOrder(int number, bool isTicked);
+ZvUBDeliveryRecordItem longestDelivery(int number, int state);
+
 // The texts of one column, "7 8 9".
 QString columnOf(const QAbstractItemModel *model, int column);
 

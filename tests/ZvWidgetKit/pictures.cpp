@@ -33,12 +33,24 @@ QString leave(const QImage &image, const QString &name)
     return image.save(file) ? file : QStringLiteral("nowhere");
 }
 
+void showTo(const QImage &image, const QString &name)
+{
+    const QString folder = qEnvironmentVariable("ZV_SHOW_PICTURES");
+    if (!folder.isEmpty())
+        image.save(QDir(folder).filePath(name + QStringLiteral(".png")));
+}
+
 QString hashOf(const QImage &image)
 {
     QCryptographicHash hash(QCryptographicHash::Sha1);
     for (int y = 0; y < image.height(); ++y)
         hash.addData(reinterpret_cast<const char *>(image.constScanLine(y)), image.width() * 4);
     return QString::fromLatin1(hash.result().toHex());
+}
+
+QString nameAtScale(const QString &name, double scale)
+{
+    return QStringLiteral("%1@%2").arg(name).arg(scale);
 }
 
 // Name and hash of each picture, a line each.
@@ -102,6 +114,7 @@ QImage picture(QWidget *widget, double scale)
 
 QString differenceFromPicture(const QImage &image, const QString &name)
 {
+    showTo(image, name);
     const QString file = pathOf(name + QStringLiteral(".png"));
     if (isRenewed())
         return image.save(file) ? QString() : QStringLiteral("cannot write ") + file;
@@ -115,6 +128,7 @@ QString differenceFromPicture(const QImage &image, const QString &name)
 
 QString differenceFromHash(const QImage &image, const QString &name)
 {
+    showTo(image, name);
     const QString hash = hashOf(image);
     if (isRenewed())
         return renewHash(name, hash) ? QString() : QStringLiteral("cannot write the hashes");
@@ -125,15 +139,21 @@ QString differenceFromHash(const QImage &image, const QString &name)
 
 QString differenceFromPictures(QWidget *widget, const QString &name, bool isKept)
 {
-    for (const double scale : {1.0, 1.25, 1.5, 2.0}) {
-        const QImage image = picture(widget, scale);
-        const QString difference = isKept && scale == 1.0
-            ? differenceFromPicture(image, name)
-            : differenceFromHash(image, QStringLiteral("%1@%2").arg(name).arg(scale));
-        if (!difference.isEmpty())
-            return difference;
+    QString first = differenceAtScaleOne(widget, name, isKept);
+    for (const double scale : {1.25, 1.5, 2.0}) {
+        const QString difference
+            = differenceFromHash(picture(widget, scale), nameAtScale(name, scale));
+        if (first.isEmpty())
+            first = difference;
     }
-    return {};
+    return first;
+}
+
+QString differenceAtScaleOne(QWidget *widget, const QString &name, bool isKept)
+{
+    const QImage image = picture(widget, 1);
+    return isKept ? differenceFromPicture(image, name)
+                  : differenceFromHash(image, nameAtScale(name, 1));
 }
 
 } // namespace zvtest

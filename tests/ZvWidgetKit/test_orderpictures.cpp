@@ -10,49 +10,13 @@
 
 #include <QtTest/QtTest>
 
-#include <limits>
-
 namespace {
 
 constexpr QSize PageSize(1366, 320);
 
-const QString longName = QStringLiteral("庚申年生肖猴票整版八十枚带边纸厂铭纪念版");
-
 ZvServerCache *cache()
 {
     return ZvServerCache::getZvServerCacheInstance();
-}
-
-// An order of the longest figures that the exchange deals in.
-ZvUBRevokeItem extremeOrder(int number, bool isTicked)
-{
-    ZvUBRevokeItem::Data data = zvtest::openOrder(number).data();
-    data.orderNumber = std::numeric_limits<int>::max() - number;
-    data.code = QStringLiteral("88888888");
-    data.name = longName;
-    data.price = 13107199;
-    data.quantity = std::numeric_limits<int>::max();
-    data.filled = 1234567890;
-    data.amount = 899999999999999999;
-    data.frozen = 899999999999999999;
-    ZvUBRevokeItem item(data);
-    item.setUserChecked(isTicked);
-    return item;
-}
-
-ZvUBDeliveryRecordItem extremeDelivery(int number, int state)
-{
-    ZvUBDeliveryRecordItem::Data data = zvtest::deliveryData(number);
-    data.orderNumber = QStringLiteral("T2020010199999999%1").arg(number);
-    data.code = QStringLiteral("88888888");
-    data.name = longName;
-    data.quantity = std::numeric_limits<int>::max();
-    data.fee = 899999999999999999;
-    data.address = QStringLiteral("内蒙古自治区呼伦贝尔市鄂伦春自治旗大杨树镇向阳路一百二十八号");
-    data.consignee = QStringLiteral("阿卜杜热西提·买买提");
-    data.phone = QStringLiteral("008613912345678");
-    data.state = state;
-    return ZvUBDeliveryRecordItem(data);
 }
 
 ZvUBTradeItem preparedOrder(const QString &name, int direction, float price, int count)
@@ -108,7 +72,7 @@ private slots:
         QList<ZvUBRevokeItem> orders;
         for (int number = 12; rows != "none" && number > 0; --number)
             orders << (rows == "usual" ? zvtest::openOrder(number)
-                                       : extremeOrder(number, number % 3 == 0));
+                                       : zvtest::longestOpenOrder(number, number % 3 == 0));
         cache()->storeRevokeList(orders);
         if (rows == "usual")
             bench.click("pushButton_allSelect");
@@ -136,7 +100,7 @@ private slots:
             ZvUBDeliveryRecordItem::Data data = zvtest::deliveryData(number);
             data.state = number % 6;
             records << (rows == "usual" ? ZvUBDeliveryRecordItem(data)
-                                        : extremeDelivery(number, number % 6));
+                                        : zvtest::longestDelivery(number, number % 6));
         }
         cache()->storeDeliveryRecordList(records);
         // The column of the buttons lies beyond the right edge until it is scrolled to.
@@ -168,7 +132,9 @@ private slots:
         view.resize(960, 200);
         if (isFull) {
             model.addTradeItem(preparedOrder(QStringLiteral("庚申猴票"), 1, 10.5F, 10));
-            const ZvUBTradeItem refused = preparedOrder(longName, 2, 131071.98F, 2147483647);
+            const ZvUBTradeItem refused
+                = preparedOrder(QStringLiteral("庚申年生肖猴票整版八十枚带边纸厂铭纪念版"), 2,
+                                131071.98F, 2147483647);
             model.addTradeItem(refused);
             const ZvUBTradeItem second = preparedOrder(QStringLiteral("藏品"), 2, 0.01F, 1);
             model.addTradeItem(second);
