@@ -1,4 +1,5 @@
 #include "BreltWidgetToolKit/breltamountspinbox.h"
+#include "BreltWidgetToolKit/breltcountspinbox.h"
 #include "BreltWidgetToolKit/breltdoublespinbox.h"
 #include "BreltWidgetToolKit/breltspinbox.h"
 #include "support/testregistry.h"
@@ -123,6 +124,18 @@ private:
                                                  << "7.00";
     }
 
+    static void partsAreNoPieces(QSpinBox *field, const QString &typed)
+    {
+        QVERIFY(field);
+        typeOver(field, typed);
+        QVERIFY(!field->hasAcceptableInput());
+        QCOMPARE(field->text(), QStringLiteral("2.5"));
+        QCOMPARE(field->value(), 2);
+        QTest::keyClick(field, Qt::Key_Return);
+        QCOMPARE(field->value(), 2);
+        QCOMPARE(field->text(), QStringLiteral("2"));
+    }
+
 private slots:
     void initTestCase_data()
     {
@@ -179,6 +192,57 @@ private slots:
         QCOMPARE(field->text(), QStringLiteral("12345"));
         QTest::keyClick(field.get(), Qt::Key_Up);
         QCOMPARE(field->text(), QStringLiteral("12346"));
+    }
+
+    // Neither counts a mark for nothing, nor refuses its key: both would make 25 of it.
+    void partsOfPieces_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::newRow("comma") << "2,5";
+        QTest::newRow("point") << "2.5";
+        QTest::newRow("comma with an input method") << "2，5";
+        QTest::newRow("wide point") << "２．５";
+        QTest::newRow("arabic") << "٢٫٥";
+    }
+    void partsOfPieces()
+    {
+        QFETCH(QString, typed);
+        partsAreNoPieces(shown<BreltSpinBox>().get(), typed);
+        partsAreNoPieces(shown<BreltCountSpinBox>().get(), typed);
+    }
+
+    void pastedPartsOfPieces_data()
+    {
+        QTest::addColumn<QString>("pasted");
+        for (const char *pasted : {"2,5", "2.5", "1,000", "1,000,000", ",5", "2,"})
+            QTest::newRow(pasted) << pasted;
+    }
+    void pastedPartsOfPieces()
+    {
+        QFETCH(QString, pasted);
+        const auto field = shown<BreltSpinBox>();
+        QVERIFY(field);
+        field->setValue(7);
+        field->selectAll();
+        QGuiApplication::clipboard()->setText(pasted);
+        QTest::keySequence(field.get(), QKeySequence::Paste);
+        QVERIFY(!field->hasAcceptableInput());
+        QCOMPARE(field->value(), 7);
+        QTest::keyClick(field.get(), Qt::Key_Return);
+        QCOMPARE(field->value(), 7);
+        QCOMPARE(field->text(), QStringLiteral("7"));
+    }
+
+    // What is wrong without its marks is not better with them.
+    void otherMarksAreRefused()
+    {
+        const auto field = shown<BreltSpinBox>();
+        QVERIFY(field);
+        typeOver(field.get(), QStringLiteral("2,a5"));
+        QCOMPARE(field->text(), QStringLiteral("2.5"));
+        field->setMaximum(99);
+        typeOver(field.get(), QStringLiteral("2,34"));
+        QCOMPARE(field->text(), QStringLiteral("2.3"));
     }
 };
 
