@@ -1,6 +1,7 @@
 #include "ZvWidgetKit/cellbuttondelegate.h"
 
 #include "ZvNetworkKit/serverpaths.h"
+#include "ZvNetworkKit/zvfaults.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -85,7 +86,8 @@ void CellButtonDelegate::follow(QAbstractItemView *view)
 
 void CellButtonDelegate::leaveButton()
 {
-    m_hand.giveBack();
+    if (!zvFault("hand-is-kept"))
+        m_hand.giveBack();
     m_hovered = QModelIndex();
     repaintHovered();
 }

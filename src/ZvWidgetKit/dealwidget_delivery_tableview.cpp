@@ -1,6 +1,7 @@
 #include "ZvWidgetKit/dealwidget_delivery_tableview.h"
 
 #include "ZvNetworkKit/serverpaths.h"
+#include "ZvNetworkKit/zvfaults.h"
 #include "ZvWidgetKit/dealwidget_delivery_delegate.h"
 #include "ZvWidgetKit/recordtablestyle.h"
 #include "ZvWidgetKit/small_deliveryhandling_dialog.h"
@@ -73,7 +74,8 @@ void DealWidget_Delivery_TableView::showDeliveryDialog(int row)
     dialog->setCollectionName(name);
     dialog->setAvailableNum(available);
     dialog->exec();
-    delete dialog;
+    if (!zvFault("form-is-kept"))
+        delete dialog;
 }
 
 void DealWidget_Delivery_TableView::mouseReleaseEvent(QMouseEvent *event)

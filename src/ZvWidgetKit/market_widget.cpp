@@ -285,7 +285,11 @@ void Market_Widget::slot_showNotBankCardFind(QString qrcode)
     m_qrcodeTimer->start(QrcodeMilliseconds);
     if (m_establishAccountDialog->isHidden()) {
         qDebug("隐藏着 刷到了没有绑卡");
-        m_establishAccountDialog->exec();
+        // Closed below another dialog it still runs, and no dialog runs twice.
+        if (m_establishAccountDialog->isModal())
+            m_establishAccountDialog->show();
+        else
+            m_establishAccountDialog->exec();
     } else {
         qDebug("显示着 刷到了没有绑卡");
     }

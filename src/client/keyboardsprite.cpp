@@ -2,6 +2,7 @@
 
 #include "BreltWidgetToolKit/brelttooltip.h"
 #include "ZvModelKit/zvubbriefinfo.h"
+#include "ZvNetworkKit/zvfaults.h"
 #include "ZvNetworkKit/zvservercache.h"
 
 #include <QApplication>
@@ -259,6 +260,8 @@ void KeyboardSprite::take()
     const QTreeWidgetItem *row = m_list->currentItem();
     if (!row)
         return;
+    if (zvFault("row-is-read-when-gone"))
+        leave();
     const QString code = row->text(CodeColumn);
     leave();
     emit chosen(code);

@@ -6,6 +6,7 @@
 #include "client/embeddedexchange.h"
 #include "client/halves.h"
 #include "client/keyboardsprite.h"
+#include "client/keysinsight.h"
 #include "client/marketkeys.h"
 #include "client/namecolumn.h"
 #include "client/signin.h"
@@ -63,6 +64,7 @@ MainWindow::MainWindow(QWidget *parent)
     new MarketKeys(this, m_pages, m_sprite);
     new ButtonKeys(this);
     new NameColumn(m_table);
+    keepKeysInSight(this);
     joinBars();
     joinMarket();
     // Before the window has a size of its own: what it needs at least is told by its parts as they

@@ -48,7 +48,8 @@ esac
 CAMPAIGN = LOG + '''echo "12 seeds of ${0##*/}"
 [ "$FAILS" != "${0##*/} $2" ] || { echo "repeat it with: ${0##*/} --first 7 --seeds 1"; exit 1; }
 '''
-CAMPAIGNS = ("zvx_core_simulation", "zvx_powercuts", "zvx_kills", "zv_faultyproxy")
+CAMPAIGNS = ("zvx_core_simulation", "zvx_powercuts", "zvx_kills", "zv_faultyproxy",
+             "zv_randomevents")
 
 CLIENT = 'pwd; for a in "$@"; do printf "[%s]\\n" "$a"; done; exit "${CLIENT_CODE:-0}"\n'
 
@@ -66,7 +67,8 @@ class CommandsTest(unittest.TestCase):
         self.elsewhere = base / "else where"
         for folder in (self.house / "tools", self.bin, self.elsewhere, base / "home"):
             folder.mkdir(parents=True)
-        for name in ("run", "test", "soak", "packages.txt", "packages-test.txt", "tools/build.sh"):
+        for name in ("run", "test", "soak", "packages.txt", "packages-test.txt",
+                     "packages-soak.txt", "tools/build.sh"):
             shutil.copy(ROOT / name, self.house / name)
         for name, body in {**STAND_INS, "client": CLIENT}.items():
             self.put(name, body)
@@ -223,7 +225,7 @@ class CommandsTest(unittest.TestCase):
         self.assertEqual(result.returncode, 1)
         for name in CAMPAIGNS:
             firsts = [c.split("] [")[1] for c in calls if c.startswith(name + " [--first]")]
-            second = [] if name == "zv_faultyproxy" else ["1000007"]
+            second = ["1000007"] if name in CAMPAIGNS[:3] else []
             self.assertEqual(firsts, ["7", *second], name)
         self.assertEqual(len([c for c in calls if c.startswith("ctest ")]), 3)
         self.assertTrue(calls[-1].startswith("zvx_kills "), calls)
@@ -231,8 +233,24 @@ class CommandsTest(unittest.TestCase):
         ledger = (self.house / "build/soak/ledger.txt").read_text()
         self.assertIn("--first 1000007", ledger)
         self.assertIn("12 seeds of zv_faultyproxy", ledger)
-        self.assertEqual(ledger.count("passed\n"), 9)
+        self.assertEqual(ledger.count("passed\n"), 10)
         self.assertEqual(ledger.count("FAILED\n"), 1)
+
+    def test_soak_takes_valgrind_where_it_is_there(self):
+        result, calls = self.soak("--minutes", "0.05")
+        self.assertIn("valgrind is not there", result.stdout)
+        self.assertFalse([c for c in calls if "[build/dev]" in c or "[dev]" in c])
+        self.put("valgrind", LOG)
+        shutil.rmtree(self.house / "build")
+        result, calls = self.soak("--minutes", "100", FAILS="zvx_kills 1000001")
+        runs = [c for c in calls if c.startswith("valgrind ")]
+        self.assertEqual(len(runs), 1, calls)
+        self.assertIn("[build/dev/bin/zv_randomevents] [--first] [1]", runs[0])
+
+    def test_soak_does_without_valgrind_where_it_cannot_be_had(self):
+        result, _ = self.soak("--minutes", "0.05", MISSING="valgrind", APT_FAILS="install")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertIn("valgrind is not there", result.stdout)
 
     def test_soak_ends_with_its_time(self):
         result, _ = self.soak("--minutes", "0.05")
