@@ -341,6 +341,25 @@ private slots:
         QCOMPARE(amount()->value(), 1);
     }
 
+    // From 1000 pieces on, a comma could stand between digits and count for nothing.
+    void aPartOfAPieceIsNoAmount_data()
+    {
+        QTest::addColumn<QString>("typed");
+        for (const char *typed : {"2,5", "2.5", "1,000"})
+            QTest::newRow(typed) << typed;
+    }
+    void aPartOfAPieceIsNoAmount()
+    {
+        QFETCH(QString, typed);
+        m_dialog->setAvailableNum(5000);
+        fill();
+        typeAmount(typed);
+        zvtest::Record record;
+        clickOk();
+        QCOMPARE(prompts(), QStringLiteral("label_prompt: 请输入有效的提货数量！"));
+        QCOMPARE(record.take(), QString());
+    }
+
     // An amount that was taken away is no amount, whichever way the form is sent.
     void anEmptyAmountIsNotTheLastOne_data()
     {

@@ -65,6 +65,31 @@ private slots:
                  QStringList{"ZvServerActionResult::sendRequest_trade_buy(\"1001\", 99.98, 3)"});
     }
 
+    // The count has room for more than 999 pieces, where some systems group digits by a comma.
+    void partsOfPieces_data()
+    {
+        QTest::addColumn<QString>("typed");
+        for (const char *typed : {"2,5", "2.5", "2，5"})
+            QTest::newRow(typed) << typed;
+    }
+    void partsOfPieces()
+    {
+        QFETCH(QString, typed);
+        TicketBench bench;
+        bench.clickPrice(10000);
+        bench.typeCount(QStringLiteral("2"));
+        for (const QChar mark : typed.mid(1))
+            QTest::sendKeyEvent(QTest::Click, bench.count(), Qt::Key_unknown, QString(mark),
+                                Qt::NoModifier);
+        QCOMPARE(bench.count()->value(), 2);
+        const auto boxes = bench.order();
+        QCOMPARE(boxes.size(), 1);
+        QCOMPARE(boxes.first().text, zvtest::confirmation("600137", "庚申猴票", "100", "2"));
+        QCOMPARE(bench.count()->text(), QStringLiteral("2"));
+        QCOMPARE(bench.calls(),
+                 QStringList{"ZvServerActionResult::sendRequest_trade_buy(\"1001\", 100, 2)"});
+    }
+
     void preparedOrders()
     {
         TicketBench bench;
