@@ -91,7 +91,7 @@ void DealWidget_Revoke_TableView::slot_revokeSucceed()
 void DealWidget_Revoke_TableView::slot_revokeFailed(QString msg)
 {
     m_pendingRevokeIDs.clear();
-    tellResult(msg.isEmpty() ? QStringLiteral("撤单失败") : msg);
+    tellResult(msg.isEmpty() ? QStringLiteral("撤单失败") : msg.toHtmlEscaped());
 }
 
 void DealWidget_Revoke_TableView::slot_revokeSelected()

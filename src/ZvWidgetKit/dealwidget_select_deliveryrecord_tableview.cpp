@@ -24,7 +24,7 @@ void alertMessage(const QString &text)
 
 QString line(const QString &caption, const QString &value)
 {
-    return QStringLiteral("<p style='font-size:16px' align='center'>") + caption + value
+    return QStringLiteral("<p style='font-size:16px' align='center'>") + caption + value.toHtmlEscaped()
         + QStringLiteral("</p>");
 }
 

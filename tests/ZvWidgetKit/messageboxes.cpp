@@ -7,6 +7,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QTimer>
+#include <QToolButton>
 #include <QtTest/QtTest>
 
 namespace zvtest {
@@ -26,7 +27,7 @@ ShownBox read(const BreltFramlessMessageBox *box)
 
 void press(QPointer<BreltFramlessMessageBox> box, const QString &answer)
 {
-    if (!box)
+    if (!box || !box->isVisible())
         return;
     for (QPushButton *button : box->findChildren<QPushButton *>()) {
         if (button->text() == answer) {
@@ -62,6 +63,17 @@ QList<ShownBox> boxesIn(const std::function<void()> &cause, const std::function<
     watch.start(0);
     cause();
     return boxes;
+}
+
+void closeBox(bool byItsCross)
+{
+    QWidget *box = QApplication::activeModalWidget();
+    QVERIFY(qobject_cast<BreltFramlessMessageBox *>(box));
+    if (byItsCross)
+        QTest::mouseClick(box->findChild<QToolButton *>(), Qt::LeftButton);
+    else
+        QTest::keyClick(box, Qt::Key_Escape);
+    QVERIFY(!box->isVisible());
 }
 
 } // namespace zvtest

@@ -24,4 +24,7 @@ QList<ShownBox> boxesIn(const std::function<void()> &cause,
                         const std::function<void()> &meanwhile = {},
                         const QString &answer = QStringLiteral("确认"));
 
+// For `meanwhile`: ends the box without a click on one of its buttons, by Escape otherwise.
+void closeBox(bool byItsCross);
+
 } // namespace zvtest

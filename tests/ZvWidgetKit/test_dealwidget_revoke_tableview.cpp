@@ -379,6 +379,21 @@ private slots:
         QCOMPARE(tickedRows(view()->model()), QStringLiteral("1 3"));
     }
 
+    void aQuestionThatIsClosedSendsNothing_data() { withdrawals_data(); }
+    void aQuestionThatIsClosedSendsNothing()
+    {
+        QFETCH(QString, slot);
+        fill({9, 4, 8, 7});
+        m_bench->tick({3, 1});
+        for (const bool byItsCross : {false, true}) {
+            const QList<ShownBox> boxes = boxesIn([&] { m_bench->call(slot.toUtf8()); },
+                                                  [&] { zvtest::closeBox(byItsCross); });
+            QCOMPARE(boxes.size(), 1);
+            QCOMPARE(m_bench->said(), QString());
+            QCOMPARE(tickedRows(view()->model()), QStringLiteral("1 3"));
+        }
+    }
+
     void onlyThePageOnViewIsMeant()
     {
         fill({9, 8});
@@ -434,6 +449,8 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::newRow("with words") << "委托已成交，不能撤单"
                                     << "委托已成交，不能撤单";
+        QTest::newRow("with signs of rich text") << "价格<1&2"
+                                                 << "价格&lt;1&amp;2";
         QTest::newRow("without words") << ""
                                        << "撤单失败";
     }

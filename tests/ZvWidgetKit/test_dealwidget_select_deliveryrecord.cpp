@@ -362,6 +362,18 @@ private slots:
         QVERIFY(boxes.value(0).text.contains(QStringLiteral("数量：9</p>")));
     }
 
+    void valuesWithSignsOfRichText()
+    {
+        ZvUBDeliveryRecordItem::Data data = deliveryData(9);
+        data.orderNumber = QStringLiteral("T<9");
+        data.name = QStringLiteral("价格<1&2</p>");
+        fill({ZvUBDeliveryRecordItem(data)});
+        const QList<ShownBox> boxes = boxesIn([&] { clickButton(0); });
+        QVERIFY(boxes.value(0).text.contains(QStringLiteral("单号：T&lt;9</p>")));
+        QVERIFY(
+            boxes.value(0).text.contains(QStringLiteral("名称：价格&lt;1&amp;2&lt;/p&gt;</p>")));
+    }
+
     void anotherAnswerSendsNothing()
     {
         fill(deliveries({9}));
