@@ -254,6 +254,36 @@ private slots:
         QCOMPARE(bench.calls(), QStringList());
     }
 
+    void aBoxThatIsClosedRejects_data()
+    {
+        QTest::addColumn<bool>("byItsCross");
+        QTest::newRow("escape") << false;
+        QTest::newRow("cross") << true;
+    }
+
+    void aBoxThatIsClosedRejects()
+    {
+        QFETCH(bool, byItsCross);
+        TicketBench bench;
+        bench.clickPrice(10000);
+        bench.typeCount("1");
+        const auto close = [&] {
+            return bench.order(QStringLiteral("确认"), [&] { zvtest::closeBox(byItsCross); })
+                .size();
+        };
+        QCOMPARE(close(), 1);
+        QCOMPARE(bench.calls(), QStringList{"rejected"});
+        // Nothing is held back.
+        QCOMPARE(close(), 1);
+        QCOMPARE(bench.calls(), QStringList{"rejected"});
+
+        storeHolding(7);
+        bench.page->setTicketMode(DealWidget_BuySell::SellMode);
+        QCOMPARE(close(), 1);
+        QCOMPARE(close(), 1);
+        QCOMPARE(bench.calls(), QStringList());
+    }
+
     void aSecondOrderIsDroppedForASecond_data()
     {
         QTest::addColumn<bool>("sells");
@@ -272,20 +302,53 @@ private slots:
         QElapsedTimer clock;
         clock.start();
         QCOMPARE(bench.order().size(), 1);
-        bench.calls();
-        QCOMPARE(bench.order().size(), 0);
-        QCOMPARE(bench.calls(), QStringList{stopped});
+        // A machine that is held up itself may be too late for a try within the second.
+        const auto isDropped = [&] {
+            bench.calls();
+            const bool drops = bench.order().isEmpty() && bench.calls() == QStringList{stopped};
+            return drops || clock.elapsed() >= 900;
+        };
+        QVERIFY(isDropped());
         // It is the first of all checks: a wrong order is dropped as silently.
         bench.typeCount("0");
-        QCOMPARE(bench.order().size(), 0);
+        QVERIFY(isDropped());
         bench.typeCount("1");
         // The other direction is held back by the same order.
         bench.page->setTicketMode(!sells);
-        QCOMPARE(bench.order().size(), 0);
+        QVERIFY(isDropped());
         bench.page->setTicketMode(sells);
         QTRY_COMPARE_WITH_TIMEOUT(bench.order(cancel).size(), 1, 5000);
         QVERIFY2(clock.elapsed() >= 990, qPrintable(QString::number(clock.elapsed())));
         QCOMPARE(zvtest::notices(), QStringList());
+    }
+
+    // Each order starts a second of its own, and whichever ends first frees the ticket.
+    void anEarlierOrderFreesALaterOne()
+    {
+        TicketBench bench;
+        bench.clickPrice(10000);
+        bench.typeCount("1");
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(bench.order().size(), 1);
+        const qint64 firstIsOut = clock.elapsed();
+        emit zvtest::actions()->signal_trade_buy_succeed();
+        QTest::qWait(600);
+        QCOMPARE(bench.order().size(), 1);
+        const bool isInTime = clock.elapsed() < 950; // or else the first second is over already
+        qint64 triedAt = 0;
+        const auto isFree = [&] {
+            triedAt = clock.elapsed();
+            QCoreApplication::processEvents(); // what is due by now has come
+            return !bench.order(cancel).isEmpty();
+        };
+        while (!isFree()) {
+            QVERIFY2(!isInTime || triedAt < firstIsOut + 1010,
+                     qPrintable(QString::number(triedAt)));
+            QVERIFY2(triedAt < 5000, qPrintable(QString::number(triedAt)));
+            QTest::qWait(10);
+        }
+        QVERIFY2(clock.elapsed() >= 990, qPrintable(QString::number(clock.elapsed())));
     }
 
     void anAnswerEndsTheWait_data()

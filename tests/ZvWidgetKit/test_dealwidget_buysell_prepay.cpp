@@ -240,6 +240,64 @@ private slots:
         QCOMPARE(rows(bench), before);
     }
 
+    void aBoxThatIsClosedDoesNothing_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<bool>("byItsCross");
+        for (const char *button : {"pushButton_deletePrePayItem", "pushButton_sendPrePayItem"}) {
+            QTest::addRow("%s by Escape", button) << button << false;
+            QTest::addRow("%s by the cross", button) << button << true;
+        }
+    }
+
+    void aBoxThatIsClosedDoesNothing()
+    {
+        QFETCH(QString, button);
+        QFETCH(bool, byItsCross);
+        TicketBench bench;
+        prepareThree(&bench);
+        bench.click("pushButton_selectAllPrePayItem");
+        bench.calls();
+        const QStringList before = rows(bench);
+        const auto boxes
+            = zvtest::boxesIn([&] { bench.click(button); }, [&] { zvtest::closeBox(byItsCross); });
+        QCOMPARE(boxes.size(), 1);
+        QCOMPARE(bench.calls(), QStringList());
+        QCOMPARE(rows(bench), before);
+    }
+
+    // Such an order is the server's to refuse; it does not keep the others of its batch back.
+    void aCodeThatHasLeftTheList()
+    {
+        TicketBench bench;
+        bench.page->setTicketMode(DealWidget_BuySell::PreparedMode);
+        bench.enter("100.02", "1");
+        bench.order();
+        choose("1002");
+        ZvUBTopFive::Data quote;
+        quote.collectionId = QStringLiteral("1002");
+        quote.lowerLimit = 1;
+        quote.upperLimit = 100000;
+        bench.storeQuote(quote);
+        bench.enter("12.34", "4");
+        bench.order();
+        bench.storeBrief({{"1002", "600138", "辛酉鸡票"}});
+        bench.click("pushButton_selectAllPrePayItem");
+        const QString lost = keyOf(bench, 1);
+        const QString other = keyOf(bench, 0);
+        bench.calls();
+        zvtest::boxesIn([&] { bench.click("pushButton_sendPrePayItem"); });
+        QCOMPARE(bench.calls(),
+                 (QStringList{sendCall(lost, "1, \"\", 100.02, 1"),
+                              sendCall(other, "1, \"1002\", 12.34, 4")}));
+        zvtest::dropNotices();
+        emit zvtest::actions()->signal_trade_buy_succeed();
+        emit zvtest::actions()->signal_trade_buy_failed(QStringLiteral("甲"));
+        emit zvtest::actions()->signal_trade_sell_succeed();
+        emit zvtest::actions()->signal_trade_sell_failed(QStringLiteral("乙"));
+        QCOMPARE(zvtest::notices(), (QStringList{"买入委托成功", "甲", "卖出委托成功", "乙"}));
+    }
+
     // Ticks are looked at again once the box has closed.
     void answersWhileTheBoxAsks()
     {
