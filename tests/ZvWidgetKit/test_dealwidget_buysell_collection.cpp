@@ -161,6 +161,21 @@ private slots:
         QVERIFY(follows(&bench, "1002"));
     }
 
+    void aNameThatIsActivatedLeavesTheCursors()
+    {
+        TicketBench bench;
+        bench.clickPrice(10000);
+        bench.typeCount("3");
+        bench.names()->lineEdit()->setCursorPosition(2);
+        bench.codes()->lineEdit()->setCursorPosition(3);
+        bench.calls();
+        QVERIFY(QMetaObject::invokeMethod(bench.page.get(), "slot_comboxName_activated"));
+        QCOMPARE(bench.names()->lineEdit()->cursorPosition(), 2);
+        QCOMPARE(bench.codes()->lineEdit()->cursorPosition(), 3);
+        QCOMPARE(shown(bench), QStringLiteral("0 600137 | 0 庚申猴票 | 0.00 x 0"));
+        QCOMPARE(bench.calls(), QStringList{"ZvServerEngine::setGlobalCollectionID(\"1001\")"});
+    }
+
     // The same once more: the pool is told all the same, and price and count begin anew.
     void theCodeThatIsThereAlready()
     {
@@ -226,6 +241,61 @@ private slots:
         // And the completer offers the new ones.
         bench.type(bench.codes(), "700002");
         QCOMPARE(bench.codes()->completer()->completionCount(), 1);
+    }
+
+    // A list that arrives is no choice: what was entered stays, and so does the last quote.
+    void aNewListKeepsWhatWasEntered()
+    {
+        TicketBench bench;
+        bench.clickPrice(10000);
+        bench.typeCount("3");
+        const QString level = bench.text("label_sell1_price");
+        bench.storeBrief({{"2001", "700001", "甲"}, {"2002", "700002", "乙"}});
+        QCOMPARE(shown(bench), QStringLiteral("0 700001 | 0 甲 | 100.00 x 3"));
+        QCOMPARE(bench.buyable(), QStringLiteral("9970"));
+        QCOMPARE(bench.text("label_sell1_price"), level);
+        QCOMPARE(bench.text("label_latest_value"), QStringLiteral("100.00"));
+        for (const char *price : {"90", "110"}) {
+            bench.typePrice(price);
+            QCOMPARE(bench.order(QStringLiteral("取消")).first().title,
+                     QStringLiteral("买前信息确认"));
+        }
+        for (const char *price : {"89.99", "110.01"}) {
+            bench.typePrice(price);
+            QCOMPARE(bench.order().first().text,
+                     QStringLiteral("<p align='center'>请输入正确的商品价格!</p>"));
+        }
+    }
+
+    void theOldLimitsHoldUntilTheNewQuote()
+    {
+        TicketBench bench;
+        choose("1002");
+        bench.typePrice("5000");
+        bench.click("pushButton_price_sub");
+        QCOMPARE(bench.price()->text(), QStringLiteral("110.00"));
+        ZvUBTopFive::Data quote = zvtest::quoteData("1002");
+        quote.upperLimit = 20000;
+        bench.storeQuote(quote);
+        bench.typePrice("5000");
+        bench.click("pushButton_price_sub");
+        QCOMPARE(bench.price()->text(), QStringLiteral("200.00"));
+    }
+
+    // The composite's kind of identifier is never on the ticket, not even where a list has it.
+    void negativeIdentifiersOfAList()
+    {
+        TicketBench bench;
+        bench.storeBrief({{"2001", "700001", "甲"}, {"-5", "600150", "x"}});
+        bench.clickPrice(10000);
+        const QString before = shown(bench);
+        choose("-5");
+        QCOMPARE(shown(bench), before);
+        QVERIFY(follows(&bench, "2001"));
+        bench.storeBrief({{"-5", "600150", "x"}, {"2001", "700001", "甲"}});
+        QCOMPARE(bench.codes()->currentText(), QStringLiteral("600150"));
+        QVERIFY(!follows(&bench, "-5"));
+        QVERIFY(!follows(&bench, "2001"));
     }
 
     void aListOfAnotherServerIsTakenToo()

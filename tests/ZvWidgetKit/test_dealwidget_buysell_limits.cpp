@@ -89,6 +89,19 @@ private slots:
         QCOMPARE(bench.buyable(), QStringLiteral("9"));
     }
 
+    void withoutARowTheRateIsTheUsualOne()
+    {
+        TicketBench bench;
+        cache()->storeMyAccount(zvtest::accountWithRates({{"1001", 0}, {"", 0}}));
+        bench.storeBrief({});
+        QCOMPARE(bench.codes()->currentIndex(), -1);
+        bench.typePrice("10");
+        bench.storeMoney(10030);
+        QCOMPARE(bench.buyable(), QStringLiteral("10"));
+        bench.storeMoney(10029);
+        QCOMPARE(bench.buyable(), QStringLiteral("9"));
+    }
+
     void withoutAFeeThePriceIsTheCost()
     {
         TicketBench bench;
@@ -287,6 +300,17 @@ private slots:
         }
     }
 
+    // The price may have been typed since the last time.
+    void aClickOnAQuantityWorksTheLimitOutAnew()
+    {
+        TicketBench bench;
+        bench.clickPrice(10000);
+        bench.typePrice("50");
+        QCOMPARE(bench.buyable(), QStringLiteral("9970"));
+        bench.click("label_buy1_qty");
+        QCOMPARE(bench.buyable(), QStringLiteral("19940")); // 50.15 a piece
+    }
+
     void clicksOnWhatIsNotThere()
     {
         TicketBench bench;
@@ -297,6 +321,11 @@ private slots:
         data.sells[0].quantity = 9999999999;
         bench.storeQuote(data);
         bench.count()->setFocus();
+        bench.click("label_buy3_price");
+        QCOMPARE(bench.price()->value(), 100.0);
+        QVERIFY(bench.count()->hasFocus());
+        // A price of nothing is none, and its click ends there all the same.
+        bench.label("label_buy3_price")->setText(QStringLiteral("0.00"));
         bench.click("label_buy3_price");
         QCOMPARE(bench.price()->value(), 100.0);
         QVERIFY(bench.count()->hasFocus());
@@ -324,6 +353,9 @@ private slots:
             return static_cast<QObject *>(bench.page.get())->eventFilter(widget, &event);
         };
         QVERIFY(isTaken("label_buy3_price", QEvent::MouseButtonPress));
+        bench.label("label_buy3_price")->setText(QStringLiteral("0.00"));
+        QVERIFY(isTaken("label_buy3_price", QEvent::MouseButtonPress));
+        QCOMPARE(bench.price()->value(), 0.0);
         QVERIFY(isTaken("label_buy3_qty", QEvent::MouseButtonPress));
         QVERIFY(isTaken("label_latest_value", QEvent::MouseButtonPress));
         QVERIFY(!isTaken("label_latest_value", QEvent::MouseButtonRelease));
