@@ -78,6 +78,8 @@ const QStringList prepayButtons{"pushButton_selectAllPrePayItem",
                                 "pushButton_deselectAllPrePayItem", "pushButton_deletePrePayItem",
                                 "pushButton_sendPrePayItem"};
 
+const QStringList directionButtons{"pushButton_enter", "pushButton_out"};
+
 // What is there in one mode and not in the other.
 const QStringList limitsOfOrders{"label_canBuySell", "label_canBuySellValue",
                                  "label_availableMoney", "label_availableMoneyValue"};
@@ -175,7 +177,7 @@ private slots:
             QCOMPARE(bench.button(name)->minimumSize(), QSize(20, 20));
             QCOMPARE(bench.button(name)->maximumSize(), QSize(20, 20));
         }
-        for (const QString &name : dataButtons + prepayButtons) {
+        for (const QString &name : dataButtons + prepayButtons + directionButtons) {
             QCOMPARE(bench.button(name)->minimumSize(), QSize(70, 24));
             QCOMPARE(bench.button(name)->maximumSize(), QSize(70, 24));
         }
@@ -196,7 +198,7 @@ private slots:
         const TicketBench bench(platform);
         for (const QString &name : dataButtons)
             QCOMPARE(bench.button(name)->styleSheet(), config()->getStyleOf_DealOtherButton());
-        for (const QString &name : prepayButtons)
+        for (const QString &name : prepayButtons + directionButtons)
             QCOMPARE(bench.button(name)->styleSheet(), config()->getStyleOf_DealGrayRoundButton());
         const auto colour = [&](const char *name) {
             return bench.named(name)->palette().color(QPalette::Window).name();

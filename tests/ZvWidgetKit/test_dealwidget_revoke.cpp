@@ -74,6 +74,7 @@ private slots:
     {
         m_record.reset();
         m_bench.reset();
+        ZvServerConfig::getZvServerConfigInstance()->setCurrentPlatform(ZvServerConfig::ChengHu);
     }
 
     void nothingIsAskedWhenThePageIsMade()
@@ -132,9 +133,18 @@ private slots:
         QCOMPARE(said(), QString());
     }
 
+    void stylesAreThoseOfThePlatform_data()
+    {
+        QTest::addColumn<ZvServerConfig::Platform>("platform");
+        QTest::newRow("1") << ZvServerConfig::ChengHu;
+        QTest::newRow("2") << ZvServerConfig::LanChuan;
+    }
     void stylesAreThoseOfThePlatform()
     {
-        const ZvServerConfig *config = ZvServerConfig::getZvServerConfigInstance();
+        QFETCH(ZvServerConfig::Platform, platform);
+        ZvServerConfig *config = ZvServerConfig::getZvServerConfigInstance();
+        config->setCurrentPlatform(platform);
+        m_bench->page = std::make_unique<DealWidget_Revoke>();
         QCOMPARE(m_bench->page->layout()->contentsMargins(), QMargins());
         QCOMPARE(m_bench->page->layout()->spacing(), 0);
         QLayout *row = m_bench->named("frame")->layout();
