@@ -22,7 +22,7 @@ ZvServerActionResult *server()
 
 void showAnswer(const QString &text)
 {
-    framedmessage::show(framedmessage::paragraph(text), QStringLiteral("温馨提示"));
+    framedmessage::show(framedmessage::paragraph(text.toHtmlEscaped()), QStringLiteral("温馨提示"));
 }
 
 // What the field shows, in pieces. A text that is no number, such as an empty one, is nothing: the

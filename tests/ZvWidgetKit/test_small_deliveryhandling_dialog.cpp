@@ -430,6 +430,14 @@ private slots:
         QVERIFY(!m_dialog->isVisible());
     }
 
+    void aRefusalWithSignsOfRichText()
+    {
+        const QList<ShownBox> boxes
+            = boxesIn([] { emit actions()->signal_delivery_falied(QStringLiteral("数量<1&2")); });
+        QCOMPARE(boxes.size(), 1);
+        QCOMPARE(boxes.first().text, QStringLiteral("<p align='center'>数量&lt;1&amp;2</p>"));
+    }
+
     void aRefusalIsToldAndKeepsTheForm()
     {
         fill();
