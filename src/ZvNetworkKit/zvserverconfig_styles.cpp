@@ -359,7 +359,7 @@ QString sheetOf(Style style, const Platform &platform)
             entry("border-left-width:3px;padding:0px 4px 0px 16px;height:34px;text-align:left;"));
     case Style::DealSelectButton:
         return buttonSheet(
-            entry("border-left-width:3px;padding:4px 2px;text-align:left;font-size:9pt;"));
+            entry("border-left-width:3px;padding:0px 2px;text-align:left;font-size:9pt;"));
     case Style::MarketFooterButton:
         return buttonSheet(
             plain("border-radius:3px;padding:0px 4px;", {"@text", "@accentFace", "@accent"}));

@@ -24,13 +24,14 @@ constexpr int PrePayMode = 2;
 } // namespace
 
 DealWidget_AllWidgets::DealWidget_AllWidgets(QWidget *parent)
-    : QStackedWidget(parent), m_buySell(new DealWidget_BuySell), m_revoke(new DealWidget_Revoke),
-      m_delivery(new DealWidget_Delivery), m_dealRecord(new DealWidget_Select_DealRecord),
-      m_delegateToday(new DealWidget_Select_DelegateToday),
-      m_delegateRecord(new DealWidget_Select_DelegateRecord),
-      m_applyRecord(new DealWidget_Select_ApplyRecord),
-      m_deliveryRecord(new DealWidget_Select_DeliveryRecord),
-      m_moneyFlow(new DealWidget_Select_MoneyFlow)
+    : QStackedWidget(parent), m_buySell(new DealWidget_BuySell(this)),
+      m_revoke(new DealWidget_Revoke(this)), m_delivery(new DealWidget_Delivery(this)),
+      m_dealRecord(new DealWidget_Select_DealRecord(this)),
+      m_delegateToday(new DealWidget_Select_DelegateToday(this)),
+      m_delegateRecord(new DealWidget_Select_DelegateRecord(this)),
+      m_applyRecord(new DealWidget_Select_ApplyRecord(this)),
+      m_deliveryRecord(new DealWidget_Select_DeliveryRecord(this)),
+      m_moneyFlow(new DealWidget_Select_MoneyFlow(this))
 {
     for (QWidget *page :
          QList<QWidget *>{m_buySell, m_revoke, m_delivery, m_dealRecord, m_delegateToday,

@@ -29,7 +29,7 @@ Transaction_Deal::Transaction_Deal(QWidget *parent)
            ui->pushButton_select_historyDeal,      ui->pushButton_select_historyDelegate,
            ui->pushButton_select_deliveryRecord,   ui->pushButton_select_purchaseApplyRecord,
            ui->pushButton_select_inputOutputRecord};
-    m_allWidgets = new DealWidget_AllWidgets;
+    m_allWidgets = new DealWidget_AllWidgets(ui->frame_dealControl);
     auto *page = new QHBoxLayout(ui->frame_dealControl);
     page->setSpacing(0);
     page->setContentsMargins(0, 0, 0, 0);

@@ -21,6 +21,7 @@
 #include "ZvWidgetKit/transaction_widget.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
+#include <QPainter>
 #include <QResizeEvent>
 #include <QStackedWidget>
 #include <QTableView>
@@ -29,6 +30,7 @@
 namespace {
 
 constexpr int tablePage = 0;
+constexpr QColor ground(21, 21, 21);
 
 ZvWidgetSignalSLotPool *pool()
 {
@@ -45,16 +47,16 @@ QString platformName()
 } // namespace
 
 MainWindow::MainWindow(QWidget *parent)
-    : QWidget(parent), m_titleBar(new TitleBar(nullptr)), m_statusBar(new StatusBar(nullptr)),
-      m_market(new Market_Widget), m_transactions(new Transaction_Widget),
+    : QWidget(parent, WindowFrame::flags), m_titleBar(new TitleBar(this)),
+      m_statusBar(new StatusBar(this)), m_market(new Market_Widget(this)),
+      m_transactions(new Transaction_Widget(this)),
       m_pages(m_market->findChild<QStackedWidget *>(QString(), Qt::FindDirectChildrenOnly)),
       m_table(m_pages->widget(tablePage)->findChild<QTableView *>()),
-      m_halves(new Halves(m_market, m_transactions)), m_strip(new ConnectionStrip),
+      m_halves(new Halves(m_market, m_transactions, this)), m_strip(new ConnectionStrip(this)),
       m_signIn(new SignIn(this)), m_frame(nullptr), m_sprite(nullptr)
 {
     setObjectName(QStringLiteral("MainWindow"));
-    setAttribute(Qt::WA_StyledBackground);
-    setStyleSheet(QStringLiteral("MainWindow{background-color:rgb(21,21,21);}"));
+    setAttribute(Qt::WA_OpaquePaintEvent);
     setWindowTitle(platformName());
     m_titleBar->setTitle(platformName());
 
@@ -160,6 +162,12 @@ void MainWindow::hideTransactions(bool isHidden)
         const bool isTable = m_pages->currentIndex() == tablePage;
         (isTable ? m_table : m_pages->currentWidget())->setFocus();
     }
+}
+
+// By hand, since a style sheet of the window would be worked through for each of its parts anew.
+void MainWindow::paintEvent(QPaintEvent *event)
+{
+    QPainter(this).fillRect(event->rect(), ground);
 }
 
 void MainWindow::resizeEvent(QResizeEvent *event)

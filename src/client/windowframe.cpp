@@ -13,8 +13,8 @@
 WindowFrame::WindowFrame(QWidget *window, QWidget *titleBar)
     : QObject(window), m_window(window), m_titleBar(titleBar)
 {
-    window->setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowMinMaxButtonsHint
-                           | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
+    if (window->windowFlags() != flags)
+        window->setWindowFlags(flags);
     for (const Qt::Edge side : {Qt::TopEdge, Qt::BottomEdge, Qt::LeftEdge, Qt::RightEdge})
         m_edges << new WindowEdge(side, window);
     fitMargins();

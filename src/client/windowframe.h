@@ -18,6 +18,11 @@ class WindowFrame : public QObject
     Q_OBJECT
 
 public:
+    // Of the window. Costly to set once it has its parts.
+    static constexpr Qt::WindowFlags flags
+        = Qt::WindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowMinMaxButtonsHint
+                          | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
+
     // `window` has a layout by now, whose margins are the frame's from here on; `titleBar` lies in
     // it. Ends with the window.
     WindowFrame(QWidget *window, QWidget *titleBar);
