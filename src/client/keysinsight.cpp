@@ -1,15 +1,18 @@
 #include "client/keysinsight.h"
 
+#include <QApplication>
 #include <QStackedWidget>
 
 namespace {
 
+// The widget that would get the keys in these pages, and the one that has them, which may be another.
 void leaveTurnedPage(const QStackedWidget *pages)
 {
-    QWidget *kept = pages->focusWidget();
     const QWidget *page = pages->currentWidget();
-    if (kept && page && kept != page && !page->isAncestorOf(kept))
-        kept->clearFocus();
+    for (QWidget *kept : {pages->focusWidget(), QApplication::focusWidget()}) {
+        if (kept && page && kept != page && pages->isAncestorOf(kept) && !page->isAncestorOf(kept))
+            kept->clearFocus();
+    }
 }
 
 } // namespace

@@ -22,6 +22,7 @@ namespace randomevents {
 namespace {
 
 constexpr int notch = 120; // of a wheel
+constexpr int buttonColumns = 3; // at the end of a table, one of which may have a button
 
 QString nameOf(const QWidget *widget)
 {
@@ -96,7 +97,7 @@ Hands::Place Hands::somewhere(QWidget *window)
     return place.widget ? place : Place{window, pointIn(window)};
 }
 
-// The middle of a cell, and often one of the last column in sight, where painted buttons are.
+// The middle of a cell, and often one of the last columns, where painted buttons are.
 Hands::Place Hands::cellOf(QWidget *window)
 {
     QList<QWidget *> views = allOf<QAbstractItemView>(window);
@@ -115,7 +116,7 @@ Hands::Place Hands::cellOf(QWidget *window)
     const int row = m_chance.below(model->rowCount());
     int column = m_chance.below(model->columnCount());
     if (m_chance.happens(40))
-        column = model->columnCount() - 1;
+        column = qMax(0, model->columnCount() - 1 - m_chance.below(buttonColumns));
     while (column > 0 && view->visualRect(model->index(row, column)).isEmpty())
         --column;
     const QRect cell = view->visualRect(model->index(row, column));
