@@ -5,7 +5,8 @@
 
 namespace {
 
-// The widget that would get the keys in these pages, and the one that has them, which may be another.
+// The widget that would get the keys in these pages, and the one that has them, which may be
+// another.
 void leaveTurnedPage(const QStackedWidget *pages)
 {
     const QWidget *page = pages->currentWidget();

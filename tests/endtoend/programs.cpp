@@ -17,11 +17,22 @@
 
 namespace endtoend {
 
+namespace {
+
+constexpr int longestEndMs = 10000; // of a service that nobody uses
+
+} // namespace
+
 StateFolder::StateFolder(Kind kind) : m_path(m_folder.path() + QStringLiteral("/state"))
 {
     QDir().mkpath(m_path);
     if (kind == WithCatalogue)
         QFile::copy(QStringLiteral(ZV_SMALL_CATALOGUE), file(QStringLiteral("catalogue.json")));
+}
+
+StateFolder::~StateFolder()
+{
+    until([this] { return !isHeld(); }, longestEndMs);
 }
 
 bool StateFolder::isHeld() const

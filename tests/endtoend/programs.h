@@ -22,6 +22,7 @@ public:
     // An empty one leaves the catalogue to the service's options, and may hold a demo account.
     enum Kind { WithCatalogue, Empty };
     explicit StateFolder(Kind kind = WithCatalogue);
+    ~StateFolder(); // once nobody holds the folder: it could not be removed below a service's hands
 
     QString path() const { return m_path; }
     QString file(const QString &name) const { return m_path + QLatin1Char('/') + name; }
