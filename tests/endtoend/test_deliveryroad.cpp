@@ -8,10 +8,8 @@
 #include "endtoend/wiretrader.h"
 #include "support/testregistry.h"
 
-#include "BreltWidgetToolKit/breltglobalfunction.h"
 #include "ZvNetworkKit/zvexchangelink.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
-#include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverconfig.h"
 #include "ZvNetworkKit/zvserverengine.h"
 
@@ -25,8 +23,11 @@
 #include <QWindow>
 #include <QtTest/QtTest>
 
+using endtoend::available;
 using endtoend::BoxReader;
 using endtoend::DeliveryForm;
+using endtoend::notice;
+using endtoend::paragraph;
 using endtoend::patience;
 using endtoend::TradingPanel;
 using endtoend::WireTrader;
@@ -58,22 +59,6 @@ const QString cancelled = QStringLiteral("已取消"); // state 1
 // How long the carrier waits before it packs and before it sends, in seconds.
 const QString never = QStringLiteral("3600");
 const QString atOnce = QStringLiteral("0");
-
-QString paragraph(const QString &text)
-{
-    return QStringLiteral("<p align='center'>%1</p>").arg(text);
-}
-
-QString notice()
-{
-    const QStringList all = BreltGlobalFunction::getBreltGlobalFunciton()->notices();
-    return all.isEmpty() ? QString() : all.last();
-}
-
-double available()
-{
-    return ZvServerCache::getZvServerCacheInstance()->capInfo.availableMoney();
-}
 
 bool isHand()
 {

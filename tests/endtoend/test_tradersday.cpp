@@ -14,7 +14,6 @@
 #include "support/testregistry.h"
 
 #include "BreltWidgetToolKit/breltdarkstyle.h"
-#include "BreltWidgetToolKit/breltglobalfunction.h"
 #include "ZvNetworkKit/zvchartfeed.h"
 #include "ZvNetworkKit/zvexchangelink.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
@@ -46,6 +45,8 @@
 using endtoend::Album;
 using endtoend::BoxReader;
 using endtoend::DeliveryForm;
+using endtoend::notice;
+using endtoend::paragraph;
 using endtoend::patience;
 using endtoend::TradingPanel;
 using endtoend::WireTrader;
@@ -86,17 +87,6 @@ ZvServerConfig *config()
 bool isSignedIn()
 {
     return ZvServerEngine::getZvServerEngineInstance()->isLogged;
-}
-
-QString notice()
-{
-    const QStringList all = BreltGlobalFunction::getBreltGlobalFunciton()->notices();
-    return all.isEmpty() ? QString() : all.last();
-}
-
-QString paragraph(const QString &text)
-{
-    return QStringLiteral("<p align='center'>%1</p>").arg(text);
 }
 
 QString yuan(qint64 fen)

@@ -8,10 +8,8 @@
 #include "support/testregistry.h"
 
 #include "BreltWidgetToolKit/breltframlessmessagebox.h"
-#include "BreltWidgetToolKit/breltglobalfunction.h"
 #include "ZvNetworkKit/zvexchangelink.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
-#include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverconfig.h"
 #include "ZvNetworkKit/zvserverengine.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
@@ -26,7 +24,10 @@
 #include <QTableView>
 #include <QtTest/QtTest>
 
+using endtoend::available;
 using endtoend::BoxReader;
+using endtoend::notice;
+using endtoend::paragraph;
 using endtoend::patience;
 using endtoend::TradingPanel;
 using endtoend::WireTrader;
@@ -41,22 +42,6 @@ const QString poorerPhone = QStringLiteral("13912340002");
 const QString password = QStringLiteral("qing-shi-7");
 const char *const revokeTable = "DealWidget_Revoke_TableView";
 const char *const dealTable = "DealWidget_Select_DealRecord_TableView";
-
-double available()
-{
-    return ZvServerCache::getZvServerCacheInstance()->capInfo.availableMoney();
-}
-
-QString notice()
-{
-    const QStringList all = BreltGlobalFunction::getBreltGlobalFunciton()->notices();
-    return all.isEmpty() ? QString() : all.last();
-}
-
-QString paragraph(const QString &text)
-{
-    return QStringLiteral("<p align='center'>%1</p>").arg(text);
-}
 
 BreltFramlessMessageBox *openBox()
 {

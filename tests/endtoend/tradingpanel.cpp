@@ -3,6 +3,9 @@
 #include "endtoend/marketpage.h"
 #include "endtoend/programs.h"
 
+#include "BreltWidgetToolKit/breltglobalfunction.h"
+#include "ZvNetworkKit/zvservercache.h"
+
 #include <QAbstractButton>
 #include <QAbstractSpinBox>
 #include <QComboBox>
@@ -93,6 +96,22 @@ QStringList TradingPanel::column(const char *viewClass, int column) const
     for (int row = 0; view && row < view->model()->rowCount(); ++row)
         texts << view->model()->index(row, column).data().toString();
     return texts;
+}
+
+QString paragraph(const QString &text)
+{
+    return QStringLiteral("<p align='center'>%1</p>").arg(text);
+}
+
+QString notice()
+{
+    const QStringList all = BreltGlobalFunction::getBreltGlobalFunciton()->notices();
+    return all.isEmpty() ? QString() : all.last();
+}
+
+double available()
+{
+    return ZvServerCache::getZvServerCacheInstance()->capInfo.availableMoney();
 }
 
 } // namespace endtoend

@@ -57,4 +57,13 @@ Widget *TradingPanel::in(const char *pageClass, const char *name) const
     return page ? page->findChild<Widget *>(QLatin1String(name)) : nullptr;
 }
 
+// A sentence as the boxes of the panel say it.
+QString paragraph(const QString &text);
+
+// The last of the passing notices; empty where there was none.
+QString notice();
+
+// The money that the window says may be used, yuan.
+double available();
+
 } // namespace endtoend
