@@ -1,5 +1,7 @@
 #include "BreltWidgetToolKit/breltframlessmoveabledialog.h"
 
+#include "BreltWidgetToolKit/breltheldkeys.h"
+
 #include <QAbstractButton>
 #include <QAbstractSlider>
 #include <QGuiApplication>
@@ -43,6 +45,7 @@ QRect areaFor(const QRect &frame)
 BreltFramlessMoveableDialog::BreltFramlessMoveableDialog(QWidget *parent)
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint)
 {
+    BreltHeldKeys::watch();
 }
 
 BreltFramlessMoveableDialog::~BreltFramlessMoveableDialog() = default;
