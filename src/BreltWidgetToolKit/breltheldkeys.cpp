@@ -1,14 +1,32 @@
 #include "BreltWidgetToolKit/breltheldkeys.h"
 
 #include <QCoreApplication>
-#include <QKeyEvent>
-#include <QPointer>
 
 namespace {
 
-// The shortest time after which any system begins to repeat a key is longer, and a key that a
+// In milliseconds. Every system waits longer before it begins to repeat a key, and a key that a
 // program or a scanner strikes is down for less.
-constexpr ulong c_shortestHold = 100; // milliseconds
+constexpr ulong c_shortestHold = 100;
+
+// In milliseconds, how long the second half of a repeat may be under way. What comes later is known
+// for a repeat all the same, but its release has been told as one.
+constexpr int c_longestWay = 10;
+
+// 0 where nobody told the time, as with keys that a program makes up.
+bool hasTime(const QKeyEvent &event)
+{
+    return event.timestamp() != 0;
+}
+
+std::unique_ptr<QKeyEvent> copyOf(const QKeyEvent &event, bool isRepeat)
+{
+    auto copy = std::make_unique<QKeyEvent>(event.type(), event.key(), event.modifiers(),
+                                            event.nativeScanCode(), event.nativeVirtualKey(),
+                                            event.nativeModifiers(), event.text(), isRepeat,
+                                            ushort(event.count()));
+    copy->setTimestamp(event.timestamp());
+    return copy;
+}
 
 } // namespace
 
@@ -21,6 +39,9 @@ void BreltHeldKeys::watch()
 
 BreltHeldKeys::BreltHeldKeys() : QObject(qApp)
 {
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(c_longestWay);
+    connect(&m_patience, &QTimer::timeout, this, [this] { sendHeldBack(false); });
     qApp->installEventFilter(this);
 }
 
@@ -31,36 +52,48 @@ bool BreltHeldKeys::eventFilter(QObject *watched, QEvent *event)
 {
     if (!watched->isWindowType())
         return false;
-    if (event->type() == QEvent::KeyRelease) {
-        const auto *release = static_cast<QKeyEvent *>(event);
-        if (release->key() == m_key)
-            m_releaseTime = release->timestamp();
-        return false;
-    }
-    if (event->type() != QEvent::KeyPress)
-        return false;
+    if (event->type() == QEvent::KeyRelease)
+        return takeRelease(watched, *static_cast<QKeyEvent *>(event));
+    if (event->type() == QEvent::KeyPress)
+        return takePress(watched, *static_cast<QKeyEvent *>(event));
+    return false;
+}
 
-    const auto *press = static_cast<QKeyEvent *>(event);
-    const bool isHidden = this->isHidden(press);
-    m_key = press->key();
-    m_isRepeat = isHidden || press->isAutoRepeat();
-    m_pressTime = press->timestamp();
-    m_releaseTime = 0;
-    if (!isHidden)
+bool BreltHeldKeys::takeRelease(QObject *window, const QKeyEvent &release)
+{
+    if (release.isAutoRepeat() || release.key() != m_key || m_releaseTime != 0)
         return false;
-
-    QKeyEvent repeat(QEvent::KeyPress, press->key(), press->modifiers(), press->nativeScanCode(),
-                     press->nativeVirtualKey(), press->nativeModifiers(), press->text(), true,
-                     ushort(press->count()));
-    repeat.setTimestamp(press->timestamp());
-    QCoreApplication::sendEvent(watched, &repeat);
-    event->setAccepted(repeat.isAccepted());
+    m_releaseTime = release.timestamp();
+    const bool isHeld = m_isRepeat || m_releaseTime - m_pressTime >= c_shortestHold;
+    if (!hasTime(release) || !isHeld)
+        return false;
+    m_heldBack = copyOf(release, false);
+    m_heldBackFrom = window;
+    m_patience.start();
     return true;
 }
 
-bool BreltHeldKeys::isHidden(const QKeyEvent *press) const
+bool BreltHeldKeys::takePress(QObject *window, const QKeyEvent &press)
 {
-    return !press->isAutoRepeat() && press->key() == m_key && m_releaseTime != 0
-        && press->timestamp() == m_releaseTime
+    const bool isHidden = !press.isAutoRepeat() && hasTime(press) && press.key() == m_key
+        && press.timestamp() == m_releaseTime
         && (m_isRepeat || m_releaseTime - m_pressTime >= c_shortestHold);
+    m_key = press.key();
+    m_pressTime = press.timestamp();
+    m_isRepeat = isHidden || press.isAutoRepeat();
+    m_releaseTime = 0;
+
+    const QPointer<QObject> target(window);
+    sendHeldBack(isHidden);
+    if (isHidden && target)
+        QCoreApplication::sendEvent(target, copyOf(press, true).get());
+    return isHidden || !target;
+}
+
+void BreltHeldKeys::sendHeldBack(bool isRepeat)
+{
+    m_patience.stop();
+    const std::unique_ptr<QKeyEvent> release = std::move(m_heldBack);
+    if (release && m_heldBackFrom)
+        QCoreApplication::sendEvent(m_heldBackFrom, copyOf(*release, isRepeat).get());
 }

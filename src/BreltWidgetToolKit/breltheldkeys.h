@@ -1,8 +1,11 @@
 #pragma once
 
+#include <QKeyEvent>
 #include <QObject>
+#include <QPointer>
+#include <QTimer>
 
-class QKeyEvent;
+#include <memory>
 
 // Makes the repeats of a held key known as such before any widget sees them. Not part of the
 // exported interface.
@@ -25,11 +28,18 @@ protected:
 
 private:
     BreltHeldKeys();
-    bool isHidden(const QKeyEvent *press) const;
+    bool takeRelease(QObject *window, const QKeyEvent &release);
+    bool takePress(QObject *window, const QKeyEvent &press);
+    void sendHeldBack(bool isRepeat);
 
-    // The key that went down last. Times are those of the window system, 0 where it told none.
+    // The key that went down last, and when by the window system's time.
     int m_key = 0;
-    bool m_isRepeat = false;
     ulong m_pressTime = 0;
+    bool m_isRepeat = false;
     ulong m_releaseTime = 0; // 0 while the key is down
+
+    // A release that may be the first half of a repeat, until it is known.
+    std::unique_ptr<QKeyEvent> m_heldBack;
+    QPointer<QObject> m_heldBackFrom;
+    QTimer m_patience;
 };
