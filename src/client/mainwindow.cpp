@@ -66,7 +66,8 @@ MainWindow::MainWindow(QWidget *parent)
     new MarketKeys(this, m_pages, m_sprite);
     new ButtonKeys(this);
     new NameColumn(m_table);
-    keepKeysInSight(this);
+    auto *keys = new KeysInSight(this);
+    connect(keys, &KeysInSight::lost, this, &MainWindow::takeKeysToMarket);
     joinBars();
     joinMarket();
     // Before the window has a size of its own: what it needs at least is told by its parts as they
@@ -153,15 +154,17 @@ void MainWindow::noteRows()
     emit marketShown();
 }
 
-// The keys do not stay with what is out of sight.
 void MainWindow::hideTransactions(bool isHidden)
 {
-    const bool hadKeys = m_transactions->isAncestorOf(focusWidget());
     m_transactions->setHidden(isHidden);
-    if (isHidden && hadKeys) {
-        const bool isTable = m_pages->currentIndex() == tablePage;
-        (isTable ? m_table : m_pages->currentWidget())->setFocus();
-    }
+    if (isHidden && !m_market->isAncestorOf(focusWidget()))
+        takeKeysToMarket();
+}
+
+void MainWindow::takeKeysToMarket()
+{
+    const bool isTable = m_pages->currentIndex() == tablePage;
+    (isTable ? m_table : m_pages->currentWidget())->setFocus();
 }
 
 // By hand, since a style sheet of the window would be worked through for each of its parts anew.

@@ -55,6 +55,7 @@ private:
     void goBack();
     void noteRows();
     void hideTransactions(bool isHidden);
+    void takeKeysToMarket();
 
     // In the order in which they hear of what passes through the pool.
     TitleBar *m_titleBar;

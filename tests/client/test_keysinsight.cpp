@@ -8,13 +8,15 @@
 #include <QStackedWidget>
 #include <QtTest/QtTest>
 
-// Pages that are turned while the keys are elsewhere, and where the keys are afterwards.
+// Parts that are turned away or hidden while the keys are elsewhere, and where the keys are
+// afterwards.
 class KeysInSightTest : public QObject
 {
     Q_OBJECT
 
 private:
     std::unique_ptr<QWidget> m_window;
+    KeysInSight *m_keys = nullptr;
     QStackedWidget *m_outer = nullptr;
     QStackedWidget *m_inner = nullptr; // the first page of the outer ones
     QLineEdit *m_first = nullptr;
@@ -35,7 +37,7 @@ private slots:
         m_outer->addWidget(m_inner);
         m_outer->addWidget(m_other);
         (new QHBoxLayout(m_window.get()))->addWidget(m_outer);
-        keepKeysInSight(m_window.get());
+        m_keys = new KeysInSight(m_window.get());
         m_window->show();
         m_window->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
@@ -71,6 +73,59 @@ private slots:
         menu.close();
         QTRY_COMPARE(QApplication::activePopupWidget(), nullptr);
         QVERIFY(!QApplication::focusWidget() || QApplication::focusWidget()->isVisible());
+    }
+
+    // The window would give them back when it is active again.
+    void aPartThatIsHiddenBehindAnotherWindowDoesNotGetThemBack()
+    {
+        QWidget another;
+        another.show();
+        another.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&another));
+        QSignalSpy lost(m_keys, &KeysInSight::lost);
+        m_outer->hide();
+        QCOMPARE(lost.count(), 1);
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QVERIFY(!m_window->focusWidget());
+    }
+
+    void aPartThatIsHiddenInAHiddenWindowDoesNotGetThemBack()
+    {
+        m_window->hide();
+        m_first->hide();
+        m_window->show();
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QVERIFY(!m_first->hasFocus());
+    }
+
+    // Where Qt moves them along by itself, and where they were elsewhere, nobody has lost them.
+    void keysThatAreElsewhereAreNotLost()
+    {
+        QSignalSpy lost(m_keys, &KeysInSight::lost);
+        m_outer->setCurrentWidget(m_other);
+        m_inner->setCurrentWidget(m_second);
+        m_first->hide();
+        QVERIFY(m_other->hasFocus());
+        QCOMPARE(lost.count(), 0);
+    }
+
+    // What is hidden and shown again while it has no keys is where it was.
+    void aPageRemembersItsOwn()
+    {
+        auto *page = new QWidget;
+        auto *upper = new QLineEdit;
+        auto *lower = new QLineEdit;
+        auto *layout = new QHBoxLayout(page);
+        layout->addWidget(upper);
+        layout->addWidget(lower);
+        m_outer->addWidget(page);
+        m_outer->setCurrentWidget(page);
+        lower->setFocus();
+        m_outer->setCurrentWidget(m_other);
+        m_outer->setCurrentWidget(page);
+        QVERIFY(lower->hasFocus());
     }
 };
 
