@@ -6,7 +6,6 @@
 #include "ZvNetworkKit/zvkittrace.h"
 #include "ZvNetworkKit/zvservercache.h"
 
-#include <QRandomGenerator>
 
 #include <algorithm>
 
@@ -380,7 +379,7 @@ qint64 ZvMarketPoller::pause()
     const int doublings = std::min(m_failures, 4);
     ++m_failures;
     const int whole = std::min(longestPause, shortestPause << doublings);
-    const int jitter = whole > shortestPause ? QRandomGenerator::global()->bounded(whole / 4) : 0;
+    const int jitter = whole > shortestPause ? m_jitter.bounded(whole / 4) : 0;
     const qint64 spent = m_link->clock()->now() - m_sent;
     return std::max<qint64>(shortestPause, whole - jitter - spent);
 }

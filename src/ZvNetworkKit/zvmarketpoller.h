@@ -6,6 +6,7 @@
 #include "ZvNetworkKit/zvnetworkkit_export.h"
 
 #include <QObject>
+#include <QRandomGenerator>
 #include <QString>
 
 #include <array>
@@ -57,6 +58,10 @@ public:
     // Asks for the names and the rows of the market, and for its types where they may differ.
     void askMarket();
     void flushTopFive();
+
+    // Where the random part of the pauses goes on from, for a course of events that is to be the
+    // same again. Otherwise it differs from one poller to the next.
+    void setJitterSeed(quint32 seed) { m_jitter.seed(seed); }
 
 signals:
     // At once, whoever set it.
@@ -124,6 +129,7 @@ private:
     bool m_hasProgress = false; // the answer in hand brought a version that was not held
     bool m_isRecovering = true;
     int m_failures = 0;
+    QRandomGenerator m_jitter = QRandomGenerator::securelySeeded();
     qint64 m_sent = 0; // when the last poll left
     ZvTimer m_pause;
     ZvCallId m_flush = 0;

@@ -5,7 +5,6 @@
 #include "ZvNetworkKit/serverpaths.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace randomevents {
 
@@ -50,17 +49,27 @@ void RandomExchange::goAway(int calls)
     ++m_counts[kOutage];
 }
 
-void RandomExchange::speak()
+std::vector<ZvCallId> RandomExchange::waiting() const
 {
-    std::vector<Open> waiting;
-    for (const Open &open : std::exchange(m_open, {})) {
-        const bool isPoll = open.request.path == zvPath_sync;
-        if (open.isSilent || !m_chance.happens(isPoll ? 30 : 60))
-            waiting.push_back(open);
-        else
-            finish(open.id, answerTo(open.request));
-    }
-    m_open = std::move(waiting);
+    std::vector<ZvCallId> ids;
+    for (const Open &open : m_open)
+        ids.push_back(open.id);
+    return ids;
+}
+
+bool RandomExchange::mayAnswer(ZvCallId id)
+{
+    const auto at = std::find_if(m_open.begin(), m_open.end(),
+                                 [id](const Open &open) { return open.id == id; });
+    if (at == m_open.end() || at->isSilent)
+        return false;
+    const bool isPoll = at->request.path == zvPath_sync;
+    if (!m_chance.happens(isPoll ? 30 : 60))
+        return false;
+    const ZvRequest request = at->request;
+    m_open.erase(at);
+    finish(id, answerTo(request));
+    return true;
 }
 
 ZvAnswer RandomExchange::answerTo(const ZvRequest &request)

@@ -11,7 +11,7 @@
 namespace randomevents {
 
 // The exchange at the other end of the kit. It says nothing by itself: what is asked waits until
-// speak(), so that chance has the same order of events each time.
+// it is answered by name, so that chance has the same order of events each time.
 class RandomExchange : public ZvTransport
 {
 public:
@@ -21,8 +21,11 @@ public:
     }
     ~RandomExchange() override { finishAll(); }
 
-    // Ends some of the calls that wait.
-    void speak();
+    // The calls that wait, the oldest first.
+    std::vector<ZvCallId> waiting() const;
+
+    // Ends this call, or lets it wait on. False where there is no answer now, or no such call.
+    bool mayAnswer(ZvCallId id);
 
     // The next `calls` calls find nobody.
     void goAway(int calls);

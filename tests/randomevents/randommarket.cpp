@@ -526,8 +526,8 @@ QByteArray RandomMarket::dataFor(const ZvRequest &request)
             {{"in", R"("http://127.0.0.1:9/in")"}, {"out", R"("http://127.0.0.1:9/out")"}});
     if (path == zvPath_pay_hx && m_chance.happens(50))
         return object({{"bound", "true"},
-                       {"picturePrefix", R"("http://127.0.0.1:9/bank/")"},
-                       {"pictureName", R"("icbc")"},
+                       {"picturePrefix", R"("qrc:/icons/")"},
+                       {"pictureName", m_chance.happens(50) ? R"("appicon")" : R"("none")"},
                        {"pictureSuffix", R"("png")"},
                        {"tail", R"("6789")"}});
     if (path == zvPath_pay_hx)

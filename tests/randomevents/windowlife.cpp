@@ -8,6 +8,7 @@
 
 #include "BreltWidgetToolKit/breltdarkstyle.h"
 #include "ZvNetworkKit/zvexchangelink.h"
+#include "ZvNetworkKit/zvmarketpoller.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvserveractionresult.h"
 #include "ZvNetworkKit/zvservercache.h"
@@ -142,7 +143,10 @@ void WindowLife::open()
         m_start->leaveTo(m_window.get());
     });
     check(m_soundness.fault(m_window.get()));
+    ZvServerEngine::getZvServerEngineInstance()->poller()->setJitterSeed(m_chance.below(1'000));
     m_window->useExchange(QUrl(QStringLiteral("http://127.0.0.1:9")));
+    // A network has a clock of its own: pictures come from the program, or are none.
+    config()->setServiceAddress(QStringLiteral("qrc:"));
     if (m_chance.happens(70))
         signIn();
 }
@@ -314,20 +318,34 @@ void WindowLife::letTimePass()
     m_clock.pass(milliseconds);
 }
 
-// Everything that was said is decoded on a thread of its own; to wait for it keeps the order of
-// events the same each time.
+// One answer after the other, since each may open a dialog in which the others are heard.
 void WindowLife::hearAnswers()
 {
-    if (m_exchange)
-        m_exchange->speak();
+    waitForDecoder();
+    if (!m_exchange)
+        return;
+    for (const ZvCallId id : m_exchange->waiting()) {
+        if (m_exchange->mayAnswer(id))
+            waitForDecoder();
+    }
+}
+
+// What was said is decoded on a thread of its own; to wait for it, and for what it leads to at
+// once, keeps the order of events the same each time.
+void WindowLife::waitForDecoder()
+{
+    constexpr int mostSteps = 3; // from one event of the link to the next
     ZvExchangeLink *link = access()->link();
-    QCoreApplication::sendPostedEvents(link, QEvent::MetaCall);
+    const auto handOver = [link] { QCoreApplication::sendPostedEvents(link, QEvent::MetaCall); };
+    handOver(); // an answer takes its way to the decoder
     const auto isDone = std::make_shared<bool>(false);
     link->afterDecoding([isDone] { *isDone = true; });
     while (!*isDone) {
         QThread::usleep(20);
-        QCoreApplication::sendPostedEvents(link, QEvent::MetaCall);
+        handOver();
     }
+    for (int step = 0; step < mostSteps; ++step)
+        handOver();
 }
 
 void WindowLife::happen()

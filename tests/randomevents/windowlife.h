@@ -73,6 +73,7 @@ private:
     void noteRoom(const QWidget *window);
     void letTimePass();
     void hearAnswers();
+    void waitForDecoder();
     void check(const QString &fault);
     void note(const QString &event);
 
