@@ -1,6 +1,6 @@
 #include "BreltWidgetToolKit/breltcombobox.h"
 
-#include "BreltWidgetToolKit/breltheldkeys.h"
+#include "BreltWidgetToolKit/breltinputwatch.h"
 #include "BreltWidgetToolKit/breltreturnkey.h"
 
 #include <QAbstractItemView>
@@ -18,7 +18,7 @@ const int c_listPadding = 16;
 
 BreltComboBox::BreltComboBox(QWidget *parent) : QComboBox(parent)
 {
-    BreltHeldKeys::watch();
+    brelt::watchInput();
     setFocusPolicy(Qt::StrongFocus);
     setMaxVisibleItems(12);
     // Measuring every entry for the field's own size would cost a list of hundreds each refresh.

@@ -1,13 +1,13 @@
 #include "BreltWidgetToolKit/breltdoublespinbox.h"
 
-#include "BreltWidgetToolKit/breltheldkeys.h"
+#include "BreltWidgetToolKit/breltinputwatch.h"
 #include "BreltWidgetToolKit/breltreturnkey.h"
 
 #include <QWheelEvent>
 
 BreltDoubleSpinBox::BreltDoubleSpinBox(QWidget *parent) : BreltAmountSpinBox(parent)
 {
-    BreltHeldKeys::watch();
+    brelt::watchInput();
     setFocusPolicy(Qt::StrongFocus);
 }
 

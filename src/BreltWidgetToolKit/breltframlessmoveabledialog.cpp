@@ -1,6 +1,6 @@
 #include "BreltWidgetToolKit/breltframlessmoveabledialog.h"
 
-#include "BreltWidgetToolKit/breltheldkeys.h"
+#include "BreltWidgetToolKit/breltinputwatch.h"
 
 #include <QAbstractButton>
 #include <QAbstractSlider>
@@ -45,7 +45,7 @@ QRect areaFor(const QRect &frame)
 BreltFramlessMoveableDialog::BreltFramlessMoveableDialog(QWidget *parent)
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint)
 {
-    BreltHeldKeys::watch();
+    brelt::watchInput();
 }
 
 BreltFramlessMoveableDialog::~BreltFramlessMoveableDialog() = default;

@@ -1,13 +1,13 @@
 #include "BreltWidgetToolKit/breltspinbox.h"
 
-#include "BreltWidgetToolKit/breltheldkeys.h"
+#include "BreltWidgetToolKit/breltinputwatch.h"
 #include "BreltWidgetToolKit/breltreturnkey.h"
 
 #include <QWheelEvent>
 
 BreltSpinBox::BreltSpinBox(QWidget *parent) : BreltCountSpinBox(parent)
 {
-    BreltHeldKeys::watch();
+    brelt::watchInput();
     setFocusPolicy(Qt::StrongFocus);
 }
 
