@@ -1,5 +1,7 @@
 #include "client/accountbutton.h"
 
+#include "plainwindow.h"
+#include "shownwindows.h"
 #include "support/calltrace.h"
 #include "support/testregistry.h"
 
@@ -40,18 +42,6 @@ ZvUBMyAcount account(const QString &phone, const QString &name = QString())
     return ZvUBMyAcount(data);
 }
 
-template <typename Window>
-QList<Window *> shown()
-{
-    QList<Window *> found;
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        auto *window = qobject_cast<Window *>(widget);
-        if (window && window->isVisible())
-            found << window;
-    }
-    return found;
-}
-
 const QString endsSession = QStringLiteral("ZvServerEngine::startUnloggedEngine()");
 
 } // namespace
@@ -62,12 +52,12 @@ class AccountButtonTest : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<QWidget> m_window;
+    std::unique_ptr<zvtest::PlainWindow> m_window;
     QPointer<AccountButton> m_button;
 
     void signIn()
     {
-        engine()->isLogged = true;
+        zvtest::PlainWindow::setSignedIn(true);
         pool()->slot_login_succeed();
     }
 
@@ -85,23 +75,14 @@ private:
 private slots:
     void init()
     {
-        engine()->isLogged = false;
-        m_window = std::make_unique<QWidget>();
+        m_window = std::make_unique<zvtest::PlainWindow>();
         auto *layout = new QVBoxLayout(m_window.get());
         m_button = new AccountButton;
         layout->addWidget(new QLineEdit);
         layout->addWidget(m_button);
-        m_window->setGeometry(0, 0, 780, 560);
-        m_window->show();
-        m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        m_window->open();
     }
-
-    void cleanup()
-    {
-        m_window.reset();
-        engine()->isLogged = false;
-    }
+    void cleanup() { m_window.reset(); }
 
     void signedOutThereIsNone()
     {
@@ -113,7 +94,7 @@ private slots:
 
     void withoutAWindowItOpensNone()
     {
-        engine()->isLogged = true;
+        zvtest::PlainWindow::setSignedIn(true);
         QWidget owner;
         const AccountButton inside(&owner);
         QVERIFY(!inside.isVisible());
@@ -254,7 +235,7 @@ private slots:
         QTest::mouseClick(m_button, Qt::LeftButton);
         QMenu *menu = m_button->findChild<QMenu *>();
         QTRY_VERIFY(menu->isVisible());
-        engine()->isLogged = false;
+        zvtest::PlainWindow::setSignedIn(false);
         pool()->slot_loggedOtherPlace();
         QVERIFY(!menu->isVisible());
     }
@@ -265,7 +246,7 @@ private slots:
         zvtest::CallTrace trace;
         cache()->storeLoggedOtherPlace("您的账户已在别处登录");
         QCOMPARE(trace.take(), QStringList());
-        QVERIFY(shown<BreltFramlessMessageBox>().isEmpty());
+        QVERIFY(zvtest::shownWindows<BreltFramlessMessageBox>().isEmpty());
         QVERIFY(engine()->isLogged);
     }
 
@@ -273,7 +254,7 @@ private slots:
     {
         // What the trading side does when the session ends.
         signIn();
-        engine()->isLogged = false;
+        zvtest::PlainWindow::setSignedIn(false);
         pool()->slot_loggedOtherPlace();
         QVERIFY(m_button->isHidden());
     }

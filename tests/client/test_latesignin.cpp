@@ -2,6 +2,8 @@
 #include "client/signin.h"
 
 #include "ZvNetworkKit/kitbench.h"
+#include "plainwindow.h"
+#include "shownwindows.h"
 #include "support/calltrace.h"
 #include "support/testregistry.h"
 
@@ -40,31 +42,14 @@ class LateSignInTest : public QObject
 
 private:
     std::unique_ptr<KitBench> m_kit;
-    std::unique_ptr<QWidget> m_window;
+    std::unique_ptr<zvtest::PlainWindow> m_window;
     AccountButton *m_button = nullptr;
     SignIn *m_signIn = nullptr;
     std::unique_ptr<QSignalSpy> m_told;
 
     ZvScriptedTransport *exchange() const { return m_kit->exchange; }
 
-    LoginDialog *dialog() const
-    {
-        for (QWidget *widget : QApplication::topLevelWidgets()) {
-            auto *found = qobject_cast<LoginDialog *>(widget);
-            if (found && found->isVisible())
-                return found;
-        }
-        return nullptr;
-    }
-
-    static bool hasBox()
-    {
-        for (QWidget *widget : QApplication::topLevelWidgets()) {
-            if (qobject_cast<BreltFramlessMessageBox *>(widget) && widget->isVisible())
-                return true;
-        }
-        return false;
-    }
+    LoginDialog *dialog() const { return zvtest::shownWindow<LoginDialog>(); }
 
     // Opens the dialog and sends a sign-in, which waits for its answer.
     void send(const QString &phone)
@@ -103,14 +88,11 @@ private slots:
         static int runs = 0;
         m_kit = std::make_unique<KitBench>();
         m_kit->startOn(QStringLiteral("/ch/late%1/").arg(++runs));
-        m_window = std::make_unique<QWidget>();
+        m_window = std::make_unique<zvtest::PlainWindow>();
         m_button = new AccountButton;
         m_signIn = new SignIn(m_window.get());
         (new QVBoxLayout(m_window.get()))->addWidget(m_button);
-        m_window->resize(780, 560);
-        m_window->show();
-        m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        m_window->open();
         m_told
             = std::make_unique<QSignalSpy>(pool(), &ZvWidgetSignalSLotPool::signal_login_succeed);
     }
@@ -169,7 +151,7 @@ private slots:
                            ZvScriptedTransport::refusal("refused", QStringLiteral("密码错误")));
         m_kit->settle();
         QVERIFY(!engine()->isLogged);
-        QVERIFY(!hasBox());
+        QVERIFY(!zvtest::shownWindow<BreltFramlessMessageBox>());
         QCOMPARE(m_told->count(), 0);
         QVERIFY(m_button->isHidden());
     }

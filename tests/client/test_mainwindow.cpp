@@ -2,15 +2,13 @@
 #include "client/connectionstrip.h"
 #include "client/halves.h"
 #include "client/keyboardsprite.h"
-#include "client/mainwindow.h"
 #include "client/windowedge.h"
 
+#include "shownwindows.h"
 #include "support/calltrace.h"
 #include "support/testregistry.h"
+#include "windowbench.h"
 
-#include "ZvModelKit/zvubbriefinfo.h"
-#include "ZvModelKit/zvubobject.h"
-#include "ZvNetworkKit/zvscriptedtransport.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverconfig.h"
@@ -47,34 +45,6 @@ ZvServerAccessManager *access()
     return ZvServerAccessManager::getZvServerAccessManagerInstance();
 }
 
-QList<ZvUBObject> someRows()
-{
-    QList<ZvUBObject> rows;
-    for (int i = 1; i <= 3; ++i) {
-        ZvUBObject::Data data;
-        data.collectionId = QString::number(1000 + i);
-        data.code = data.collectionId;
-        data.name = QStringLiteral("藏品");
-        data.type = i;
-        rows << ZvUBObject(data);
-    }
-    return rows;
-}
-
-ZvUBBriefInfo someNames()
-{
-    ZvUBBriefInfo::Data data;
-    for (const ZvUBObject &row : someRows()) {
-        ZvUBBriefItem::Data item;
-        item.collectionId = row.data().collectionId;
-        item.code = row.data().code;
-        item.name = row.data().name;
-        item.initials = QStringList{"cp"};
-        data.items << ZvUBBriefItem(item);
-    }
-    return ZvUBBriefInfo(data);
-}
-
 ZvServerEngine *engine()
 {
     return ZvServerEngine::getZvServerEngineInstance();
@@ -93,7 +63,8 @@ class MainWindowTest : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<MainWindow> m_window;
+    std::unique_ptr<zvtest::WindowBench> m_bench;
+    MainWindow *m_window = nullptr;
 
     QTableView *table() const
     {
@@ -143,12 +114,6 @@ private:
         return nullptr;
     }
 
-    static void signIn()
-    {
-        engine()->isLogged = true;
-        pool()->slot_login_succeed();
-    }
-
     // The button of a bar that reads so.
     static QPushButton *buttonOf(const QWidget *bar, const QString &words)
     {
@@ -166,14 +131,7 @@ private:
         QTest::mouseClick(button, Qt::LeftButton);
     }
 
-    LoginDialog *dialog() const
-    {
-        for (auto *found : m_window->findChildren<LoginDialog *>()) {
-            if (found->isVisible())
-                return found;
-        }
-        return nullptr;
-    }
+    LoginDialog *dialog() const { return zvtest::shownWindow<LoginDialog>(); }
 
     bool titleHas(const QString &words) const
     {
@@ -199,40 +157,30 @@ private:
     void press(Qt::Key key) const
     {
         QWidget *focus = m_window->focusWidget();
-        QTest::keyClick(focus ? focus : m_window.get(), key);
+        QTest::keyClick(focus ? focus : m_window, key);
+    }
+
+    void begin()
+    {
+        m_bench.reset();
+        m_bench = std::make_unique<zvtest::WindowBench>(QSize(1000, 700));
+        m_window = m_bench->window.get();
     }
 
     // On the screen with the keys in it, and a market of three collections.
     void open()
     {
-        m_window->show();
-        m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-        cache()->storeBriefInfo(someNames());
-        cache()->storeMarketList(someRows());
+        m_bench->show();
+        zvtest::WindowBench::fill();
     }
 
 private slots:
-    void init()
-    {
-        access()->setTransport(std::make_unique<ZvScriptedTransport>());
-        static int windows = 0;
-        access()->setUrlPrefix(QStringLiteral("/window/%1/").arg(++windows));
-        m_window = std::make_unique<MainWindow>();
-        m_window->resize(1000, 700);
-    }
-
-    void cleanup()
-    {
-        m_window.reset();
-        engine()->startUnloggedEngine();
-        access()->stop();
-        access()->setTransport(nullptr);
-    }
+    void init() { begin(); }
+    void cleanup() { m_bench.reset(); }
 
     void showTellsTheEngineAndFetchesWhatIsThere()
     {
-        cache()->storeMarketList(someRows());
+        cache()->storeMarketList(zvtest::WindowBench::rows());
         zvtest::CallTrace trace;
         m_window->show();
         QVERIFY(trace.take().contains("ZvServerEngine::changedToMarketList()"));
@@ -243,27 +191,24 @@ private slots:
 
     void marketIsToldOnce()
     {
-        QSignalSpy shown(m_window.get(), &MainWindow::marketShown);
+        QSignalSpy shown(m_window, &MainWindow::marketShown);
         m_window->show();
         QVERIFY(!m_window->hasMarket());
         cache()->storeMarketList(QList<ZvUBObject>{});
         QVERIFY(!m_window->hasMarket());
-        cache()->storeMarketList(someRows());
+        cache()->storeMarketList(zvtest::WindowBench::rows());
         QCOMPARE(shown.count(), 1);
         QVERIFY(m_window->hasMarket());
         // An empty list of favourites is no loss of the market.
         cache()->storeMarketList(QList<ZvUBObject>{});
-        cache()->storeMarketList(someRows());
+        cache()->storeMarketList(zvtest::WindowBench::rows());
         QVERIFY(m_window->hasMarket());
         QCOMPARE(shown.count(), 1);
     }
 
     void f6TurnsOver()
     {
-        m_window->show();
-        m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-        cache()->storeMarketList(someRows());
+        open();
         QSignalSpy turned(ZvWidgetSignalSLotPool::getSignalSlotPoolInstance(),
                           &ZvWidgetSignalSLotPool::signal_turnoverOption_clicked);
         QVERIFY(table()->hasFocus());
@@ -364,10 +309,10 @@ private slots:
     {
         open();
         sprite()->begin(Qt::Key_1);
-        const QRect place(sprite()->mapTo(m_window.get(), QPoint()), sprite()->size());
+        const QRect place(sprite()->mapTo(m_window, QPoint()), sprite()->size());
         QVERIFY(place.bottom() < m_window->connectionStrip()->y());
         QVERIFY(m_window->rect().contains(place));
-        QCOMPARE(m_window->childAt(place.center())->window(), m_window.get());
+        QCOMPARE(m_window->childAt(place.center())->window(), m_window);
         QVERIFY(sprite()->isAncestorOf(m_window->childAt(place.center())));
     }
 
@@ -384,12 +329,12 @@ private slots:
             return found;
         };
         QCOMPARE(shown(), QStringList());
-        signIn();
+        zvtest::WindowBench::signIn();
         QCOMPARE(shown(), names);
         engine()->isLogged = false;
         pool()->slot_loggedOtherPlace();
         QCOMPARE(shown(), QStringList());
-        signIn();
+        zvtest::WindowBench::signIn();
         // And with a sign-out by hand.
         m_window->findChild<AccountButton *>()->findChild<QMenu *>()->actions().last()->trigger();
         QCOMPARE(shown(), QStringList());
@@ -419,7 +364,7 @@ private slots:
         m_window->show();
         const auto *button = m_window->connectionStrip()->findChild<AccountButton *>();
         QVERIFY(button->isHidden());
-        signIn();
+        zvtest::WindowBench::signIn();
         QVERIFY(button->isVisible());
         const QRect strip = m_window->connectionStrip()->rect();
         const QRect place(button->mapTo(m_window->connectionStrip(), QPoint()), button->size());
@@ -431,7 +376,7 @@ private slots:
     {
         m_window->resize(1366, 768);
         open();
-        signIn();
+        zvtest::WindowBench::signIn();
         // Everything that the keys reach, once around, by the part in which it lies.
         const QList<QWidget *> parts{titleBar(), m_window->findChild<Market_Widget *>(),
                                      transactions(), m_window->connectionStrip(), statusBar()};
@@ -456,7 +401,7 @@ private slots:
     {
         m_window->resize(1366, 768);
         open();
-        signIn();
+        zvtest::WindowBench::signIn();
         for (const QWidget *part :
              QList<QWidget *>{titleBar(), statusBar(), m_window->connectionStrip()}) {
             for (const QPushButton *button : part->findChildren<QPushButton *>()) {
@@ -586,7 +531,7 @@ private slots:
     {
         m_window->resize(1366, 768);
         open();
-        signIn();
+        zvtest::WindowBench::signIn();
         const int market = m_window->findChild<Market_Widget *>()->height();
         auto *price = ticketField();
         price->setFocus();
@@ -604,10 +549,10 @@ private slots:
     void aNewSignInLeavesTheTradingHalfHidden()
     {
         open();
-        signIn();
+        zvtest::WindowBench::signIn();
         click(statusBar(), QStringLiteral("隐藏交易"));
         QVERIFY(!transactions()->isVisible());
-        signIn();
+        zvtest::WindowBench::signIn();
         QVERIFY(!transactions()->isVisible());
         click(statusBar(), QStringLiteral("隐藏交易"));
         QVERIFY(!transactions()->isVisible());
@@ -618,7 +563,7 @@ private slots:
     void theTradingHalfIsLockedFromTheStatusBar()
     {
         open();
-        signIn();
+        zvtest::WindowBench::signIn();
         auto *pages
             = transactions()->findChild<QStackedWidget *>(QString(), Qt::FindDirectChildrenOnly);
         QCOMPARE(pages->currentIndex(), 0);
@@ -639,7 +584,7 @@ private slots:
         QTRY_COMPARE(m_window->findChildren<LoginDialog *>().size(), 1);
         dialog()->close();
         // Signed in, the title bar still offers another sign-in.
-        signIn();
+        zvtest::WindowBench::signIn();
         QVERIFY(!buttonOf(statusBar(), QStringLiteral("登录"))->isVisible());
         click(titleBar(), QStringLiteral("重新登录"));
         QVERIFY(dialog());
@@ -651,7 +596,7 @@ private slots:
         QCOMPARE(m_window->windowTitle(), QStringLiteral("澄湖文化交易平台"));
         QVERIFY(titleHas(m_window->windowTitle()));
         config->setCurrentPlatform(ZvServerConfig::LanChuan);
-        m_window = std::make_unique<MainWindow>();
+        begin();
         config->setCurrentPlatform(ZvServerConfig::ChengHu);
         QCOMPARE(m_window->windowTitle(), QStringLiteral("岚川商品交易平台"));
         QVERIFY(titleHas(m_window->windowTitle()));
@@ -692,6 +637,42 @@ private slots:
         QVERIFY(!m_window->isVisible());
     }
 
+    void theStripIsAlwaysInSight()
+    {
+        const ConnectionStrip *strip = m_window->connectionStrip();
+        const auto isSeen = [strip] {
+            QCoreApplication::processEvents();
+            return strip->isVisible() && strip->visibleRegion().boundingRect() == strip->rect();
+        };
+        m_window->resize(m_window->minimumSizeHint());
+        open();
+        zvtest::WindowBench::signIn();
+        QVERIFY(isSeen());
+        press(Qt::Key_F5);
+        QVERIFY(isSeen());
+        pool()->slot_marketDeatil_clicked();
+        QCOMPARE(page(), QStringLiteral("Market_DetailWidget"));
+        QVERIFY(isSeen());
+        sprite()->begin(Qt::Key_1);
+        QVERIFY(isSeen());
+        sprite()->leave();
+        click(statusBar(), QStringLiteral("锁定交易"));
+        QVERIFY(isSeen());
+        click(statusBar(), QStringLiteral("隐藏交易"));
+        QVERIFY(isSeen());
+        m_window->resize(1366, 768);
+        QVERIFY(isSeen());
+    }
+
+    void theStripCountsUntilTheExchangeIsThere()
+    {
+        m_window->useExchange(QUrl("http://127.0.0.1:4711"));
+        const ConnectionStrip *strip = m_window->connectionStrip();
+        QVERIFY2(strip->text().startsWith(QStringLiteral("正在连接交易所 0 秒")),
+                 qPrintable(strip->text()));
+        QTRY_VERIFY(strip->text().startsWith(QStringLiteral("正在连接交易所 1 秒")));
+    }
+
     // A double click on a button is two clicks on it, and none on the bar.
     void aDoubleClickOnAButtonOfTheTitleBarStaysThere()
     {
@@ -703,7 +684,7 @@ private slots:
     void theEndOfTheSessionIsToldOnce()
     {
         open();
-        signIn();
+        zvtest::WindowBench::signIn();
         QSignalSpy left(pool(), &ZvWidgetSignalSLotPool::signal_loggedOtherPlace);
         int boxes = 0;
         QStringList before;

@@ -1,20 +1,16 @@
 #include "client/signin.h"
 
+#include "plainwindow.h"
+#include "shownwindows.h"
 #include "support/calltrace.h"
 #include "support/testregistry.h"
 
-#include "ZvNetworkKit/zvserverengine.h"
 #include "ZvWidgetKit/logindialog.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
 #include <QtTest/QtTest>
 
 namespace {
-
-ZvServerEngine *engine()
-{
-    return ZvServerEngine::getZvServerEngineInstance();
-}
 
 ZvWidgetSignalSLotPool *pool()
 {
@@ -23,13 +19,7 @@ ZvWidgetSignalSLotPool *pool()
 
 QList<LoginDialog *> dialogs()
 {
-    QList<LoginDialog *> found;
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        auto *dialog = qobject_cast<LoginDialog *>(widget);
-        if (dialog && dialog->isVisible())
-            found << dialog;
-    }
-    return found;
+    return zvtest::shownWindows<LoginDialog>();
 }
 
 } // namespace
@@ -40,26 +30,17 @@ class SignInTest : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<QWidget> m_window;
+    std::unique_ptr<zvtest::PlainWindow> m_window;
     SignIn *m_signIn = nullptr;
 
 private slots:
     void init()
     {
-        engine()->isLogged = false;
-        m_window = std::make_unique<QWidget>();
+        m_window = std::make_unique<zvtest::PlainWindow>();
         m_signIn = new SignIn(m_window.get());
-        m_window->setGeometry(0, 0, 780, 560);
-        m_window->show();
-        m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        m_window->open();
     }
-
-    void cleanup()
-    {
-        m_window.reset();
-        engine()->isLogged = false;
-    }
+    void cleanup() { m_window.reset(); }
 
     void opensOverTheWindow()
     {
@@ -111,7 +92,7 @@ private slots:
     void aNewSessionIsToldOnceMoreAfterTheEndOfTheOldOne()
     {
         QSignalSpy told(pool(), &ZvWidgetSignalSLotPool::signal_login_succeed);
-        engine()->isLogged = true;
+        zvtest::PlainWindow::setSignedIn(true);
         zvtest::CallTrace trace;
         pool()->slot_loggedOtherPlace();
         QVERIFY(told.isEmpty()); // not before the others have heard of the end

@@ -1,13 +1,10 @@
 #include "client/keyboardsprite.h"
-#include "client/mainwindow.h"
 
 #include "support/testregistry.h"
+#include "windowbench.h"
 
 #include "ZvModelKit/zvubbriefinfo.h"
-#include "ZvNetworkKit/zvscriptedtransport.h"
-#include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvservercache.h"
-#include "ZvNetworkKit/zvserverengine.h"
 #include "ZvWidgetKit/transaction_widget.h"
 
 #include <QComboBox>
@@ -20,15 +17,6 @@
 #include <QTableView>
 #include <QtTest/QtTest>
 
-namespace {
-
-ZvServerAccessManager *access()
-{
-    return ZvServerAccessManager::getZvServerAccessManagerInstance();
-}
-
-} // namespace
-
 // Digits and letters find a collection wherever nothing is typed, and belong to a field that has
 // the focus: in the window with all the fields that a user meets there.
 class SpriteFocusTest : public QObject
@@ -36,7 +24,8 @@ class SpriteFocusTest : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<MainWindow> m_window;
+    std::unique_ptr<zvtest::WindowBench> m_bench;
+    MainWindow *m_window = nullptr;
 
     Transaction_Widget *trading() const { return m_window->findChild<Transaction_Widget *>(); }
     bool isSpriteOpen() const { return m_window->findChild<KeyboardSprite *>()->isVisible(); }
@@ -70,14 +59,9 @@ private:
 private slots:
     void init()
     {
-        access()->setTransport(std::make_unique<ZvScriptedTransport>());
-        static int windows = 0;
-        access()->setUrlPrefix(QStringLiteral("/sprite/%1/").arg(++windows));
-        m_window = std::make_unique<MainWindow>();
-        m_window->resize(1366, 800);
-        m_window->show();
-        m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        m_bench = std::make_unique<zvtest::WindowBench>(QSize(1366, 800));
+        m_window = m_bench->window.get();
+        m_bench->show();
         ZvUBBriefItem::Data item;
         item.collectionId = QStringLiteral("1001");
         item.code = QStringLiteral("600137");
@@ -87,13 +71,7 @@ private slots:
         ZvServerCache::getZvServerCacheInstance()->storeBriefInfo(ZvUBBriefInfo(data));
     }
 
-    void cleanup()
-    {
-        m_window.reset();
-        ZvServerEngine::getZvServerEngineInstance()->startUnloggedEngine();
-        access()->stop();
-        access()->setTransport(nullptr);
-    }
+    void cleanup() { m_bench.reset(); }
 
     void whereNothingIsTypedTheSpriteComes()
     {

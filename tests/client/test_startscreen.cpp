@@ -2,6 +2,7 @@
 
 #include "client/embeddedexchange.h"
 #include "client/mainwindow.h"
+#include "shownwindows.h"
 #include "support/testregistry.h"
 
 #include "ZvModelKit/zvubobject.h"
@@ -33,17 +34,6 @@ ZvServerConfig *config()
     return ZvServerConfig::getZvServerConfigInstance();
 }
 
-template <typename Window>
-Window *shown()
-{
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        auto *window = qobject_cast<Window *>(widget);
-        if (window && window->isVisible())
-            return window;
-    }
-    return nullptr;
-}
-
 } // namespace
 
 // What comes before the window: the choice of the platform, then its splash.
@@ -61,7 +51,7 @@ private:
     {
         QTimer watch;
         connect(&watch, &QTimer::timeout, [&] {
-            if (auto *dialog = shown<ZvPlatformSelectDialog>())
+            if (auto *dialog = zvtest::shownWindow<ZvPlatformSelectDialog>())
                 answer(dialog);
         });
         watch.start(20);
@@ -129,17 +119,17 @@ private slots:
         QVERIFY(!chooseBy(
             [](ZvPlatformSelectDialog *dialog) { QTest::keyClick(dialog, Qt::Key_Escape); }));
         QCOMPARE(config()->getCurrentPlatform(), ZvServerConfig::ChengHu);
-        QVERIFY(!shown<ZvPlatformSelectDialog>());
+        QVERIFY(!zvtest::shownWindow<ZvPlatformSelectDialog>());
     }
 
     void theSplashIsThePlatforms()
     {
         open();
-        const QImage chenghu = shown<ZvSplashScreen>()->pixmap().toImage();
+        const QImage chenghu = zvtest::shownWindow<ZvSplashScreen>()->pixmap().toImage();
         m_start.reset();
         config()->setCurrentPlatform(ZvServerConfig::LanChuan);
         open();
-        const QImage lanchuan = shown<ZvSplashScreen>()->pixmap().toImage();
+        const QImage lanchuan = zvtest::shownWindow<ZvSplashScreen>()->pixmap().toImage();
         QCOMPARE(chenghu.size(), QSize(640, 400));
         QCOMPARE(lanchuan.size(), QSize(640, 400));
         QVERIFY(chenghu != lanchuan);
@@ -148,7 +138,7 @@ private slots:
     void itsWordsAreToBeSeen()
     {
         open();
-        const auto *splash = shown<ZvSplashScreen>();
+        const auto *splash = zvtest::shownWindow<ZvSplashScreen>();
         const QImage said = const_cast<ZvSplashScreen *>(splash)->grab().toImage();
         const QImage bare = splash->pixmap().toImage().convertToFormat(said.format());
         QRect changed;
@@ -213,7 +203,7 @@ private slots:
     {
         QFETCH(bool, isKey);
         open();
-        auto *splash = shown<ZvSplashScreen>();
+        auto *splash = zvtest::shownWindow<ZvSplashScreen>();
         if (isKey)
             QTest::keyClick(splash, Qt::Key_Escape);
         else

@@ -1,17 +1,13 @@
-#include "client/mainwindow.h"
-
+#include "shownwindows.h"
 #include "support/testregistry.h"
+#include "windowbench.h"
 
 #include "BreltWidgetToolKit/breltframlessmessagebox.h"
-#include "ZvModelKit/zvubbriefinfo.h"
 #include "ZvModelKit/zvubcapinfo.h"
-#include "ZvModelKit/zvubobject.h"
 #include "ZvModelKit/zvubtopfive.h"
-#include "ZvNetworkKit/zvscriptedtransport.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvserveractionresult.h"
 #include "ZvNetworkKit/zvservercache.h"
-#include "ZvNetworkKit/zvserverengine.h"
 #include "ZvWidgetKit/establishaccountdialog.h"
 #include "ZvWidgetKit/logindialog.h"
 #include "ZvWidgetKit/market_widget.h"
@@ -52,34 +48,6 @@ ZvServerActionResult *actions()
 ZvWidgetSignalSLotPool *pool()
 {
     return ZvWidgetSignalSLotPool::getSignalSlotPoolInstance();
-}
-
-QList<ZvUBObject> rowsAt(qint64 latest)
-{
-    QList<ZvUBObject> rows;
-    for (int i = 1; i <= 3; ++i) {
-        ZvUBObject::Data data;
-        data.collectionId = QString::number(1000 + i);
-        data.code = data.collectionId;
-        data.name = QStringLiteral("藏品");
-        data.type = 1;
-        data.latest = latest;
-        rows << ZvUBObject(data);
-    }
-    return rows;
-}
-
-ZvUBBriefInfo names()
-{
-    ZvUBBriefInfo::Data data;
-    for (const ZvUBObject &row : rowsAt(1000)) {
-        ZvUBBriefItem::Data item;
-        item.collectionId = row.data().collectionId;
-        item.code = row.data().code;
-        item.name = row.data().name;
-        data.items << ZvUBBriefItem(item);
-    }
-    return ZvUBBriefInfo(data);
 }
 
 ZvUBTopFive quote()
@@ -133,17 +101,6 @@ QList<int> waitsOf(const std::function<void()> &cause)
     return lengths;
 }
 
-template <typename Window>
-Window *shown()
-{
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        auto *window = qobject_cast<Window *>(widget);
-        if (window && window->isVisible())
-            return window;
-    }
-    return nullptr;
-}
-
 // Runs `open`, which returns when its dialog has closed, and `use` while that is up.
 template <typename Dialog>
 bool useDialog(const std::function<void()> &open, const std::function<void(Dialog *)> &use)
@@ -151,7 +108,7 @@ bool useDialog(const std::function<void()> &open, const std::function<void(Dialo
     bool wasUsed = false;
     QTimer watch;
     QObject::connect(&watch, &QTimer::timeout, [&] {
-        const QPointer<Dialog> dialog = shown<Dialog>();
+        const QPointer<Dialog> dialog = zvtest::shownWindow<Dialog>();
         if (!dialog)
             return;
         watch.stop();
@@ -174,7 +131,8 @@ class TimersTest : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<MainWindow> m_window;
+    std::unique_ptr<zvtest::WindowBench> m_bench;
+    MainWindow *m_window = nullptr;
 
     QWidget *part(const char *className) const
     {
@@ -218,32 +176,19 @@ private:
 
     void open()
     {
-        m_window->show();
-        m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        m_bench->show();
         cache()->storeMarketInfo({{QStringLiteral("邮票"), access()->urlPrefix()},
                                   {QStringLiteral("钱币"), QStringLiteral("/timers/other/")}});
-        cache()->storeBriefInfo(names());
-        cache()->storeMarketList(rowsAt(1000));
+        zvtest::WindowBench::fill();
     }
 
 private slots:
     void init()
     {
-        access()->setTransport(std::make_unique<ZvScriptedTransport>());
-        static int windows = 0;
-        access()->setUrlPrefix(QStringLiteral("/timers/%1/").arg(++windows));
-        m_window = std::make_unique<MainWindow>();
-        m_window->resize(1366, 768);
+        m_bench = std::make_unique<zvtest::WindowBench>(QSize(1366, 768));
+        m_window = m_bench->window.get();
     }
-
-    void cleanup()
-    {
-        m_window.reset();
-        ZvServerEngine::getZvServerEngineInstance()->startUnloggedEngine();
-        access()->stop();
-        access()->setTransport(nullptr);
-    }
+    void cleanup() { m_bench.reset(); }
 
     void fromTheStartThreeOfThemRun()
     {
@@ -346,8 +291,10 @@ private slots:
     void aChangedCellFlashes()
     {
         open();
-        QCOMPARE(waitsOf([] { cache()->storeMarketList(rowsAt(1000)); }), QList<int>());
-        QCOMPARE(waitsOf([] { cache()->storeMarketList(rowsAt(1010)); }), QList<int>{1000});
+        QCOMPARE(waitsOf([] { cache()->storeMarketList(zvtest::WindowBench::rows(1000)); }),
+                 QList<int>());
+        QCOMPARE(waitsOf([] { cache()->storeMarketList(zvtest::WindowBench::rows(1010)); }),
+                 QList<int>{1000});
     }
 
     void anOrderThrottlesAndLooksAfterItself()
