@@ -132,6 +132,26 @@ private slots:
         QCOMPARE(remembered("window/maximized").toBool(), false);
     }
 
+    void keepsADrawnHeightWithoutBeingClosed()
+    {
+        begin();
+        m_frame->toggleMaximized();
+        m_window->setGeometry(somewhere);
+        QTRY_COMPARE(remembered("window/geometry").toRect(), somewhere);
+        QCOMPARE(remembered("window/tradingHeight").toInt(), 0);
+        m_halves->show();
+        QWidget *bar = m_halves->handle(1);
+        const QPoint grip = bar->rect().center();
+        QTest::mousePress(bar, Qt::LeftButton, Qt::NoModifier, grip);
+        const QPoint up = grip - QPoint(0, 60);
+        QMouseEvent move(QEvent::MouseMove, up, bar->mapToGlobal(up), Qt::NoButton, Qt::LeftButton,
+                         Qt::NoModifier);
+        QApplication::sendEvent(bar, &move);
+        QTest::mouseRelease(bar, Qt::LeftButton, Qt::NoModifier, grip);
+        QVERIFY(m_halves->chosenHeight() > 0);
+        QTRY_COMPARE(remembered("window/tradingHeight").toInt(), m_halves->chosenHeight());
+    }
+
     void aWindowWhoseScreenIsGoneIsFetched()
     {
         remember("window/geometry", QRect(9000, 5000, 500, 360));
@@ -163,6 +183,42 @@ private slots:
         m_window->move(edge);
         QVERIFY(QMetaObject::invokeMethod(m_place, "rescue"));
         QCOMPARE(m_window->pos(), edge);
+    }
+
+    void aChangeOfTheScreensIsHeardOf_data()
+    {
+        QTest::addColumn<bool>("isGone");
+        QTest::newRow("one goes") << true;
+        QTest::newRow("one becomes smaller") << false;
+    }
+    void aChangeOfTheScreensIsHeardOf()
+    {
+        QFETCH(bool, isGone);
+        remember("window/geometry", somewhere);
+        remember("window/maximized", false);
+        begin();
+        m_window->move(-4000, 200);
+        QScreen *screen = m_window->screen();
+        if (isGone)
+            emit qGuiApp->screenRemoved(screen);
+        else
+            emit screen->availableGeometryChanged(screen->availableGeometry());
+        QTRY_VERIFY(area().contains(m_window->geometry()));
+    }
+
+    void aWindowThatFillsItsScreenOrIsHiddenIsLeftAlone()
+    {
+        begin();
+        QTRY_COMPARE(m_window->geometry(), area());
+        QVERIFY(QMetaObject::invokeMethod(m_place, "rescue"));
+        QVERIFY(m_window->isMaximized());
+        QCOMPARE(m_window->geometry(), area());
+        m_frame->toggleMaximized();
+        m_window->hide();
+        const QRect away(-4000, 200, 500, 360);
+        m_window->setGeometry(away);
+        QVERIFY(QMetaObject::invokeMethod(m_place, "rescue"));
+        QCOMPARE(m_window->geometry(), away);
     }
 
     void badMemoriesAreNone_data()
