@@ -1,5 +1,7 @@
 #include "ZvWidgetKit/ticketorder.h"
 
+#include "ZvNetworkKit/serverpaths.h"
+
 #include <cmath>
 #include <limits>
 

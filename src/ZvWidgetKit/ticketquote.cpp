@@ -1,6 +1,7 @@
 #include "ZvWidgetKit/ticketquote.h"
 
 #include "ZvModelKit/zvubtopfive.h"
+#include "ZvNetworkKit/serverpaths.h"
 #include "ui_dealwidget_buysell.h"
 
 #include <array>

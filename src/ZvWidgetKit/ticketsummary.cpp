@@ -2,6 +2,7 @@
 
 #include "ZvModelKit/zvubcapinfo.h"
 #include "ZvModelKit/zvubgatherinfo.h"
+#include "ZvNetworkKit/serverpaths.h"
 #include "ui_dealwidget_buysell.h"
 
 namespace ticketsummary {
