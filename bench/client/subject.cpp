@@ -9,6 +9,7 @@
 #include "ZvWidgetKit/statusbar.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 #include "client/mainwindow.h"
+#include "client/plainnetwork.h"
 #include "support/stopwatch.h"
 
 #include <QApplication>
@@ -234,6 +235,7 @@ int runBare(int argc, char **argv)
 int runClient(int argc, char **argv, Task task, const QUrl &exchange, int seconds)
 {
     QApplication application(argc, argv);
+    plainnetwork::leaveDevicesAlone();
     ZvServerConfig *config = ZvServerConfig::getZvServerConfigInstance();
     config->setCurrentPlatform(ZvServerConfig::ChengHu);
     BreltDarkStyle::install(application, QColor(config->getStyleOf_MarketTableSelectRow()));

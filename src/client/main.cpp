@@ -2,6 +2,7 @@
 #include "client/display.h"
 #include "client/embeddedexchange.h"
 #include "client/mainwindow.h"
+#include "client/plainnetwork.h"
 #include "client/startscreen.h"
 #include "client/windowplace.h"
 
@@ -171,6 +172,7 @@ int main(int argc, char **argv)
     // Qt would take --platform for its own.
     int onlyProgram = 1;
     QApplication application(onlyProgram, argv);
+    plainnetwork::leaveDevicesAlone();
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/appicon.png")));
     chooseFont();
     installStyle(application);

@@ -10,6 +10,7 @@
 #include "client/marketkeys.h"
 #include "client/namecolumn.h"
 #include "client/signin.h"
+#include "client/sparememory.h"
 #include "client/windowframe.h"
 
 #include "ZvNetworkKit/zvserveraccessmanager.h"
@@ -66,6 +67,7 @@ MainWindow::MainWindow(QWidget *parent)
     new MarketKeys(this, m_pages, m_sprite);
     new ButtonKeys(this);
     new NameColumn(m_table);
+    new SpareMemory(m_table->model(), this);
     auto *keys = new KeysInSight(this);
     connect(keys, &KeysInSight::lost, this, &MainWindow::takeKeysToMarket);
     joinBars();

@@ -166,7 +166,7 @@ private:
         for (const QTimer *timer : m_window->findChildren<QTimer *>()) {
             // The chart, the pictures of addresses and the window have theirs besides.
             static const QStringList others{"Zv_CollectionCharts", "BreltLabelURL",
-                                            "ConnectionStrip"};
+                                            "ConnectionStrip", "SpareMemory"};
             if (!others.contains(QLatin1String(timer->parent()->metaObject()->className())))
                 found << described(timer);
         }
