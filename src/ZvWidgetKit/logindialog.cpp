@@ -6,6 +6,7 @@
 #include "ZvNetworkKit/zvserverengine.h"
 #include "ZvWidgetKit/codecountdown.h"
 #include "ZvWidgetKit/framedmessage.h"
+#include "ZvWidgetKit/singleclick.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 #include "ui_logindialog.h"
 
@@ -148,6 +149,11 @@ void LoginDialog::createConnections()
     onClick(ui->pushButton_login, &LoginDialog::buttonClicked_login);
     onClick(ui->pushButton_register, &LoginDialog::buttonClicked_register);
     onClick(ui->pushButton_changePassword, &LoginDialog::buttonClicked_changePasswd);
+    for (QPushButton *button :
+         {ui->pushButton_login, ui->pushButton_register_getVerificationCode,
+          ui->pushButton_register, ui->pushButton_changePassword_getVerificationCode,
+          ui->pushButton_changePassword})
+        SingleClick::watch(button);
 }
 
 void LoginDialog::applyStyle()

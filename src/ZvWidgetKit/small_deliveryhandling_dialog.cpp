@@ -4,6 +4,7 @@
 #include "ZvNetworkKit/serverpaths.h"
 #include "ZvNetworkKit/zvserveractionresult.h"
 #include "ZvWidgetKit/framedmessage.h"
+#include "ZvWidgetKit/singleclick.h"
 #include "ui_small_deliveryhandling_dialog.h"
 
 #include <QDebug>
@@ -75,6 +76,7 @@ void Small_DeliveryHandling_Dialog::createConnections()
     for (QWidget *field : QList<QWidget *>{ui->spinBox_num, ui->lineEdit_userName,
                                            ui->lineEdit_userPhone, ui->lineEdit_userAddr})
         field->installEventFilter(this);
+    SingleClick::watch(ui->pushButton_ok);
 }
 
 // Return in a field presses "确定", and a held key only once. The amount does not see it, since it

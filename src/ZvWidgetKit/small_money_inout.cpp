@@ -8,6 +8,7 @@
 #include "ZvWidgetKit/codecountdown.h"
 #include "ZvWidgetKit/framedmessage.h"
 #include "ZvWidgetKit/moneytext.h"
+#include "ZvWidgetKit/singleclick.h"
 #include "ui_small_money_inout.h"
 
 #include <QKeyEvent>
@@ -114,20 +115,18 @@ void Small_Money_InOut::createConnections()
     connect(server(), &Result::signal_outMoney_failed, this, &Self::onFailed);
     connect(cache(), &ZvServerCache::signal_cache_CapInfo_changed, this, &Self::refreshAvailable);
 
-    for (QWidget *each :
-         QList<QWidget *>{ui->pushButton_ok, ui->pushButton_getValidataCode,
-                          ui->doubleSpinBox_moneyValue, ui->lineEdit_validateCode_value})
-        each->installEventFilter(this);
+    for (QWidget *field :
+         QList<QWidget *>{ui->doubleSpinBox_moneyValue, ui->lineEdit_validateCode_value})
+        field->installEventFilter(this);
+    SingleClick::watch(ui->pushButton_ok);
+    SingleClick::watch(ui->pushButton_getValidataCode);
 }
 
-// A double click is one click: its second half would move the money, or ask for a code, once more.
 // Return in a field presses "确定", and a held key only once. The amount does not see it, since it
 // would put its last number in the place of a text that the user has taken away.
 bool Small_Money_InOut::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::MouseButtonDblClick && qobject_cast<QPushButton *>(watched))
-        return true;
-    if (event->type() == QEvent::KeyPress && !qobject_cast<QPushButton *>(watched)) {
+    if (event->type() == QEvent::KeyPress) {
         const auto *key = static_cast<QKeyEvent *>(event);
         if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
             if (!key->isAutoRepeat())

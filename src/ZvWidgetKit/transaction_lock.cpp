@@ -6,6 +6,7 @@
 #include "ZvNetworkKit/serverpaths.h"
 #include "ZvNetworkKit/zvserveractionresult.h"
 #include "ZvNetworkKit/zvservercache.h"
+#include "ZvWidgetKit/singleclick.h"
 #include "ZvWidgetKit/widgetbackground.h"
 
 #include <QHBoxLayout>
@@ -91,6 +92,7 @@ void Transaction_Lock::createConnections()
     connect(m_passwordEdit, &QLineEdit::returnPressed, this,
             &Transaction_Lock::slot_unlockButton_clicked);
     m_passwordEdit->installEventFilter(this);
+    SingleClick::watch(m_unlockButton);
 }
 
 // The repeats of a held Return would be an attempt each, and the server counts attempts.

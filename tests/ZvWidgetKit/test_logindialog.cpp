@@ -732,6 +732,35 @@ private slots:
         QCOMPARE(clicked.size(), presses);
     }
 
+    void doubleClickOnARequestIsOneClick_data()
+    {
+        QTest::addColumn<QString>("slot");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("sign in") << "changeToPage_login"
+                                 << "pushButton_login";
+        QTest::newRow("register") << "changeToPage_register"
+                                  << "pushButton_register";
+        QTest::newRow("code to register") << "changeToPage_register"
+                                          << "pushButton_register_getVerificationCode";
+        QTest::newRow("change") << "changeToPage_updatePasswd"
+                                << "pushButton_changePassword";
+        QTest::newRow("code to change") << "changeToPage_updatePasswd"
+                                        << "pushButton_changePassword_getVerificationCode";
+    }
+
+    void doubleClickOnARequestIsOneClick()
+    {
+        QFETCH(QString, slot);
+        QFETCH(QString, name);
+        changeTo(slot);
+        QPushButton *target = button(name);
+        QSignalSpy clicks(target, &QPushButton::clicked);
+        QTest::mouseClick(target, Qt::LeftButton);
+        QTest::mouseDClick(target, Qt::LeftButton);
+        QTest::mouseRelease(target, Qt::LeftButton);
+        QCOMPARE(clicks.count(), 1);
+    }
+
     void returnPressesNothingWithoutTheAgreement()
     {
         changeTo(QStringLiteral("changeToPage_register"));

@@ -401,6 +401,18 @@ private slots:
         }
     }
 
+    // Goods leave once, however the hand trembles.
+    void aDoubleClickSendsOnce()
+    {
+        fill();
+        auto *ok = named<QPushButton>("pushButton_ok");
+        zvtest::Record record;
+        QTest::mouseClick(ok, Qt::LeftButton);
+        QTest::mouseDClick(ok, Qt::LeftButton);
+        QTest::mouseRelease(ok, Qt::LeftButton);
+        QCOMPARE(record.take(), sendsAll);
+    }
+
     void theTabKeyWalksThroughTheFields()
     {
         QStringList names;

@@ -175,6 +175,16 @@ private slots:
         QCOMPARE(record.take(), signsIn);
     }
 
+    void aDoubleClickIsOneAttempt()
+    {
+        type("secret1");
+        zvtest::Record record;
+        QTest::mouseClick(m_bench->unlockButton(), Qt::LeftButton);
+        QTest::mouseDClick(m_bench->unlockButton(), Qt::LeftButton);
+        QTest::mouseRelease(m_bench->unlockButton(), Qt::LeftButton);
+        QCOMPARE(record.take(), signsIn);
+    }
+
     void theFieldRefusesBlanksAndMoreThanTwenty()
     {
         type("ab c 1 2 3");
