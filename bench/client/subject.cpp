@@ -1,6 +1,5 @@
 #include "subject.h"
 
-#include "BreltWidgetToolKit/breltdarkstyle.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvserverconfig.h"
 #include "ZvWidgetKit/logindialog.h"
@@ -10,6 +9,8 @@
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 #include "client/mainwindow.h"
 #include "client/plainnetwork.h"
+#include "client/programlook.h"
+#include "client/startscreen.h"
 #include "support/stopwatch.h"
 
 #include <QApplication>
@@ -234,15 +235,18 @@ int runBare(int argc, char **argv)
 
 int runClient(int argc, char **argv, Task task, const QUrl &exchange, int seconds)
 {
+    programlook::followScreen();
     QApplication application(argc, argv);
     plainnetwork::leaveDevicesAlone();
-    ZvServerConfig *config = ZvServerConfig::getZvServerConfigInstance();
-    config->setCurrentPlatform(ZvServerConfig::ChengHu);
-    BreltDarkStyle::install(application, QColor(config->getStyleOf_MarketTableSelectRow()));
+    programlook::dress(application);
+    ZvServerConfig::getZvServerConfigInstance()->setCurrentPlatform(ZvServerConfig::ChengHu);
+    programlook::followPlatform(application);
+    MainWindow::useExchange(exchange);
     MainWindow window;
     window.resize(windowSize);
-    window.show();
-    window.useExchange(exchange);
+    // As behind the splash, which is left out, the window opens when the market is there.
+    const StartScreen start;
+    QObject::connect(&start, &StartScreen::over, &window, &QWidget::show);
     const int code = carryOut(task, window, seconds);
     ZvServerAccessManager::getZvServerAccessManagerInstance()->stop();
     return code;

@@ -3,16 +3,14 @@
 #include "client/embeddedexchange.h"
 #include "client/mainwindow.h"
 #include "client/plainnetwork.h"
+#include "client/programlook.h"
 #include "client/startscreen.h"
 #include "client/windowplace.h"
 
-#include "BreltWidgetToolKit/breltdarkstyle.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvserverconfig.h"
 
 #include <QApplication>
-#include <QFontDatabase>
-#include <QIcon>
 #include <QTextStream>
 #include <QTimer>
 
@@ -50,42 +48,9 @@ bool readOptions(ClientOptions &options, int argc, char **argv)
     return options.parse(argumentsOf(argc, argv));
 }
 
-// The first family that draws Chinese, one with tabular digits where there is a choice.
-void chooseFont()
-{
-    const QFontDatabase fonts;
-    const QStringList preferred{QStringLiteral("Noto Sans CJK SC"),
-                                QStringLiteral("Source Han Sans SC"),
-                                QStringLiteral("Microsoft YaHei"), QStringLiteral("微软雅黑")};
-    const QStringList chinese = fonts.families(QFontDatabase::SimplifiedChinese);
-    QString family = chinese.value(0);
-    for (const QString &name : preferred) {
-        if (chinese.contains(name)) {
-            family = name;
-            break;
-        }
-    }
-    if (family.isEmpty()) {
-        complain(QStringLiteral(
-            "no font on this machine has Chinese characters; install fonts-noto-cjk"));
-        return;
-    }
-    QFont font(family);
-    font.setPixelSize(14);
-    QApplication::setFont(font);
-}
-
 QString exchangeProgram()
 {
     return QCoreApplication::applicationDirPath() + QStringLiteral("/zvexchange");
-}
-
-// The accent of the style is the platform's.
-void installStyle(QApplication &application)
-{
-    const ZvServerConfig *config = ZvServerConfig::getZvServerConfigInstance();
-    BreltDarkStyle::setPictures(QStringLiteral(":/icons/controls/"));
-    BreltDarkStyle::install(application, QColor(config->getStyleOf_MarketTableSelectRow()));
 }
 
 // False where the user would rather not choose one.
@@ -162,23 +127,18 @@ int main(int argc, char **argv)
         return exitUsage;
     }
 
-    // Text and lines follow the screen's own scale, 125 and 150 % included. Where there is no
-    // screen there is no scale either, though Qt works one out from the size in millimetres.
-    if (qgetenv("QT_QPA_PLATFORM") != "offscreen")
-        QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    QApplication::setHighDpiScaleFactorRoundingPolicy(
-        Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+    programlook::followScreen();
     // Qt would take --platform for its own.
     int onlyProgram = 1;
     QApplication application(onlyProgram, argv);
     plainnetwork::leaveDevicesAlone();
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/appicon.png")));
-    chooseFont();
-    installStyle(application);
+    if (!programlook::dress(application))
+        complain(QStringLiteral(
+            "no font on this machine has Chinese characters; install fonts-noto-cjk"));
+    programlook::followPlatform(application);
     if (!choosePlatform(options))
         return 0;
-    installStyle(application);
+    programlook::followPlatform(application);
 
     // Declared before the window, which follows it to its end.
     std::unique_ptr<EmbeddedExchange> embedded;
@@ -188,6 +148,9 @@ int main(int argc, char **argv)
         start = std::make_unique<StartScreen>();
         start->show();
     }
+    // The exchange has its answer ready by the time that there is a window to show it.
+    if (!options.exchange.isEmpty())
+        MainWindow::useExchange(options.exchange);
     MainWindow window;
     if (options.exchange.isEmpty()) {
         embedded = std::make_unique<EmbeddedExchange>(exchangeProgram(), options.stateFolder);
@@ -195,8 +158,6 @@ int main(int argc, char **argv)
         if (start)
             start->followExchange(embedded.get());
         embedded->start();
-    } else {
-        window.useExchange(options.exchange);
     }
     if (isPicture) {
         window.resize(pictureSize);

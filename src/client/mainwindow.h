@@ -25,8 +25,9 @@ class MainWindow : public QWidget
 public:
     explicit MainWindow(QWidget *parent = nullptr);
 
-    // Takes the market from the exchange at an address from now on.
-    void useExchange(const QUrl &address);
+    // Takes the market from the exchange at an address from now on, also before there is a window
+    // to show it.
+    static void useExchange(const QUrl &address);
 
     // Takes the market from the embedded service, wherever it answers, and tells in the strip why
     // it does not. The service has to be started by the caller and must not die before the window.

@@ -49,11 +49,8 @@ bool StartScreen::choosePlatform()
     return dialog.exec() == QDialog::Accepted;
 }
 
-StartScreen::StartScreen(QObject *parent)
-    : QObject(parent), m_splash(std::make_unique<ZvSplashScreen>(picture()))
+StartScreen::StartScreen(QObject *parent) : QObject(parent)
 {
-    m_splash->setMessageRect(messagePlace, Qt::AlignCenter);
-    m_splash->installEventFilter(this);
     m_patience.setSingleShot(true);
     connect(&m_patience, &QTimer::timeout, this, &StartScreen::end);
     connect(access(), &ZvServerAccessManager::signal_connection_changed, this,
@@ -68,6 +65,9 @@ StartScreen::~StartScreen() = default;
 
 void StartScreen::show()
 {
+    m_splash = std::make_unique<ZvSplashScreen>(picture());
+    m_splash->setMessageRect(messagePlace, Qt::AlignCenter);
+    m_splash->installEventFilter(this);
     m_splash->show();
     waitForConnection();
 }
@@ -91,7 +91,7 @@ void StartScreen::waitForRows()
 
 void StartScreen::wait(const QString &words, int milliseconds)
 {
-    if (m_isOver)
+    if (m_isOver || !m_splash)
         return;
     m_words = words;
     m_patience.start(milliseconds);
@@ -115,7 +115,8 @@ void StartScreen::end()
 
 void StartScreen::leaveTo(QWidget *window)
 {
-    m_splash->finish(window);
+    if (m_splash)
+        m_splash->finish(window);
 }
 
 // A splash goes away at a click, and nothing would be left to look at.

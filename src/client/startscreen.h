@@ -21,10 +21,11 @@ public:
     // leaves instead.
     static bool choosePlatform();
 
-    // The splash of the platform that was chosen, not shown yet.
+    // Waits for the rows from now on, without a splash until it is shown.
     explicit StartScreen(QObject *parent = nullptr);
     ~StartScreen() override;
 
+    // Shows the splash of the platform that was chosen, and waits only so long.
     void show();
 
     // Says that the embedded service is being started, until it is there.
@@ -50,7 +51,7 @@ private:
     void takeRows();
     void end();
 
-    std::unique_ptr<ZvSplashScreen> m_splash;
+    std::unique_ptr<ZvSplashScreen> m_splash; // null until it is shown
     QTimer m_patience;
     QString m_words;
     bool m_isOver = false;
