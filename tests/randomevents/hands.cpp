@@ -22,12 +22,13 @@ namespace randomevents {
 namespace {
 
 constexpr int notch = 120; // of a wheel
-constexpr int buttonColumns = 3; // at the end of a table, one of which may have a button
 
 QString nameOf(const QWidget *widget)
 {
     if (!widget)
         return QStringLiteral("nothing");
+    if (widget->objectName() == QLatin1String("qt_scrollarea_viewport"))
+        return nameOf(widget->parentWidget());
     QString name = QString::fromLatin1(widget->metaObject()->className());
     if (!widget->objectName().isEmpty())
         name += QLatin1Char(' ') + widget->objectName();
@@ -86,18 +87,19 @@ Hands::Place Hands::somewhere(QWidget *window)
 {
     const int where = m_chance.below(100);
     Place place;
-    if (where < 50)
+    if (where < 45)
         place = leastTouched(allOf<QAbstractButton>(window));
-    else if (where < 65)
+    else if (where < 68)
         place = cellOf(window);
-    else if (where < 75)
+    else if (where < 77)
         place = fieldOf(window);
     else if (where < 90)
         place = leastTouched(allOf<QWidget>(window));
     return place.widget ? place : Place{window, pointIn(window)};
 }
 
-// The middle of a cell, and often one of the last columns, where painted buttons are.
+// The middle of a cell, which may have to be scrolled into sight, and often of one without text,
+// where a painted button may be.
 Hands::Place Hands::cellOf(QWidget *window)
 {
     QList<QWidget *> views = allOf<QAbstractItemView>(window);
@@ -109,19 +111,28 @@ Hands::Place Hands::cellOf(QWidget *window)
     const Place chosen = leastTouched(views);
     if (!chosen.widget)
         return {};
-    const auto *view = static_cast<QAbstractItemView *>(chosen.widget.data());
+    auto *view = static_cast<QAbstractItemView *>(chosen.widget.data());
     const QAbstractItemModel *model = view->model();
     if (!model || model->rowCount() == 0 || model->columnCount() == 0)
         return {view->viewport(), pointIn(view->viewport())};
     const int row = m_chance.below(model->rowCount());
+    const auto isEmpty = [&](int column) {
+        const QModelIndex cell = model->index(row, column);
+        return cell.data().toString().isEmpty() && !view->visualRect(cell).isEmpty();
+    };
     int column = m_chance.below(model->columnCount());
-    if (m_chance.happens(40))
-        column = qMax(0, model->columnCount() - 1 - m_chance.below(buttonColumns));
+    if (m_chance.happens(60)) {
+        for (int i = 0; i < model->columnCount() && !isEmpty(column); ++i)
+            column = (column + 1) % model->columnCount();
+    }
     while (column > 0 && view->visualRect(model->index(row, column)).isEmpty())
         --column;
-    const QRect cell = view->visualRect(model->index(row, column));
-    const QRect seen = cell & view->viewport()->rect();
-    return {view->viewport(), seen.isEmpty() ? pointIn(view->viewport()) : seen.center()};
+    const auto seen = [view, cell = model->index(row, column)] {
+        return view->visualRect(cell) & view->viewport()->rect();
+    };
+    if (seen().isEmpty())
+        view->scrollTo(model->index(row, column));
+    return {view->viewport(), seen().isEmpty() ? pointIn(view->viewport()) : seen().center()};
 }
 
 Hands::Place Hands::fieldOf(QWidget *window)

@@ -160,6 +160,12 @@ void WindowLife::close()
     QEvent leave(QEvent::WindowDeactivate);
     for (QWidget *widget : m_window->findChildren<QWidget *>())
         QCoreApplication::sendEvent(widget, &leave);
+    // Qt leaks a date that is still being typed where its calendar ends.
+    for (QWidget *days :
+         m_window->findChildren<QWidget *>(QStringLiteral("qt_calendar_calendarview"))) {
+        QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+        QCoreApplication::sendEvent(days, &escape);
+    }
     hearAnswers();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     check(m_soundness.faultAtRest());
