@@ -1,11 +1,8 @@
-#include "client/mainwindow.h"
-
+#include "shownwindows.h"
 #include "support/calltrace.h"
 #include "support/testregistry.h"
+#include "windowbench.h"
 
-#include "ZvNetworkKit/zvscriptedtransport.h"
-#include "ZvNetworkKit/zvserveraccessmanager.h"
-#include "ZvNetworkKit/zvserverengine.h"
 #include "ZvWidgetKit/logindialog.h"
 #include "ZvWidgetKit/market_widget.h"
 #include "ZvWidgetKit/statusbar.h"
@@ -13,25 +10,16 @@
 #include "ZvWidgetKit/transaction_widget.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
+#include <QButtonGroup>
 #include <QDoubleSpinBox>
 #include <QPushButton>
 #include <QShortcut>
 #include <QStackedWidget>
 #include <QtTest/QtTest>
 
-namespace {
+#include <algorithm>
 
-ZvServerAccessManager *access()
-{
-    return ZvServerAccessManager::getZvServerAccessManagerInstance();
-}
-
-ZvServerEngine *engine()
-{
-    return ZvServerEngine::getZvServerEngineInstance();
-}
-
-} // namespace
+using zvtest::WindowBench;
 
 // Keys for the buttons that the Tab key does not reach.
 class ButtonKeysTest : public QObject
@@ -39,7 +27,8 @@ class ButtonKeysTest : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<MainWindow> m_window;
+    std::unique_ptr<WindowBench> m_bench;
+    MainWindow *m_window = nullptr;
 
     QWidget *trading() const { return m_window->findChild<Transaction_Widget *>(); }
     QPushButton *column(const char *name) const
@@ -63,44 +52,27 @@ private:
         }
         return all ? QString::fromLatin1(all->metaObject()->className()) : QString();
     }
-    void signIn() const
-    {
-        engine()->isLogged = true;
-        ZvWidgetSignalSLotPool::getSignalSlotPoolInstance()->slot_login_succeed();
-    }
     void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const
     {
         QTest::keyClick(m_window->windowHandle(), Qt::Key(key), modifiers);
     }
-    LoginDialog *dialog() const
+    // Of a row of choices the chosen one is, and the arrow keys go on from there.
+    static bool isReachedByTab(const QAbstractButton *button)
     {
-        for (auto *found : m_window->findChildren<LoginDialog *>()) {
-            if (found->isVisible())
-                return found;
-        }
-        return nullptr;
+        const QButtonGroup *row = button->group();
+        const QAbstractButton *stop = row && row->exclusive() ? row->checkedButton() : nullptr;
+        return (stop ? stop : button)->focusPolicy() & Qt::TabFocus;
     }
+    LoginDialog *dialog() const { return zvtest::shownWindow<LoginDialog>(); }
 
 private slots:
     void init()
     {
-        access()->setTransport(std::make_unique<ZvScriptedTransport>());
-        static int windows = 0;
-        access()->setUrlPrefix(QStringLiteral("/keys/%1/").arg(++windows));
-        m_window = std::make_unique<MainWindow>();
-        m_window->resize(1366, 768);
-        m_window->show();
-        m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        m_bench = std::make_unique<WindowBench>(QSize(1366, 768));
+        m_window = m_bench->window.get();
+        m_bench->show();
     }
-
-    void cleanup()
-    {
-        m_window.reset();
-        engine()->startUnloggedEngine();
-        access()->stop();
-        access()->setTransport(nullptr);
-    }
+    void cleanup() { m_bench.reset(); }
 
     void everyKeyIsTakenOnceAndNamed()
     {
@@ -116,6 +88,47 @@ private slots:
             QVERIFY2(!tips.filter(QStringLiteral("(%1)").arg(key)).isEmpty(), qPrintable(key));
     }
 
+    // Every button that is on the screen can be had without the mouse.
+    void whatTheTabKeyPassesByHasAKey_data()
+    {
+        QTest::addColumn<int>("page"); // the digit of its key
+        QTest::newRow("table") << int(Qt::Key_1);
+        QTest::newRow("time line") << int(Qt::Key_2);
+        QTest::newRow("K line") << int(Qt::Key_3);
+        QTest::newRow("deals") << 0;
+    }
+    void whatTheTabKeyPassesByHasAKey()
+    {
+        QFETCH(int, page);
+        WindowBench::fill();
+        WindowBench::signIn();
+        press(page == 0 ? int(Qt::Key_2) : page, Qt::ControlModifier);
+        if (page == 0)
+            ZvWidgetSignalSLotPool::getSignalSlotPoolInstance()->slot_marketDeatil_clicked();
+        press(Qt::Key_F4);
+        QStringList keyed;
+        for (const QShortcut *shortcut : m_window->findChildren<QShortcut *>())
+            keyed << QStringLiteral("(%1)").arg(shortcut->key().toString());
+        const auto hasKey = [&](const QWidget *button) {
+            const QString tip = button->toolTip();
+            return std::any_of(keyed.cbegin(), keyed.cend(),
+                               [&](const QString &each) { return tip.endsWith(each); });
+        };
+        int count = 0;
+        QStringList missing;
+        for (const QAbstractButton *button : m_window->findChildren<QAbstractButton *>()) {
+            if (!button->isVisible() || isReachedByTab(button))
+                continue;
+            ++count;
+            if (!hasKey(button))
+                missing << QStringLiteral("%1 %2 %3")
+                               .arg(QLatin1String(button->metaObject()->className()),
+                                    button->objectName(), button->text());
+        }
+        QVERIFY(count > 20);
+        QVERIFY2(missing.isEmpty(), qPrintable(missing.join('\n')));
+    }
+
     void theWayIn()
     {
         press(Qt::Key_L, Qt::ControlModifier);
@@ -123,10 +136,10 @@ private slots:
         dialog()->close();
         QTRY_VERIFY(!dialog());
         // It opens from within a field as well, and for somebody who is signed in.
-        signIn();
+        WindowBench::signIn();
         auto *price = trading()->findChild<QDoubleSpinBox *>("doubleSpinBox_buysellPrice");
         m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QVERIFY(QTest::qWaitForWindowActive(m_window));
         price->setFocus();
         press(Qt::Key_L, Qt::ControlModifier);
         QTRY_VERIFY(dialog());
@@ -153,7 +166,7 @@ private slots:
         QVERIFY(trading()->isVisible());
         press(Qt::Key_L, Qt::ControlModifier | Qt::ShiftModifier);
         QCOMPARE(pages->currentIndex(), 0);
-        signIn();
+        WindowBench::signIn();
         press(Qt::Key_T, Qt::ControlModifier);
         QVERIFY(!trading()->isVisible());
         QVERIFY(buttonOf(m_window->findChild<StatusBar *>(), QStringLiteral("显示交易")));
@@ -190,7 +203,7 @@ private slots:
         zvtest::CallTrace trace;
         press(Qt::Key_8, Qt::ControlModifier);
         QVERIFY(trace.take().filter(call).isEmpty());
-        signIn();
+        WindowBench::signIn();
         trace.take();
         press(Qt::Key_8, Qt::ControlModifier);
         QVERIFY(!trace.take().filter(call).isEmpty());
@@ -247,7 +260,7 @@ private slots:
 
     void aLockedColumnIsOutOfReach()
     {
-        signIn();
+        WindowBench::signIn();
         press(Qt::Key_L, Qt::ControlModifier | Qt::ShiftModifier);
         press(Qt::Key_F3);
         QCOMPARE(page(), QStringLiteral("DealWidget_BuySell"));

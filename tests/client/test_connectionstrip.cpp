@@ -138,6 +138,67 @@ private slots:
         checks()->end(key);
     }
 
+    void saysHowOldTheFiguresAre_data()
+    {
+        QTest::addColumn<int>("seconds");
+        QTest::addColumn<QString>("age");
+        QTest::newRow("at once") << 0 << QStringLiteral("0 秒");
+        QTest::newRow("seconds") << 59 << QStringLiteral("59 秒");
+        QTest::newRow("a minute") << 60 << QStringLiteral("1 分 0 秒");
+        QTest::newRow("minutes") << 3599 << QStringLiteral("59 分 59 秒");
+        QTest::newRow("an hour") << 3600 << QStringLiteral("1 小时 0 分");
+        QTest::newRow("a day") << 26 * 3600 + 61 << QStringLiteral("26 小时 1 分");
+    }
+    void saysHowOldTheFiguresAre()
+    {
+        QFETCH(int, seconds);
+        QFETCH(QString, age);
+        exchange()->fail(zvPath_sync, ZvAnswer::Failed);
+        m_bench->settle();
+        m_bench->clock.advance(qint64(seconds) * 1000);
+        m_bench->settle();
+        m_strip->refresh();
+        QCOMPARE(m_strip->text(),
+                 QStringLiteral("连接已断开  ·  行情停在 %1前  ·  正在重新连接").arg(age));
+        QCOMPARE(words()->toolTip(), m_strip->text());
+    }
+
+    void countsWhileThereIsNoConnectionAndRestsOtherwise()
+    {
+        auto *second = m_strip->findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly);
+        QVERIFY(second && !second->isActive());
+        exchange()->fail(zvPath_sync, ZvAnswer::Failed);
+        m_bench->settle();
+        QVERIFY(second->isActive() && !second->isSingleShot());
+        QCOMPARE(second->interval(), 1000);
+        m_bench->clock.advance(5000);
+        QVERIFY(QMetaObject::invokeMethod(second, "timeout"));
+        QVERIFY2(m_strip->text().contains(QStringLiteral("行情停在 5 秒前")),
+                 qPrintable(m_strip->text()));
+        m_bench->settle();
+        while (exchange()->openCount(zvPath_sync) == 0) {
+            m_bench->clock.advance(100);
+            m_bench->settle();
+        }
+        m_bench->answerPoll("");
+        QCOMPARE(m_strip->text(), QStringLiteral("已连接  ·  行情实时更新"));
+        QVERIFY(!second->isActive());
+        QVERIFY(words()->toolTip().isEmpty());
+    }
+
+    void saysOfTheServiceWhyItIsAway()
+    {
+        const QString notice = QStringLiteral("交易所服务已停止");
+        m_strip->setServiceNotice(notice);
+        QVERIFY(!m_strip->text().contains(notice)); // the exchange answers all the same
+        exchange()->fail(zvPath_sync, ZvAnswer::Failed);
+        m_bench->settle();
+        QVERIFY2(m_strip->text().endsWith(QStringLiteral("正在重新连接  ·  ") + notice),
+                 qPrintable(m_strip->text()));
+        m_strip->setServiceNotice(QString());
+        QVERIFY(m_strip->text().endsWith(QStringLiteral("正在重新连接")));
+    }
+
     void outcomesThatNoPageTellsAreNotices_data()
     {
         QTest::addColumn<int>("matter");

@@ -33,6 +33,8 @@
 #include <QTableView>
 #include <QtTest/QtTest>
 
+using zvtest::WindowBench;
+
 namespace {
 
 ZvServerCache *cache()
@@ -63,7 +65,7 @@ class MainWindowTest : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<zvtest::WindowBench> m_bench;
+    std::unique_ptr<WindowBench> m_bench;
     MainWindow *m_window = nullptr;
 
     QTableView *table() const
@@ -163,7 +165,7 @@ private:
     void begin()
     {
         m_bench.reset();
-        m_bench = std::make_unique<zvtest::WindowBench>(QSize(1000, 700));
+        m_bench = std::make_unique<WindowBench>(QSize(1000, 700));
         m_window = m_bench->window.get();
     }
 
@@ -171,7 +173,7 @@ private:
     void open()
     {
         m_bench->show();
-        zvtest::WindowBench::fill();
+        WindowBench::fill();
     }
 
 private slots:
@@ -180,7 +182,7 @@ private slots:
 
     void showTellsTheEngineAndFetchesWhatIsThere()
     {
-        cache()->storeMarketList(zvtest::WindowBench::rows());
+        cache()->storeMarketList(WindowBench::rows());
         zvtest::CallTrace trace;
         m_window->show();
         QVERIFY(trace.take().contains("ZvServerEngine::changedToMarketList()"));
@@ -196,12 +198,12 @@ private slots:
         QVERIFY(!m_window->hasMarket());
         cache()->storeMarketList(QList<ZvUBObject>{});
         QVERIFY(!m_window->hasMarket());
-        cache()->storeMarketList(zvtest::WindowBench::rows());
+        cache()->storeMarketList(WindowBench::rows());
         QCOMPARE(shown.count(), 1);
         QVERIFY(m_window->hasMarket());
         // An empty list of favourites is no loss of the market.
         cache()->storeMarketList(QList<ZvUBObject>{});
-        cache()->storeMarketList(zvtest::WindowBench::rows());
+        cache()->storeMarketList(WindowBench::rows());
         QVERIFY(m_window->hasMarket());
         QCOMPARE(shown.count(), 1);
     }
@@ -329,12 +331,12 @@ private slots:
             return found;
         };
         QCOMPARE(shown(), QStringList());
-        zvtest::WindowBench::signIn();
+        WindowBench::signIn();
         QCOMPARE(shown(), names);
         engine()->isLogged = false;
         pool()->slot_loggedOtherPlace();
         QCOMPARE(shown(), QStringList());
-        zvtest::WindowBench::signIn();
+        WindowBench::signIn();
         // And with a sign-out by hand.
         m_window->findChild<AccountButton *>()->findChild<QMenu *>()->actions().last()->trigger();
         QCOMPARE(shown(), QStringList());
@@ -364,7 +366,7 @@ private slots:
         m_window->show();
         const auto *button = m_window->connectionStrip()->findChild<AccountButton *>();
         QVERIFY(button->isHidden());
-        zvtest::WindowBench::signIn();
+        WindowBench::signIn();
         QVERIFY(button->isVisible());
         const QRect strip = m_window->connectionStrip()->rect();
         const QRect place(button->mapTo(m_window->connectionStrip(), QPoint()), button->size());
@@ -376,7 +378,7 @@ private slots:
     {
         m_window->resize(1366, 768);
         open();
-        zvtest::WindowBench::signIn();
+        WindowBench::signIn();
         // Everything that the keys reach, once around, by the part in which it lies.
         const QList<QWidget *> parts{titleBar(), m_window->findChild<Market_Widget *>(),
                                      transactions(), m_window->connectionStrip(), statusBar()};
@@ -401,7 +403,7 @@ private slots:
     {
         m_window->resize(1366, 768);
         open();
-        zvtest::WindowBench::signIn();
+        WindowBench::signIn();
         for (const QWidget *part :
              QList<QWidget *>{titleBar(), statusBar(), m_window->connectionStrip()}) {
             for (const QPushButton *button : part->findChildren<QPushButton *>()) {
@@ -531,7 +533,7 @@ private slots:
     {
         m_window->resize(1366, 768);
         open();
-        zvtest::WindowBench::signIn();
+        WindowBench::signIn();
         const int market = m_window->findChild<Market_Widget *>()->height();
         auto *price = ticketField();
         price->setFocus();
@@ -549,10 +551,10 @@ private slots:
     void aNewSignInLeavesTheTradingHalfHidden()
     {
         open();
-        zvtest::WindowBench::signIn();
+        WindowBench::signIn();
         click(statusBar(), QStringLiteral("隐藏交易"));
         QVERIFY(!transactions()->isVisible());
-        zvtest::WindowBench::signIn();
+        WindowBench::signIn();
         QVERIFY(!transactions()->isVisible());
         click(statusBar(), QStringLiteral("隐藏交易"));
         QVERIFY(!transactions()->isVisible());
@@ -563,7 +565,7 @@ private slots:
     void theTradingHalfIsLockedFromTheStatusBar()
     {
         open();
-        zvtest::WindowBench::signIn();
+        WindowBench::signIn();
         auto *pages
             = transactions()->findChild<QStackedWidget *>(QString(), Qt::FindDirectChildrenOnly);
         QCOMPARE(pages->currentIndex(), 0);
@@ -584,7 +586,7 @@ private slots:
         QTRY_COMPARE(m_window->findChildren<LoginDialog *>().size(), 1);
         dialog()->close();
         // Signed in, the title bar still offers another sign-in.
-        zvtest::WindowBench::signIn();
+        WindowBench::signIn();
         QVERIFY(!buttonOf(statusBar(), QStringLiteral("登录"))->isVisible());
         click(titleBar(), QStringLiteral("重新登录"));
         QVERIFY(dialog());
@@ -646,7 +648,7 @@ private slots:
         };
         m_window->resize(m_window->minimumSizeHint());
         open();
-        zvtest::WindowBench::signIn();
+        WindowBench::signIn();
         QVERIFY(isSeen());
         press(Qt::Key_F5);
         QVERIFY(isSeen());
@@ -684,7 +686,7 @@ private slots:
     void theEndOfTheSessionIsToldOnce()
     {
         open();
-        zvtest::WindowBench::signIn();
+        WindowBench::signIn();
         QSignalSpy left(pool(), &ZvWidgetSignalSLotPool::signal_loggedOtherPlace);
         int boxes = 0;
         QStringList before;

@@ -17,6 +17,8 @@
 #include <QTableView>
 #include <QtTest/QtTest>
 
+using zvtest::WindowBench;
+
 // Digits and letters find a collection wherever nothing is typed, and belong to a field that has
 // the focus: in the window with all the fields that a user meets there.
 class SpriteFocusTest : public QObject
@@ -24,7 +26,7 @@ class SpriteFocusTest : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<zvtest::WindowBench> m_bench;
+    std::unique_ptr<WindowBench> m_bench;
     MainWindow *m_window = nullptr;
 
     Transaction_Widget *trading() const { return m_window->findChild<Transaction_Widget *>(); }
@@ -59,7 +61,7 @@ private:
 private slots:
     void init()
     {
-        m_bench = std::make_unique<zvtest::WindowBench>(QSize(1366, 800));
+        m_bench = std::make_unique<WindowBench>(QSize(1366, 800));
         m_window = m_bench->window.get();
         m_bench->show();
         ZvUBBriefItem::Data item;
