@@ -20,6 +20,8 @@ WindowFrame::WindowFrame(QWidget *window, QWidget *titleBar)
     fitMargins();
     window->installEventFilter(this);
     titleBar->installEventFilter(this);
+    connect(qApp, &QGuiApplication::focusWindowChanged, this,
+            [this](const QWindow *focus) { m_hasKeys = focus != nullptr; });
 }
 
 bool WindowFrame::isMaximized() const
@@ -74,8 +76,8 @@ bool WindowFrame::eventFilter(QObject *watched, QEvent *event)
         break;
     case QEvent::WindowUnblocked:
         // The dialog that goes may have the keys, and without a window manager nobody gives them
-        // back.
-        if (QGuiApplication::focusWindow())
+        // back. A box over the dialog may have had them, and be gone already.
+        if (m_hasKeys)
             QMetaObject::invokeMethod(this, &WindowFrame::takeKeys, Qt::QueuedConnection);
         break;
     default:

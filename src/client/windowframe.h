@@ -57,6 +57,7 @@ private:
     QList<WindowEdge *> m_edges;
     QRect m_normal; // where the window comes back to
     bool m_isOwn = false; // the change of state that is under way
+    bool m_hasKeys = false; // some window of the program, rather than another program
     Drag m_drag = Drag::None;
     QPoint m_press; // on the screen
     QPoint m_grip; // the same, from the window's top left corner

@@ -321,6 +321,26 @@ private slots:
         QTRY_VERIFY(m_window->isActiveWindow());
     }
 
+    // The box that tells of a success ends, and the dialog below it with it.
+    void theKeysComeBackFromADialogUnderABox()
+    {
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QDialog dialog;
+        dialog.setModal(true);
+        dialog.show();
+        dialog.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        auto box = std::make_unique<QDialog>();
+        box->setModal(true);
+        box->show();
+        box->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(box.get()));
+        box.reset();
+        dialog.accept();
+        QTRY_VERIFY(m_window->isActiveWindow());
+    }
+
     void aWindowThatIsHiddenInADragIsNotDraggedOn()
     {
         const QPoint from = global(m_title, QPoint(9, 9));
