@@ -25,12 +25,17 @@ public:
     // Escape closes the dialog as its window's own button does, so that signal_closed() follows.
     void reject() override;
 
+    void setVisible(bool isVisible) override;
+
 signals:
     void signal_closed();
 
 protected:
+    bool event(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
 
 private:
     std::unique_ptr<Ui::EstablishAccountDialog> ui;
+    bool m_wasShown = false;
+    bool m_isPolishDue = false;
 };

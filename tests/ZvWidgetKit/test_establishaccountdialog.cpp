@@ -4,6 +4,7 @@
 #include "support/testregistry.h"
 
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QtTest/QtTest>
 
 class EstablishAccountDialogTest : public QObject
@@ -94,6 +95,27 @@ private slots:
         dialog.show();
         dialog.setHidden(true);
         QCOMPARE(closed.count(), 0);
+    }
+
+    // The window around it is polished long before, with all of its parts.
+    void theBackgroundIsUnpackedWhenItIsFirstSeen()
+    {
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(QStringLiteral("ground.png"));
+        QWidget window;
+        auto *dialog = new EstablishAccountDialog(&window);
+        dialog->hide();
+        dialog->setStyleSheet(
+            QStringLiteral("QDialog#EstablishAccountDialog{border-image: url(%1);}").arg(file));
+        window.ensurePolished();
+        QPixmap ground(780, 660);
+        ground.fill(Qt::darkGreen);
+        QVERIFY(ground.save(file));
+        for (int time = 0; time < 2; ++time) {
+            dialog->show();
+            QCOMPARE(dialog->grab().toImage().pixelColor(20, 20), QColor(Qt::darkGreen));
+            dialog->hide();
+        }
     }
 
 private:
