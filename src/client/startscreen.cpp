@@ -115,8 +115,11 @@ void StartScreen::end()
 
 void StartScreen::leaveTo(QWidget *window)
 {
-    if (m_splash)
-        m_splash->finish(window);
+    if (!m_splash)
+        return;
+    m_splash->finish(window);
+    // Its picture is no small one. Later, since this may be the end of one of its own events.
+    m_splash.release()->deleteLater();
 }
 
 // A splash goes away at a click, and nothing would be left to look at.

@@ -14,6 +14,7 @@
 #include "ZvWidgetKit/zvplatformselectdialog.h"
 #include "ZvWidgetKit/zvsplashscreen.h"
 
+#include <QPointer>
 #include <QPushButton>
 #include <QtTest/QtTest>
 
@@ -203,7 +204,7 @@ private slots:
     {
         QFETCH(bool, isKey);
         open();
-        auto *splash = zvtest::shownWindow<ZvSplashScreen>();
+        const QPointer<ZvSplashScreen> splash = zvtest::shownWindow<ZvSplashScreen>();
         if (isKey)
             QTest::keyClick(splash, Qt::Key_Escape);
         else
@@ -215,6 +216,7 @@ private slots:
         window.show();
         m_start->leaveTo(&window);
         QVERIFY(!splash->isVisible());
+        QTRY_VERIFY(!splash);
         QVERIFY(window.isVisible());
     }
 };
