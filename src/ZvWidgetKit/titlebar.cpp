@@ -75,12 +75,14 @@ void TitleBar::applyStyle()
     const ZvServerConfig *config = ZvServerConfig::getZvServerConfigInstance();
     setFixedHeight(BarHeight);
     // The focus stays where the keys are used.
-    const QString buttonStyle = config->getStyleOf_TitleBarButtonStyle();
-    for (QPushButton *button : {m_loginButton, m_minimizeButton, m_normalButton, m_exitButton}) {
+    const std::initializer_list<QPushButton *> buttons{m_loginButton, m_minimizeButton,
+                                                       m_normalButton, m_exitButton};
+    for (QPushButton *button : buttons)
         button->setFocusPolicy(Qt::NoFocus);
-        button->setStyleSheet(buttonStyle);
-    }
     m_titleLabel->setStyleSheet(config->getStyleOf_TitleBarLabel());
+    const QString buttonStyle = config->getStyleOf_TitleBarButtonStyle();
+    for (QPushButton *button : buttons)
+        button->setStyleSheet(buttonStyle);
     setStyleSheet(QStringLiteral("font-style: normal;font-size: 13pt;font-weight: bold;"));
     QColor background;
     background.setNamedColor(config->getStyleOf_TitleBarPaletteColor());

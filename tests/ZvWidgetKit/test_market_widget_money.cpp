@@ -312,6 +312,40 @@ private slots:
         QVERIFY(opening()->isHidden());
     }
 
+    // Closed below money in and out it still runs, and no dialog runs twice.
+    void aCardThatIsMissingAgainBringsThePictureOnceMore()
+    {
+        bool isBack = false;
+        QVERIFY(withDialog<EstablishAccountDialog>([] { cardIsMissing("one"); },
+                                                   [&](EstablishAccountDialog *dialog) {
+                                                       QVERIFY(withDialog<Small_Money_InOut>(
+                                                           [] { cardIsBound(); },
+                                                           [&](Small_Money_InOut *inOut) {
+                                                               QVERIFY(dialog->isHidden());
+                                                               zvtest::Record record;
+                                                               cardIsMissing("two");
+                                                               QCOMPARE(record.take(), wasHidden);
+                                                               isBack = dialog->isVisible();
+                                                               QVERIFY(timer()->isActive());
+                                                               inOut->close();
+                                                           }));
+                                                       // It stays, though the one that ran it is
+                                                       // about to end.
+                                                       QVERIFY(isBack && dialog->isVisible());
+                                                       dialog->close();
+                                                   }));
+        QVERIFY(isBack);
+        QVERIFY(!timer()->isActive());
+        // The next one runs as the first one did.
+        QVERIFY(withDialog<EstablishAccountDialog>([] { cardIsMissing("three"); },
+                                                   [](EstablishAccountDialog *dialog) {
+                                                       QVERIFY(dialog->isModal());
+                                                       dialog->close();
+                                                   }));
+        QVERIFY(opening()->isHidden());
+        QVERIFY(!opening()->isModal());
+    }
+
     void eachWayOfClosingStopsTheTimer_data()
     {
         QTest::addColumn<bool>("byEscape");

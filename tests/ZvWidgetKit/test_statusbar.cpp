@@ -12,6 +12,7 @@
 #include <QScrollBar>
 #include <QtTest/QtTest>
 
+#include <ctime>
 #include <limits>
 
 namespace {
@@ -216,6 +217,9 @@ private slots:
                                   << "00:00:00";
         QTest::newRow("leap day") << 1582930496 << "结算日: 2020-02-29"
                                   << "06:54:56";
+        // The seconds have no sign, and what has one is far ahead.
+        QTest::newRow("negative") << -1 << "结算日: 2106-02-07"
+                                  << "14:28:15";
         QTest::newRow("last") << std::numeric_limits<int>::max() << "结算日: 2038-01-19"
                               << "11:14:07";
     }
@@ -227,6 +231,20 @@ private slots:
         cache()->storeGlobalTime(seconds);
         QCOMPARE(m_bench->settlement()->text(), day);
         QCOMPARE(m_bench->clock()->text(), time);
+    }
+
+    void theClockIsOfThePlaceOfTheMachine()
+    {
+        const auto moveTo = [](const QByteArray &zone) {
+            qputenv("TZ", zone);
+            tzset();
+        };
+        const QByteArray here = qgetenv("TZ");
+        const auto goHome = qScopeGuard([&] { moveTo(here); });
+        moveTo("EST5");
+        cache()->storeGlobalTime(1577840400);
+        QCOMPARE(m_bench->settlement()->text(), QStringLiteral("结算日: 2019-12-31"));
+        QCOMPARE(m_bench->clock()->text(), QStringLiteral("20:00:00"));
     }
 
     void theClockMovesWithTheCacheAlone()

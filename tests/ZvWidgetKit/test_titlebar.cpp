@@ -115,6 +115,9 @@ private slots:
         QVERIFY(bar()->autoFillBackground());
         for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled})
             QCOMPARE(bar()->palette().brush(group, QPalette::Window), QBrush(colour));
+        // The rest of the palette is what it was.
+        for (const auto role : {QPalette::WindowText, QPalette::Base, QPalette::Highlight})
+            QCOMPARE(bar()->palette().color(role), QApplication::palette().color(role));
         QCOMPARE(bar()->grab().toImage().pixelColor(100, 5), colour);
     }
 

@@ -118,6 +118,42 @@ private slots:
             QVERIFY(qAbs(left - right) < 4 && qAbs(top - bottom) < 8);
     }
 
+    void aSecondPlaceHoldsFromTheNextPaintingOn()
+    {
+        ZvSplashScreen splash(ground());
+        splash.setMessageRect(place, Qt::AlignLeft | Qt::AlignTop);
+        splash.showStatusMessage(QStringLiteral("田田"), Qt::white);
+        const QRect other(10, 10, 120, 40);
+        splash.setMessageRect(other, Qt::AlignRight | Qt::AlignBottom);
+        const QRect ink = inkOf(look(splash));
+        QVERIFY(other.contains(ink));
+        QVERIFY(other.right() - ink.right() < 6);
+        // The null rectangle is none again.
+        splash.setMessageRect(QRect(), Qt::AlignCenter);
+        QVERIFY(inkOf(look(splash)).isNull());
+    }
+
+    // A pen has no colour that is none: it draws black then.
+    void aMessageWithoutAColourIsBlack()
+    {
+        QPixmap white(size);
+        white.fill(Qt::white);
+        ZvSplashScreen splash(white);
+        splash.setMessageRect(place, Qt::AlignCenter);
+        splash.showStatusMessage(QStringLiteral("田田"), Qt::red);
+        splash.showStatusMessage(QStringLiteral("田田"), QColor());
+        const QImage image = look(splash);
+        int black = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const QColor pixel = image.pixelColor(x, y);
+                QCOMPARE(pixel.hslSaturation(), 0);
+                black += pixel == Qt::black;
+            }
+        }
+        QVERIFY(black > 10);
+    }
+
     void theMessageHasItsColour()
     {
         ZvSplashScreen splash(ground());
