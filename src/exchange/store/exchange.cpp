@@ -96,6 +96,10 @@ Exchange::Exchange(ExchangeOptions options) : m_options(std::move(options))
     };
     const fs::path file = m_options.folder / kCatalogueFile;
     if (!fs::exists(file)) {
+        // One that cannot be read must not stay behind as the folder's own.
+        if (m_options.firstCatalogue)
+            Catalogue::parse(*m_options.firstCatalogue, "the catalogue for a new state folder",
+                             m_options.initials);
         writeWhole(file,
                    m_options.firstCatalogue ? std::string_view(*m_options.firstCatalogue)
                                             : Catalogue::embeddedText());

@@ -229,6 +229,17 @@ TEST(Exchange, OpensTheCatalogueThatItBringsAlong)
         EXPECT_GE(market->snapshot()->infos.data->size(), 180u);
 }
 
+// The operator mends the file that was given, and starts again.
+TEST(Exchange, ABadFirstCatalogueIsNotLeftBehind)
+{
+    const TempFolder folder;
+    ExchangeOptions options = smallExchange(folder);
+    options.firstCatalogue = "{\"format\": 1}";
+    EXPECT_THROW(Exchange exchange(options), CatalogueError);
+    EXPECT_FALSE(std::filesystem::exists(folder / "state/catalogue.json"));
+    EXPECT_EQ(Exchange(smallExchange(folder)).platforms().size(), 2u);
+}
+
 TEST(Exchange, AFolderThatCannotBeMadeIsNamed)
 {
     const TempFolder folder;
