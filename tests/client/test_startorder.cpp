@@ -1,5 +1,6 @@
 #include "client/mainwindow.h"
 
+#include "shownwindows.h"
 #include "support/calltrace.h"
 #include "support/testregistry.h"
 
@@ -14,6 +15,8 @@
 #include "ZvWidgetKit/titlebar.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
+#include <QLineEdit>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QtTest/QtTest>
 
@@ -73,6 +76,68 @@ private slots:
         QVERIFY2(shown.contains(QStringLiteral("ZvServerEngine::changedToMarketList()")),
                  qPrintable(shown.join('\n')));
         QVERIFY(!window.findChild<LoginDialog *>());
+    }
+
+    // The tree of widgets says who ends with whom.
+    void eachPartEndsWithItsOwner()
+    {
+        KitBench kit;
+        const MainWindow window;
+        QHash<QString, QList<const QWidget *>> parts; // by their class
+        for (const QWidget *each : window.findChildren<QWidget *>())
+            parts[QString::fromLatin1(each->metaObject()->className())] << each;
+        const auto endsWith = [&parts](const QString &name, const QString &owner) {
+            if (parts.value(name).size() != 1 || parts.value(owner).size() != 1)
+                return false;
+            const QWidget *part = parts.value(name).first();
+            const QWidget *whole = parts.value(owner).first();
+            // One that is a window lies in no other.
+            return whole->isAncestorOf(part) || part->parentWidget() == whole;
+        };
+        const std::pair<const char *, QStringList> owners[] = {
+            {"Market_Widget",
+             {"Market_TableWidget", "Market_KTimeWidget", "Market_DetailWidget",
+              "EstablishAccountDialog"}},
+            {"Market_TableWidget", {"Collection_TableView", "ZvGuideTabPage"}},
+            {"Market_KTimeWidget", {"Collection_DetailWidget", "Zv_CollectionCharts"}},
+            {"Transaction_Widget", {"Transaction_Deal", "Transaction_Lock"}},
+            {"Transaction_Deal", {"DealWidget_AllWidgets"}},
+        };
+        for (const auto &[owner, names] : owners) {
+            for (const QString &name : names)
+                QVERIFY2(endsWith(name, QLatin1String(owner)), qPrintable(name));
+        }
+        for (const char *page : tradingPages)
+            QVERIFY2(endsWith(QLatin1String(page), QStringLiteral("DealWidget_AllWidgets")), page);
+    }
+
+    void theTradingPagesAskAfterTheSignIn()
+    {
+        KitBench kit;
+        MainWindow window;
+        window.resize(1366, 768);
+        window.show();
+        kit.startOn(QStringLiteral("/ch/first/"));
+        ZvWidgetSignalSLotPool::getSignalSlotPoolInstance()->slot_statusLogin_clicked();
+        const QPointer<LoginDialog> dialog = zvtest::shownWindow<LoginDialog>();
+        QVERIFY(dialog);
+        zvtest::CallTrace trace;
+        QTest::keyClicks(dialog->findChild<QLineEdit *>("lineEdit_login_phoneNumber"),
+                         "13900000001");
+        QTest::keyClicks(dialog->findChild<QLineEdit *>("lineEdit_login_password"), "secret1");
+        QTest::mouseClick(dialog->findChild<QPushButton *>("pushButton_login"), Qt::LeftButton);
+        QCOMPARE(ofAccounts(trace.take()).size(), 1); // the sign-in itself
+        kit.exchange->answer(zvPath_login, ZvScriptedTransport::ok(KitBench::signedIn("token-a")));
+        kit.settle();
+        const QStringList calls = ofAccounts(trace.take());
+        const QString all = calls.join('\n');
+        QVERIFY2(calls.count(QStringLiteral("ZvServerEngine::startLoggedEngine()")) == 1,
+                 qPrintable(all));
+        // Each page that asks does so once.
+        QVERIFY2(calls.filter(QStringLiteral("RevokeList")).size() == 1, qPrintable(all));
+        QVERIFY2(calls.filter(QStringLiteral("Select_")).size() == 6, qPrintable(all));
+        QTRY_VERIFY(!dialog);
+        kit.endActions();
     }
 
     void theMarketRunsUnsigned()

@@ -26,6 +26,8 @@
 
 #include <functional>
 
+using zvtest::WindowBench;
+
 namespace {
 
 const QString firstId = QStringLiteral("1001");
@@ -131,7 +133,7 @@ class TimersTest : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<zvtest::WindowBench> m_bench;
+    std::unique_ptr<WindowBench> m_bench;
     MainWindow *m_window = nullptr;
 
     QWidget *part(const char *className) const
@@ -179,13 +181,13 @@ private:
         m_bench->show();
         cache()->storeMarketInfo({{QStringLiteral("邮票"), access()->urlPrefix()},
                                   {QStringLiteral("钱币"), QStringLiteral("/timers/other/")}});
-        zvtest::WindowBench::fill();
+        WindowBench::fill();
     }
 
 private slots:
     void init()
     {
-        m_bench = std::make_unique<zvtest::WindowBench>(QSize(1366, 768));
+        m_bench = std::make_unique<WindowBench>(QSize(1366, 768));
         m_window = m_bench->window.get();
     }
     void cleanup() { m_bench.reset(); }
@@ -280,20 +282,21 @@ private slots:
         open();
         QCOMPARE(waitsOf([this] { m_window->resize(1400, 780); }), QList<int>{500});
         // The panel beside the chart measures when it comes up, and with each resize.
-        const QList<int> wait
-            = waitsOf([this] { QTest::keyClick(m_window->focusWidget(), Qt::Key_F5); });
+        // A low window that grows high enough for all levels gives the panel two of them.
+        const auto areHalfSeconds = [](const QList<int> &wait) {
+            return !wait.isEmpty() && wait.count(500) == wait.size();
+        };
+        QVERIFY(areHalfSeconds(
+            waitsOf([this] { QTest::keyClick(m_window->focusWidget(), Qt::Key_F5); })));
         QVERIFY(part("Collection_DetailWidget")->isVisible());
-        QVERIFY(!wait.isEmpty());
-        QCOMPARE(wait, QVector<int>(wait.size(), 500).toList());
-        QCOMPARE(waitsOf([this] { m_window->resize(1500, 800); }), QList<int>{500});
+        QVERIFY(areHalfSeconds(waitsOf([this] { m_window->resize(1500, 800); })));
     }
 
     void aChangedCellFlashes()
     {
         open();
-        QCOMPARE(waitsOf([] { cache()->storeMarketList(zvtest::WindowBench::rows(1000)); }),
-                 QList<int>());
-        QCOMPARE(waitsOf([] { cache()->storeMarketList(zvtest::WindowBench::rows(1010)); }),
+        QCOMPARE(waitsOf([] { cache()->storeMarketList(WindowBench::rows(1000)); }), QList<int>());
+        QCOMPARE(waitsOf([] { cache()->storeMarketList(WindowBench::rows(1010)); }),
                  QList<int>{1000});
     }
 
