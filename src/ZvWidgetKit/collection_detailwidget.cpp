@@ -28,8 +28,8 @@ constexpr int WidestPanel = 325;
 constexpr int HeadHeight = 32;
 constexpr int HeadWeight = 75;
 constexpr int TextPixels = 14;
-constexpr int LeastHeight = 480;
-constexpr int LeastLowHeight = 420; // with fewer levels
+constexpr int LeastTextHeight = 16; // no stroke of a character of TextPixels is cut yet
+constexpr int LeastDealsHeight = 62; // the header and two rows, which one deal is counted for
 constexpr int LevelsOfLowWindow = 3;
 constexpr int Levels = 5; // a side
 constexpr float FirstReference = 50.0F;
@@ -260,6 +260,18 @@ void Collection_DetailWidget::applyStyle()
 
     setBackground(this, QColor(0x16, 0x18, 0x1c));
     m_dealHistoryView->applySmallStyle();
+    makeYielding();
+}
+
+// In a low window the lines of text move together, so that the latest deals are seen below them.
+void Collection_DetailWidget::makeYielding()
+{
+    for (QGridLayout *grid :
+         {ui->gridLayout_vol, ui->gridLayout_buy, ui->gridLayout_sell, ui->gridLayout_pro}) {
+        for (int i = 0; i < grid->count(); ++i)
+            grid->itemAt(i)->widget()->setMinimumHeight(LeastTextHeight);
+    }
+    ui->widget_dealDetailHistory->setMinimumHeight(LeastDealsHeight);
 }
 
 void Collection_DetailWidget::slot_updateCollectionTradeTop5(QString collectionID)
@@ -311,7 +323,6 @@ void Collection_DetailWidget::slot_adjustSize(QSize mainSize)
              {levels[i].caption, levels[i].price, levels[i].quantity, levels[i].spacer})
             label->setVisible(hasRoom);
     }
-    setMinimumHeight(hasRoom ? LeastHeight : LeastLowHeight);
 }
 
 void Collection_DetailWidget::resizeEvent(QResizeEvent *event)

@@ -41,6 +41,7 @@ protected:
 private:
     void createConnections();
     void applyStyle();
+    void makeYielding();
     void colourPrices(float reference);
 
     std::unique_ptr<Ui::Collection_DetailWidget> ui;

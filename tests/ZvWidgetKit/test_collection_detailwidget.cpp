@@ -219,6 +219,7 @@ private:
     // Makes the list so high that so many pixels are left below its header.
     void leaveForDeals(int pixels)
     {
+        list()->parentWidget()->setMinimumHeight(0); // also where a window leaves less
         const int header = list()->horizontalHeader()->height();
         for (int i = 0; i < 3; ++i) {
             const int missing = header + pixels - list()->height();
@@ -762,6 +763,13 @@ private slots:
     }
 
     // Beside a high trading half: rows come closer, and no text loses its top or bottom.
+    void theLowestPanelIsReadable_data()
+    {
+        QTest::addColumn<int>("windowHeight");
+        QTest::addColumn<int>("room");
+        QTest::newRow("three levels") << 768 << 393;
+        QTest::newRow("five levels") << 900 << 455;
+    }
     void theLowestPanelIsReadable()
     {
         const auto inkHeights = [this] {
@@ -769,6 +777,8 @@ private slots:
             const QImage image = m_panel->grab().toImage();
             QStringList heights;
             for (const QLabel *each : m_panel->findChildren<QLabel *>()) {
+                if (each->isHidden())
+                    continue;
                 const QRect place(each->mapTo(m_panel.get(), QPoint()), each->size());
                 QRect ink;
                 for (int y = place.top(); y <= place.bottom(); ++y) {
@@ -781,12 +791,23 @@ private slots:
             }
             return heights;
         };
-        ZvWidgetSignalSLotPool::getSignalSlotPoolInstance()->slot_adjustSize(QSize(1366, 1080));
+        QFETCH(int, windowHeight);
+        QFETCH(int, room);
+        ZvWidgetSignalSLotPool::getSignalSlotPoolInstance()->slot_adjustSize(
+            QSize(1366, windowHeight));
         showPanel();
         const QStringList whole = inkHeights();
-        m_panel->resize(325, m_panel->minimumHeight());
-        QVERIFY(m_panel->height() <= 480);
+        m_panel->resize(325, room);
+        QCOMPARE(m_panel->height(), room);
         QCOMPARE(inkHeights(), whole);
+        const auto *deals
+            = m_panel->findChild<QWidget *>(QStringLiteral("widget_dealDetailHistory"));
+        QVERIFY(m_panel->rect().contains(deals->geometry()));
+        QVERIFY(QMetaObject::invokeMethod(m_panel.get(), "slot_adjustDealLatestLimit"));
+        cache()->storeLatestDealList(current, zvtest::deals(5));
+        const auto *view = deals->findChild<QTableView *>();
+        QCOMPARE(view->model()->rowCount(), 1);
+        QVERIFY(view->viewport()->rect().contains(view->visualRect(view->model()->index(0, 0))));
     }
 
     // Last, since the fonts of the application stay changed.

@@ -71,6 +71,9 @@ private slots:
         QTest::addColumn<QString>("figures");
         QTest::newRow("low_empty") << 640 << 768 << "none";
         QTest::newRow("low") << 640 << 768 << "usual";
+        // Beside the chart of a window of 768 pixels, and of one of 900.
+        QTest::newRow("lowest") << 393 << 768 << "usual";
+        QTest::newRow("lowest_levels") << 455 << 900 << "longest";
         QTest::newRow("high") << 950 << 1080 << "usual";
         QTest::newRow("high_long") << 950 << 1080 << "longest";
     }

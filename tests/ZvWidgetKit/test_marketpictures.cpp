@@ -157,9 +157,9 @@ private:
             const char *name;
             QSize window;
             QSize size;
-        } sizes[] = {{"low", QSize(1280, 720), QSize(1280, 420)},
-                     {"usual", QSize(1366, 768), QSize(1366, 470)},
-                     {"high", QSize(1920, 1080), QSize(1920, 700)}};
+        } sizes[] = {{"low", QSize(1280, 720), QSize(1280, 391)},
+                     {"usual", QSize(1366, 768), QSize(1366, 439)},
+                     {"high", QSize(1920, 1080), QSize(1920, 670)}};
         const struct {
             const char *page;
             QStringList figures;
