@@ -66,7 +66,7 @@ bool BreltFramlessMoveableDialog::event(QEvent *event)
     const bool handled = QDialog::event(event);
     if (type == QEvent::Show && !event->spontaneous() && isWindow()
         && !testAttribute(Qt::WA_Moved)) {
-        adjustPosition(parentWidget());
+        moveToTheMiddle();
         setAttribute(Qt::WA_Moved, false); // nobody has chosen this place
     }
     if (type == QEvent::Show) {
@@ -77,6 +77,17 @@ bool BreltFramlessMoveableDialog::event(QEvent *event)
         m_dragging = false;
     }
     return handled;
+}
+
+// Over the owner's window, or on the screen. QDialog would leave room for a title and borders, and
+// stand too high and too far to the left without them.
+void BreltFramlessMoveableDialog::moveToTheMiddle()
+{
+    const QRect around
+        = parentWidget() ? parentWidget()->window()->geometry() : areaFor(geometry());
+    QRect place(QPoint(), size());
+    place.moveCenter(around.center());
+    move(place.topLeft());
 }
 
 void BreltFramlessMoveableDialog::mousePressEvent(QMouseEvent *event)

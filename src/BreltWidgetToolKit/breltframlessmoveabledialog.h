@@ -37,6 +37,7 @@ protected:
 
 private:
     bool isOnBand(const QPoint &position) const;
+    void moveToTheMiddle();
     QPoint reachable(const QPoint &topLeft) const;
 
     int m_titleHeight = 40;
