@@ -13,12 +13,14 @@
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 
 namespace {
 
 constexpr int PageWidth = 28;
 constexpr int PageHeight = 500;
 constexpr int SwitchSize = 30;
+constexpr int WheelStep = 81; // a button and the gap below it
 
 } // namespace
 
@@ -118,9 +120,20 @@ bool ZvGuideTabPage::event(QEvent *event)
     return isHandled;
 }
 
+// A notch moves the strip by about one button, and never further than to its last one.
+void ZvGuideTabPage::wheelEvent(QWheelEvent *event)
+{
+    const QWidget *table = parentWidget();
+    const int hidden = table ? childrenRect().height() - table->height() : 0;
+    if (hidden > 0)
+        move(x(), qBound(-hidden, y() + event->angleDelta().y() * WheelStep / 120, 0));
+    event->accept();
+}
+
 void ZvGuideTabPage::slot_kaiguan_clicked(bool checked)
 {
     m_itemsWidget->setVisible(checked);
+    move(x(), 0);
 }
 
 void ZvGuideTabPage::slot_ServerType_clicked(QString serverPrefix)

@@ -13,7 +13,8 @@ class ZvGuideTabItem;
 // The strip at the edge of the market table with one button for each trading server, and a switch
 // that shows or hides them. The table lies below it, and takes the mouse wherever the strip shows
 // nothing. A click moves the whole client to the other server; all buttons are
-// blocked for a moment then, so that no second change begins while the first is under way.
+// blocked for a moment then, so that no second change begins while the first is under way. Beside
+// a table that is lower than the buttons the wheel brings the last ones up.
 class ZvGuideTabPage : public QWidget
 {
     Q_OBJECT
@@ -44,6 +45,7 @@ public slots:
 
 protected:
     bool event(QEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
 
 private:
     void applyStyle();

@@ -7,6 +7,7 @@
 #include "buttonclicks.h"
 #include "record.h"
 #include "support/testregistry.h"
+#include "wheel.h"
 
 #include <QApplication>
 #include <QEventLoop>
@@ -337,6 +338,37 @@ private slots:
             QTRY_COMPARE(widgetAt(secondAt), button(1));
             QTRY_COMPARE(widgetAt(belowAt), &table);
         }
+    }
+
+    // Beside a low table, as in a window of 768 pixels with five servers.
+    void wheelBringsTheLastServerUp()
+    {
+        const Servers servers = threeServers() + threeServers();
+        m_page->setServerList(servers.mid(0, 5));
+        QTRY_VERIFY(item(4)->isVisible());
+        const auto bottom = [this] {
+            return button(4)->mapTo(m_window.get(), QPoint(0, button(4)->height())).y();
+        };
+        const int content = bottom();
+        zvtest::turnWheel(button(1), -120);
+        QCOMPARE(m_page->y(), 0); // all of it is seen
+
+        m_window->resize(300, 393);
+        QVERIFY(content > m_window->height());
+        zvtest::turnWheel(button(1), -15); // of a wheel without notches
+        QCOMPARE(m_page->y(), -10);
+        for (int i = 0; i < 3; ++i)
+            QVERIFY(zvtest::turnWheel(button(1), -120));
+        QCOMPARE(bottom(), m_window->height());
+        zvtest::turnWheel(button(1), 120);
+        zvtest::turnWheel(button(1), 120);
+        QCOMPARE(m_page->y(), 0);
+
+        // The switch never goes out of reach.
+        zvtest::turnWheel(button(1), -120);
+        QVERIFY(m_page->y() < 0);
+        m_page->slot_kaiguan_clicked(false);
+        QCOMPARE(m_page->y(), 0);
     }
 
     void switchSlotTakesItsArgument()
