@@ -1,11 +1,16 @@
 #include "client/namecolumn.h"
 
+#include "BreltWidgetToolKit/brelttooltip.h"
+
 #include <QEvent>
 #include <QFontMetrics>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QScopedValueRollback>
 #include <QScrollBar>
+#include <QStyle>
 #include <QTableView>
+#include <QToolTip>
 
 namespace {
 
@@ -32,7 +37,25 @@ bool NameColumn::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::Resize)
         fit();
+    if (event->type() == QEvent::ToolTip)
+        return tellName(*static_cast<QHelpEvent *>(event));
     return QObject::eventFilter(watched, event);
+}
+
+// True where the mouse rests on a name: a tip says it in full where the column cuts it.
+bool NameColumn::tellName(const QHelpEvent &event) const
+{
+    const QModelIndex index = m_table->indexAt(event.pos());
+    if (!index.isValid() || index.column() != nameColumn)
+        return false;
+    const QRect cell = m_table->visualRect(index);
+    const QString name = index.data().toString();
+    const int margin = m_table->style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 1;
+    const bool isCut = m_table->fontMetrics().horizontalAdvance(name) + 2 * margin > cell.width();
+    // An empty text takes away the tip of a cell before.
+    QToolTip::showText(event.globalPos(), isCut ? brelt::plainToolTip(name) : QString(),
+                       m_table->viewport(), cell);
+    return true;
 }
 
 void NameColumn::measure()

@@ -2,11 +2,13 @@
 
 #include <QObject>
 
+class QHelpEvent;
 class QTableView;
 
 // Keeps the names of the market table readable. On a small screen the table holds them narrow;
 // where the window has room to spare, they get it, and give it back when the window shrinks. Once
-// the user has drawn the column to a width of their own, it is left alone.
+// the user has drawn the column to a width of their own, it is left alone. A name that is cut all
+// the same is told in full where the mouse rests on it.
 class NameColumn : public QObject
 {
     Q_OBJECT
@@ -21,6 +23,7 @@ protected:
 private:
     void measure();
     void fit();
+    bool tellName(const QHelpEvent &event) const;
 
     QTableView *m_table;
     int m_leastWidth;

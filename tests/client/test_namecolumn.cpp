@@ -8,6 +8,7 @@
 #include <QFontMetrics>
 #include <QHeaderView>
 #include <QScrollBar>
+#include <QToolTip>
 #include <QtTest/QtTest>
 
 namespace {
@@ -49,6 +50,14 @@ private:
     {
         return m_table->horizontalHeader()->length() - width() + names
             + m_table->verticalScrollBar()->sizeHint().width();
+    }
+    // What the tip says where the mouse rests on a cell of the first row.
+    QString tipOn(int column) const
+    {
+        const QPoint at = m_table->visualRect(m_table->model()->index(0, column)).center();
+        QHelpEvent event(QEvent::ToolTip, at, m_table->viewport()->mapToGlobal(at));
+        QCoreApplication::sendEvent(m_table->viewport(), &event);
+        return QToolTip::isVisible() ? QToolTip::text() : QString();
     }
     bool hasHorizontalBar() const { return m_table->horizontalScrollBar()->maximum() > 0; }
 
@@ -111,6 +120,25 @@ private slots:
         QTRY_COMPARE(width(), m_least);
         m_table->resize(small + 600, 300);
         QTRY_COMPARE(width(), wanted(longName));
+    }
+
+    void cutNameIsToldInFull()
+    {
+        m_table->setMarketList(rows({longName}));
+        QCOMPARE(tipOn(nameColumn), QString());
+        m_table->resize(viewFor(0), 300);
+        QTRY_COMPARE(width(), m_least);
+        QCOMPARE(tipOn(nameColumn), longName);
+    }
+
+    void tipOfAShortNameTakesTheLongOneAway()
+    {
+        m_table->resize(viewFor(0), 300);
+        m_table->setMarketList(rows({QStringLiteral("<b>%1</b>").arg(longName)}));
+        QCOMPARE(tipOn(nameColumn),
+                 QStringLiteral("<span>&lt;b&gt;%1&lt;/b&gt;</span>").arg(longName));
+        m_table->setMarketList(rows({"短", "短"}));
+        QTRY_COMPARE(tipOn(nameColumn), QString()); // it fades
     }
 
     void eachListHasItsOwnNames()
