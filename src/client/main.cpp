@@ -4,6 +4,8 @@
 #include "client/mainwindow.h"
 #include "client/plainnetwork.h"
 #include "client/programlook.h"
+#include "client/qtwords.h"
+#include "client/screenscale.h"
 #include "client/startscreen.h"
 #include "client/windowplace.h"
 
@@ -130,15 +132,22 @@ int main(int argc, char **argv)
     programlook::followScreen();
     // Qt would take --platform for its own.
     int onlyProgram = 1;
-    QApplication application(onlyProgram, argv);
+    auto application = std::make_unique<QApplication>(onlyProgram, argv);
+    if (screenscale::isByChance(*application)) {
+        application.reset();
+        screenscale::ignore();
+        application = std::make_unique<QApplication>(onlyProgram, argv);
+    }
     plainnetwork::leaveDevicesAlone();
-    if (!programlook::dress(application))
+    if (!qtwords::speakChinese(*application))
+        complain(QStringLiteral("menus of fields stay English without qttranslations5-l10n"));
+    if (!programlook::dress(*application))
         complain(QStringLiteral(
             "no font on this machine has Chinese characters; install fonts-noto-cjk"));
-    programlook::followPlatform(application);
+    programlook::followPlatform(*application);
     if (!choosePlatform(options))
         return 0;
-    programlook::followPlatform(application);
+    programlook::followPlatform(*application);
 
     // Declared before the window, which follows it to its end.
     std::unique_ptr<EmbeddedExchange> embedded;
