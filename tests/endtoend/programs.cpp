@@ -128,13 +128,15 @@ Client::~Client()
         kill();
 }
 
-void Client::start(const QStringList &arguments, const QString &display)
+void Client::start(const QStringList &arguments, const QString &display, const QString &platform)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
         environment.remove(QLatin1String(name));
     if (!display.isEmpty())
         environment.insert(QStringLiteral("DISPLAY"), display);
+    if (!platform.isEmpty())
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), platform);
     m_process = std::make_unique<QProcess>();
     m_process->setProcessEnvironment(environment);
     m_process->start(QStringLiteral(ZV_CLIENT_PROGRAM), arguments);

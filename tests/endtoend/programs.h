@@ -73,8 +73,10 @@ public:
     Client() = default;
     ~Client();
 
-    // display: what DISPLAY holds; empty for none.
-    void start(const QStringList &arguments, const QString &display = QString());
+    // display: what DISPLAY holds; empty for none. platform: what Qt is told to draw on; empty for
+    // nothing.
+    void start(const QStringList &arguments, const QString &display = QString(),
+               const QString &platform = QString());
 
     // The exit code, -1 where it crashed or was killed, -2 where it is still running at the bound.
     int wait();
