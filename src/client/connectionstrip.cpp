@@ -51,7 +51,6 @@ ConnectionStrip::ConnectionStrip(QWidget *parent)
     m_mark->setFixedSize(markSide, markSide);
     // The words come and go; the window keeps its size, whatever they are.
     m_words->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    m_words->setAccessibleName(QStringLiteral("连接状态"));
 
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(20, 0, 20, 0);
@@ -98,6 +97,7 @@ void ConnectionStrip::refresh()
     const bool isLost = !isConnected && access->dataAge() >= 0;
     const QString words = parts.join(QStringLiteral("  ·  "));
     m_words->setText(words);
+    m_words->setAccessibleName(QStringLiteral("连接状态 %1").arg(words));
     m_words->setToolTip(isCalm ? QString() : words);
     showMark(isCalm       ? QStringLiteral(":/icons_vedio/online.png")
                  : isLost ? QStringLiteral(":/icons_vedio/offline.png")

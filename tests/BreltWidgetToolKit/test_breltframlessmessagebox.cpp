@@ -3,6 +3,7 @@
 #include "BreltWidgetToolKit/keys.h"
 #include "support/testregistry.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QImage>
 #include <QLabel>
@@ -79,6 +80,7 @@ class TestBreltFramlessMessageBox : public QObject
 
 private slots:
     void partsCanBeFound();
+    void readersHearItsTextAndItsButtons();
     void emptySecondTextLeavesTheButtonOut();
     void resultOfEachWay_data();
     void resultOfEachWay();
@@ -109,6 +111,19 @@ void TestBreltFramlessMessageBox::partsCanBeFound()
     QCOMPARE(texts, QStringList({c_confirm, c_cancel}));
     QCOMPARE(box->windowTitle(), c_title);
     QVERIFY(box->windowFlags() & Qt::FramelessWindowHint);
+}
+
+void TestBreltFramlessMessageBox::readersHearItsTextAndItsButtons()
+{
+    const auto box = makeBox(paragraph(QStringLiteral("撤单成功")));
+    const auto heard = [](QWidget *widget) {
+        return QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
+    };
+    QCOMPARE(heard(box.get()), c_title);
+    QCOMPARE(heard(box->findChild<QLabel *>()), QStringLiteral("撤单成功"));
+    QCOMPARE(heard(box->findChild<QToolButton *>()), QStringLiteral("关闭"));
+    QCOMPARE(heard(buttonOf(box.get(), c_confirm)), c_confirm);
+    QCOMPARE(heard(buttonOf(box.get(), c_cancel)), c_cancel);
 }
 
 void TestBreltFramlessMessageBox::emptySecondTextLeavesTheButtonOut()

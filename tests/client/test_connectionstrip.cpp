@@ -11,6 +11,7 @@
 #include "ZvNetworkKit/zvserveractionresult.h"
 #include "ZvNetworkKit/zvserverengine.h"
 
+#include <QAccessible>
 #include <QLabel>
 #include <QtTest/QtTest>
 
@@ -67,6 +68,7 @@ private slots:
     {
         QCOMPARE(m_strip->text(), QStringLiteral("已连接  ·  行情实时更新"));
         QVERIFY(words()->toolTip().isEmpty());
+        QCOMPARE(heard(), QStringLiteral("连接状态 已连接  ·  行情实时更新"));
     }
 
     void saysThatAnOrderIsBeingChecked()
@@ -161,6 +163,7 @@ private slots:
         QCOMPARE(m_strip->text(),
                  QStringLiteral("连接已断开  ·  行情停在 %1前  ·  正在重新连接").arg(age));
         QCOMPARE(words()->toolTip(), m_strip->text());
+        QCOMPARE(heard(), QStringLiteral("连接状态 ") + m_strip->text());
     }
 
     void countsWhileThereIsNoConnectionAndRestsOtherwise()
@@ -273,6 +276,12 @@ private:
                     == QPixmap(QStringLiteral(":/icons_vedio/%1.png").arg(name)).toImage();
         }
         return false;
+    }
+
+    // What a screen reader says of the sentence.
+    QString heard() const
+    {
+        return QAccessible::queryAccessibleInterface(words())->text(QAccessible::Name);
     }
 
     // The label that holds the sentence.

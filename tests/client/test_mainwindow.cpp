@@ -31,6 +31,7 @@
 #include <QSplitterHandle>
 #include <QStackedWidget>
 #include <QTableView>
+#include <QWindow>
 #include <QtTest/QtTest>
 
 using zvtest::WindowBench;
@@ -673,6 +674,31 @@ private slots:
         QVERIFY2(strip->text().startsWith(QStringLiteral("正在连接交易所 0 秒")),
                  qPrintable(strip->text()));
         QTRY_VERIFY(strip->text().startsWith(QStringLiteral("正在连接交易所 1 秒")));
+    }
+
+    // By its own title bar, and by an edge that lies beside the bars.
+    void theMouseMovesTheWindowAndDrawsItLarger()
+    {
+        open();
+        const QRect place = m_window->geometry();
+        QWindow *handle = m_window->windowHandle();
+        const auto drag = [handle](const QPoint &from, const QPoint &by) {
+            const QPoint start = handle->mapToGlobal(from);
+            QTest::mousePress(handle, Qt::LeftButton, Qt::NoModifier, from);
+            for (int step = 1; step <= 4; ++step)
+                QTest::mouseMove(handle, handle->mapFromGlobal(start + by * step / 4));
+            QTest::mouseRelease(handle, Qt::LeftButton, Qt::NoModifier,
+                                handle->mapFromGlobal(start + by));
+        };
+        drag(titleBar()->mapTo(m_window, QPoint(60, 17)), QPoint(40, 20));
+        QCOMPARE(m_window->geometry(), place.translated(40, 20));
+        const int right = m_window->width() - 2;
+        drag(QPoint(right, statusBar()->geometry().center().y()), QPoint(60, 0));
+        QCOMPARE(m_window->geometry(), place.translated(40, 20).adjusted(0, 0, 60, 0));
+        QSignalSpy sizes(pool(), &ZvWidgetSignalSLotPool::signal_adjustSize);
+        drag(QPoint(m_window->width() / 2, m_window->height() - 2), QPoint(0, 40));
+        QCOMPARE(m_window->height(), place.height() + 40);
+        QTRY_COMPARE(sizes.value(sizes.size() - 1).value(0).toSize(), m_window->size());
     }
 
     // A double click on a button is two clicks on it, and none on the bar.
