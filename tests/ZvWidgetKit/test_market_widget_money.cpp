@@ -7,13 +7,13 @@
 #include "ZvWidgetKit/establishaccountdialog.h"
 #include "ZvWidgetKit/small_money_inout.h"
 #include "ZvWidgetKit/small_money_overview.h"
+#include "linkcatcher.h"
 #include "marketbench.h"
 #include "messageboxes.h"
 #include "moneybench.h"
 #include "record.h"
 #include "support/testregistry.h"
 
-#include <QDesktopServices>
 #include <QToolButton>
 #include <QtTest/QtTest>
 
@@ -52,21 +52,6 @@ void cardIsMissing(const QString &code = QStringLiteral("code-1"))
 {
     cache()->storeNoMyBankcard(code);
 }
-
-// Catches what would be opened in a browser.
-class Browser : public QObject
-{
-    Q_OBJECT
-
-public:
-    Browser() { QDesktopServices::setUrlHandler(QStringLiteral("http"), this, "open"); }
-    ~Browser() override { QDesktopServices::unsetUrlHandler(QStringLiteral("http")); }
-
-    QStringList opened;
-
-public slots:
-    void open(const QUrl &url) { opened << url.toString(); }
-};
 
 void closeByItsCross(QDialog *dialog)
 {
@@ -152,7 +137,7 @@ private slots:
     {
         QFETCH(QString, button);
         QFETCH(QString, address);
-        Browser browser;
+        zvtest::LinkCatcher browser;
         zvtest::Record record;
         m_bench->click(button);
         m_bench->click(button);
@@ -170,7 +155,7 @@ private slots:
 
     void eachDirectionHasAnAddressOfItsOwn()
     {
-        Browser browser;
+        zvtest::LinkCatcher browser;
         cache()->storeMoneyUrls("http://127.0.0.1:9/in", QString());
         zvtest::Record record;
         m_bench->click("出金");

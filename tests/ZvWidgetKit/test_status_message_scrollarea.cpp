@@ -1,8 +1,8 @@
 #include "ZvNetworkKit/zvservercache.h"
 #include "ZvWidgetKit/status_message_scrollarea.h"
+#include "linkcatcher.h"
 #include "support/testregistry.h"
 
-#include <QDesktopServices>
 #include <QElapsedTimer>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -13,7 +13,6 @@
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QTimer>
-#include <QUrl>
 #include <QtTest/QtTest>
 
 namespace {
@@ -34,21 +33,6 @@ QPair<QString, QString> readingOf(const QString &html)
     cursor.movePosition(QTextCursor::NextCharacter);
     return {document.toPlainText(), cursor.charFormat().anchorHref()};
 }
-
-// Catches what would be opened in a browser.
-class Browser : public QObject
-{
-    Q_OBJECT
-
-public:
-    Browser() { QDesktopServices::setUrlHandler(QStringLiteral("http"), this, "open"); }
-    ~Browser() override { QDesktopServices::unsetUrlHandler(QStringLiteral("http")); }
-
-    QStringList opened;
-
-public slots:
-    void open(const QUrl &url) { opened << url.toString(QUrl::FullyEncoded); }
-};
 
 // Counts what is painted inside a widget, in pixels.
 class PaintedPixels : public QObject
@@ -313,7 +297,7 @@ private slots:
 
     void aClickOpensTheLink()
     {
-        Browser browser;
+        zvtest::LinkCatcher browser;
         show({{"第一条消息", "http://127.0.0.1/a%2Fb?x=1&y=2"},
               {"第二条消息", "http://127.0.0.1/2"}});
         const auto clickOn = [this](QLabel *label) {
@@ -328,7 +312,7 @@ private slots:
 
     void aMessageWithoutALinkOpensNothing()
     {
-        Browser browser;
+        zvtest::LinkCatcher browser;
         show({{"没有链接的消息", QString()}});
         const QLabel *label = shown().first();
         QTest::mouseClick(m_area->windowHandle(), Qt::LeftButton, Qt::NoModifier,
