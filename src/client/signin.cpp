@@ -1,6 +1,9 @@
 #include "client/signin.h"
 
+#include "ZvModelKit/zvubcapinfo.h"
+#include "ZvModelKit/zvubgatherinfo.h"
 #include "ZvNetworkKit/zvserveractionresult.h"
+#include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverengine.h"
 #include "ZvWidgetKit/logindialog.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
@@ -10,6 +13,11 @@ namespace {
 ZvServerEngine *engine()
 {
     return ZvServerEngine::getZvServerEngineInstance();
+}
+
+ZvServerCache *cache()
+{
+    return ZvServerCache::getZvServerCacheInstance();
 }
 
 ZvWidgetSignalSLotPool *pool()
@@ -58,9 +66,15 @@ void SignIn::takeAnswer()
 }
 
 // The end of a session is told when its box has been closed, and somebody may have signed in
-// meanwhile. The window does not say otherwise then, either.
+// meanwhile. The window does not say otherwise then, either. Where nobody has, whoever comes to the
+// screen next sees no money and no holdings of the one who is gone.
 void SignIn::takeEndOfSession()
 {
-    if (engine()->isLogged)
+    if (engine()->isLogged) {
         pool()->slot_login_succeed();
+        return;
+    }
+    cache()->dropAccountRecords();
+    cache()->storeCapInfo(ZvUBCapInfo());
+    cache()->storeGatherInfo(ZvUBGatherInfo());
 }

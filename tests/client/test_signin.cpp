@@ -5,12 +5,19 @@
 #include "support/calltrace.h"
 #include "support/testregistry.h"
 
+#include "ZvModelKit/zvubcapinfo.h"
+#include "ZvNetworkKit/zvservercache.h"
 #include "ZvWidgetKit/logindialog.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
 #include <QtTest/QtTest>
 
 namespace {
+
+ZvServerCache *cache()
+{
+    return ZvServerCache::getZvServerCacheInstance();
+}
 
 ZvWidgetSignalSLotPool *pool()
 {
@@ -106,6 +113,27 @@ private slots:
         pool()->slot_loggedOtherPlace();
         QCoreApplication::processEvents();
         QVERIFY(told.isEmpty());
+    }
+
+    void nothingOfTheAccountStaysOnView()
+    {
+        ZvUBCapInfo::Data money;
+        money.availableMoney = 99633874;
+        cache()->storeCapInfo(ZvUBCapInfo(money));
+        QSignalSpy holdings(cache(), &ZvServerCache::signal_cache_CapInfo_changed);
+        QSignalSpy deals(cache(), &ZvServerCache::signal_cache_GatherInfo_changed);
+
+        // While somebody is signed in, they are that account's.
+        zvtest::PlainWindow::setSignedIn(true);
+        pool()->slot_loggedOtherPlace();
+        QCoreApplication::processEvents();
+        QCOMPARE(holdings.count(), 0);
+
+        zvtest::PlainWindow::setSignedIn(false);
+        pool()->slot_loggedOtherPlace();
+        QTRY_COMPARE(holdings.count(), 1);
+        QCOMPARE(deals.count(), 1);
+        QCOMPARE(cache()->capInfo, ZvUBCapInfo());
     }
 };
 
