@@ -35,6 +35,9 @@ void programlook::followScreen()
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QApplication::setHighDpiScaleFactorRoundingPolicy(
         Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+    // Nothing here is drawn by OpenGL. Where a window could be, X11 loads the driver for it, which
+    // takes as much memory as all of the client.
+    QApplication::setAttribute(Qt::AA_ForceRasterWidgets);
 }
 
 bool programlook::dress(QApplication &application)

@@ -5,7 +5,8 @@ class QApplication;
 // How the whole program looks, whatever it shows: scale, icon, font and style.
 namespace programlook {
 
-// Text and lines follow the scale of the screen. Called before the application is made.
+// Text and lines follow the scale of the screen, and windows are drawn without its OpenGL. Called
+// before the application is made.
 void followScreen();
 
 // Gives the application its icon and the first font of this machine that draws Chinese. False where
