@@ -131,9 +131,6 @@ private:
                      {"prepared", {"pushButton_prePay"}}}; // its rows stand with the ticket's
         for (int platform = 1; platform <= 2; ++platform) {
             for (const auto &size : sizes) {
-                // The other platform has other colours and the same sizes.
-                if (platform == 2 && size.size.width() != UsualWidth)
-                    continue;
                 for (const auto &page : pages) {
                     QStringList states{"empty", "full", "longest"};
                     if (page.buttons.contains(QStringLiteral("pushButton_prePay")))
