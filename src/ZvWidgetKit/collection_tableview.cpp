@@ -5,13 +5,13 @@
 #include "ZvNetworkKit/zvservercache.h"
 #include "ZvNetworkKit/zvserverengine.h"
 #include "ZvWidgetKit/collectiontabledelegate.h"
+#include "ZvWidgetKit/openaddress.h"
 #include "ZvWidgetKit/scrollbarstyle.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QDebug>
-#include <QDesktopServices>
 #include <QDesktopWidget>
 #include <QHeaderView>
 #include <QIcon>
@@ -20,7 +20,6 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QTimer>
-#include <QUrl>
 #include <QWheelEvent>
 
 #include <utility>
@@ -381,7 +380,7 @@ void Collection_TableView::showCollectionInfo()
         return;
     const QString address = m_model.introductionUrl(m_proxy.mapToSource(selected.first()));
     if (!address.isEmpty())
-        QDesktopServices::openUrl(QUrl(address));
+        openAddress(address);
 }
 
 void Collection_TableView::addOption()

@@ -11,18 +11,17 @@
 #include "ZvWidgetKit/market_detailwidget.h"
 #include "ZvWidgetKit/market_ktimewidget.h"
 #include "ZvWidgetKit/market_tablewidget.h"
+#include "ZvWidgetKit/openaddress.h"
 #include "ZvWidgetKit/small_money_inout.h"
 #include "ZvWidgetKit/small_money_overview.h"
 #include "ZvWidgetKit/widgetbackground.h"
 #include "ZvWidgetKit/zvwidgetsignalslotpool.h"
 
 #include <QDebug>
-#include <QDesktopServices>
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QTimer>
-#include <QUrl>
 #include <QVBoxLayout>
 
 namespace {
@@ -61,7 +60,7 @@ void openOrAskFor(const QString &address)
     if (address.isEmpty())
         engine()->sendRequest_getURL_INOUT();
     else
-        QDesktopServices::openUrl(QUrl(address));
+        openAddress(address);
 }
 
 } // namespace

@@ -153,6 +153,13 @@ private slots:
         QCOMPARE(browser.opened, QStringList(address));
     }
 
+    void aSystemWithoutABrowserIsTold()
+    {
+        cache()->storeMoneyUrls("http://127.0.0.1:9/in", QString());
+        m_bench->click("入金");
+        QCOMPARE(notices(), QStringList("无法打开浏览器，请检查系统的默认浏览器"));
+    }
+
     void eachDirectionHasAnAddressOfItsOwn()
     {
         zvtest::LinkCatcher browser;
