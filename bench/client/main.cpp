@@ -17,6 +17,8 @@
 
 namespace {
 
+const QString crowdName = QStringLiteral("crowd");
+const QString styledCrowdName = QStringLiteral("styled-crowd");
 const QString asOption = QStringLiteral("as");
 const QString exchangeOption = QStringLiteral("exchange");
 const QString secondsOption = QStringLiteral("seconds");
@@ -78,16 +80,22 @@ void measureAtRest(Report &report, int rounds, int seconds)
     const QString bare = QStringLiteral("bare");
     run(QStringLiteral("first-rows"), options); // libraries and fonts from the disk
     Pairs start;
+    Pairs crowd;
+    Pairs styledCrowd;
     Pairs resident;
     for (int round = 0; round < rounds; ++round) {
         const Figures ours = run(QStringLiteral("first-rows"), options);
         const Figures theirs = run(bare, {});
         start.add(ours.started, theirs.started);
+        crowd.add(run(crowdName, {}).started, theirs.started);
+        styledCrowd.add(run(styledCrowdName, {}).started, theirs.started);
         const Figures open = run(QStringLiteral("resident"), options);
         resident.add(open.said.at(QStringLiteral("resident")) / 1024,
                      theirs.said.at(QStringLiteral("resident")) / 1024);
     }
     report.line("process start to the first painted rows", start, "ms", Goal::most(4, "4"));
+    report.line("… to a bare window of as many widgets", crowd, "ms");
+    report.line("… with a style sheet on each", styledCrowd, "ms");
     report.line("resident with market, chart and ticket open", resident, "MiB",
                 Goal::most(2.5, "2.5"));
     const Figures idle = run(QStringLiteral("idle"), options);
@@ -150,6 +158,8 @@ try {
     const QString as = wordAfter(asOption, argc, argv);
     if (as == QLatin1String("bare"))
         return subject::runBare(argc, argv);
+    if (as == crowdName || as == styledCrowdName)
+        return subject::runCrowd(argc, argv, as == styledCrowdName);
     const auto task = tasks().find(as);
     if (task != tasks().end())
         return subject::runClient(argc, argv, task->second,

@@ -1,5 +1,7 @@
 #include "subject.h"
 
+#include "crowd.h"
+
 #include "ZvNetworkKit/zvserveraccessmanager.h"
 #include "ZvNetworkKit/zvserverconfig.h"
 #include "ZvWidgetKit/logindialog.h"
@@ -212,12 +214,8 @@ int carryOut(Task task, MainWindow &window, int seconds)
     }
 }
 
-} // namespace
-
-int runBare(int argc, char **argv)
+int showBare(QWidget &window)
 {
-    QApplication application(argc, argv);
-    QWidget window;
     window.resize(windowSize);
     bool isPainted = false;
     const PaintEar ear([&](const QWidget *) {
@@ -231,6 +229,24 @@ int runBare(int argc, char **argv)
     wait(0);
     say("resident", residentKib());
     return 0;
+}
+
+} // namespace
+
+int runBare(int argc, char **argv)
+{
+    const QApplication application(argc, argv);
+    QWidget window;
+    return showBare(window);
+}
+
+int runCrowd(int argc, char **argv, bool isStyled)
+{
+    programlook::followScreen();
+    QApplication application(argc, argv);
+    programlook::dress(application);
+    Crowd window(isStyled);
+    return showBare(window);
 }
 
 int runClient(int argc, char **argv, Task task, const QUrl &exchange, int seconds)

@@ -11,6 +11,10 @@ namespace subject {
 // painted <time> once the first frame is painted, resident <KiB> at rest. Returns the exit code.
 int runBare(int argc, char **argv);
 
+// The same for a window of about as many widgets as the client has, with a style sheet on each or
+// with none.
+int runCrowd(int argc, char **argv, bool isStyled);
+
 enum class Task {
     FirstRows, // painted <time> once the first rows of the market are
     Resident, // resident <KiB> with market, chart and ticket open and an account signed in
