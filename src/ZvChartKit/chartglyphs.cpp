@@ -25,13 +25,18 @@ void ChartGlyphs::setUp(const QFont &font, int pixelSize)
     sized.setPixelSize(std::max(1, pixelSize));
     // The writing system makes sure that one font has the words as well as the digits.
     const QRawFont found = QRawFont::fromFont(sized, QFontDatabase::SimplifiedChinese);
-    if (found == m_font && !m_shapes.empty())
+    if (found == m_font)
         return;
     m_font = found;
     m_shapes.clear();
     m_collected.clear();
     m_digitHeight = static_cast<int>(std::lround(m_font.capHeight()));
     m_height = static_cast<int>(std::ceil(m_font.ascent() + m_font.descent()));
+}
+
+// With the first text: a chart that is not on view yet writes none.
+void ChartGlyphs::drawUsual()
+{
     for (const QChar character : usualCharacters) {
         quint32 glyphs[longest];
         int advances[longest];
@@ -53,6 +58,8 @@ int ChartGlyphs::width(QStringView text) const
 
 void ChartGlyphs::put(int x, int baseline, QStringView text, QRgb colour)
 {
+    if (m_shapes.empty())
+        drawUsual();
     quint32 glyphs[longest];
     int advances[longest];
     const int count = lookUp(text, glyphs, advances);

@@ -50,6 +50,7 @@ private:
         QRgb colour;
     };
 
+    void drawUsual();
     int lookUp(QStringView text, quint32 *glyphs, int *advances) const;
     const Shape &shapeOf(quint32 glyph);
     Shape drawn(quint32 glyph) const;
