@@ -33,7 +33,7 @@ void setFontPixels(QHeaderView *header, int pixels)
 } // namespace
 
 Collection_DealHistory_View::Collection_DealHistory_View(QWidget *parent)
-    : QTableView(parent), m_smallMode(false), m_dealLimit(FirstDealLimit)
+    : LateTableView(parent), m_smallMode(false), m_dealLimit(FirstDealLimit)
 {
     setItemDelegate(new Collection_DealHistory_Delegate(this));
     setModel(&m_model);

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "ZvWidgetKit/collection_dealhistory_model.h"
-
-#include <QTableView>
+#include "ZvWidgetKit/latetableview.h"
 
 // A list of the newest deals of one collection, the newest below. In small mode it is the end of
 // the panel beside a chart, and a double click asks for the full page; that page holds several in
@@ -10,7 +9,7 @@
 //
 // It takes no focus and no wheel: there is nothing to choose in it, its rows are cut to what fits,
 // and keys and wheel belong to the page around it.
-class Collection_DealHistory_View : public QTableView
+class Collection_DealHistory_View : public LateTableView
 {
     Q_OBJECT
 

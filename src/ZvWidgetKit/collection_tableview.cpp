@@ -62,7 +62,7 @@ bool differsBesideNumbers(const ZvUBObject &before, const ZvUBObject &after)
 } // namespace
 
 Collection_TableView::Collection_TableView(QWidget *parent)
-    : QTableView(parent), m_isOptionView(false), m_pendingTimer(new QTimer(this))
+    : LateTableView(parent), m_isOptionView(false), m_pendingTimer(new QTimer(this))
 {
     m_pendingTimer->start(PendingMilliseconds);
     setItemDelegate(new CollectionTableDelegate);
@@ -241,7 +241,7 @@ void Collection_TableView::mousePressEvent(QMouseEvent *event)
     const QString id = collectionIdAt(event->localPos().toPoint());
     if (!id.isEmpty())
         pool()->slot_collectionTableView_clicked(id);
-    QTableView::mousePressEvent(event);
+    LateTableView::mousePressEvent(event);
 }
 
 void Collection_TableView::mouseDoubleClickEvent(QMouseEvent *event)
@@ -249,7 +249,7 @@ void Collection_TableView::mouseDoubleClickEvent(QMouseEvent *event)
     // The press before it has already chosen the collection.
     if (!collectionIdAt(event->localPos().toPoint()).isEmpty())
         pool()->slot_collectionTimeLine_action();
-    QTableView::mouseDoubleClickEvent(event);
+    LateTableView::mouseDoubleClickEvent(event);
 }
 
 QModelIndex Collection_TableView::selectedSourceIndex() const
@@ -268,7 +268,7 @@ void Collection_TableView::keyPressEvent(QKeyEvent *event)
         if (!m_model.collectionId(selected).isEmpty())
             pool()->slot_collectionTimeLine_action();
     }
-    QTableView::keyPressEvent(event);
+    LateTableView::keyPressEvent(event);
 }
 
 void Collection_TableView::keyReleaseEvent(QKeyEvent *event)
@@ -285,7 +285,7 @@ void Collection_TableView::keyReleaseEvent(QKeyEvent *event)
                 pool()->slot_collectionTableView_clicked(id);
         }
     }
-    QTableView::keyReleaseEvent(event);
+    LateTableView::keyReleaseEvent(event);
 }
 
 void Collection_TableView::wheelEvent(QWheelEvent *event)

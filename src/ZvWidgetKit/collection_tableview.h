@@ -2,14 +2,13 @@
 
 #include "ZvWidgetKit/collectionsortfilterproxymodel.h"
 #include "ZvWidgetKit/collectiontablemodel.h"
-
-#include <QTableView>
+#include "ZvWidgetKit/latetableview.h"
 
 class QTimer;
 
 // The market table. Mouse, wheel and keys choose a collection, which reaches all other pages
 // through the pool; the context menu leads to the favourites and the charts.
-class Collection_TableView : public QTableView
+class Collection_TableView : public LateTableView
 {
     Q_OBJECT
 

@@ -10,7 +10,7 @@ constexpr int RowHeight = 24;
 
 } // namespace
 
-CollectionRowsView::CollectionRowsView(QWidget *parent) : QTableView(parent) { }
+CollectionRowsView::CollectionRowsView(QWidget *parent) : LateTableView(parent) { }
 
 CollectionRowsView::~CollectionRowsView() = default;
 

@@ -72,11 +72,11 @@ void alertMessage(const QString &text)
     BreltGlobalFunction::getBreltGlobalFunciton()->alertMessage(text);
 }
 
-// Puts a table where it belongs, under the name by which a screen reader tells of it.
-void fill(QWidget *container, QWidget *content, const QString &name)
+// Lets a table fill its container, under the name by which a screen reader tells of it.
+void fillContainer(QWidget *content, const QString &name)
 {
     content->setAccessibleName(name);
-    auto *layout = new QHBoxLayout(container);
+    auto *layout = new QHBoxLayout(content->parentWidget());
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(content);
@@ -115,14 +115,14 @@ DealWidget_BuySell::~DealWidget_BuySell() = default;
 
 void DealWidget_BuySell::createTables()
 {
-    m_capTable = new DealWidget_BuySell_CapTableView;
-    m_dealTable = new DealWidget_BuySell_DealTableView;
-    m_prepayTable = new DealWidget_PrePay_TableView;
+    m_capTable = new DealWidget_BuySell_CapTableView(ui->widget_tableViewContainer_capData);
+    m_dealTable = new DealWidget_BuySell_DealTableView(ui->widget_tableViewContainer_dealData);
+    m_prepayTable = new DealWidget_PrePay_TableView(ui->widget_tableViewContainer_prepay);
     m_prepayTable->setModel(&m_prepayModel);
     m_prepayTable->setupView();
-    fill(ui->widget_tableViewContainer_capData, m_capTable, QStringLiteral("持仓汇总"));
-    fill(ui->widget_tableViewContainer_dealData, m_dealTable, QStringLiteral("成交汇总"));
-    fill(ui->widget_tableViewContainer_prepay, m_prepayTable, QStringLiteral("预埋单"));
+    fillContainer(m_capTable, QStringLiteral("持仓汇总"));
+    fillContainer(m_dealTable, QStringLiteral("成交汇总"));
+    fillContainer(m_prepayTable, QStringLiteral("预埋单"));
 }
 
 void DealWidget_BuySell::createTicketConnections()

@@ -20,6 +20,8 @@ DealWidget_Delivery::DealWidget_Delivery(QWidget *parent)
     : QWidget(parent), ui(std::make_unique<Ui::DealWidget_Delivery>()), m_tableView(nullptr)
 {
     ui->setupUi(this);
+    // The sheet of the page works through all others below it, so it comes before them.
+    setStyleSheet(QStringLiteral("QFrame{background-color:#101114;}"));
     m_tableView = new DealWidget_Delivery_TableView(this);
     m_tableView->setAccessibleName(QStringLiteral("可提藏品"));
     auto *container = new QHBoxLayout(ui->widget_tableview_container);
@@ -40,7 +42,6 @@ void DealWidget_Delivery::applyStyle()
 
     ui->frame_function->setStyleSheet(
         QStringLiteral("QFrame#frame_function{background-color:rgb(16,17,20);}"));
-    setStyleSheet(QStringLiteral("QFrame{background-color:#101114;}"));
     setAutoFillBackground(true);
 
     const ZvServerConfig *config = ZvServerConfig::getZvServerConfigInstance();

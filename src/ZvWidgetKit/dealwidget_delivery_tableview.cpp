@@ -24,7 +24,7 @@ constexpr int RowHeight = 24;
 } // namespace
 
 DealWidget_Delivery_TableView::DealWidget_Delivery_TableView(QWidget *parent)
-    : QTableView(parent), m_delegate(new DealWidget_Delivery_Delegate(this))
+    : LateTableView(parent), m_delegate(new DealWidget_Delivery_Delegate(this))
 {
     setUpRecordTable(this, &m_model, m_delegate, RowHeight);
     applyStyle();
@@ -80,5 +80,5 @@ void DealWidget_Delivery_TableView::showDeliveryDialog(int row)
 
 void DealWidget_Delivery_TableView::mouseReleaseEvent(QMouseEvent *event)
 {
-    m_delegate->clickAfter([this, event] { QTableView::mouseReleaseEvent(event); });
+    m_delegate->clickAfter([this, event] { LateTableView::mouseReleaseEvent(event); });
 }

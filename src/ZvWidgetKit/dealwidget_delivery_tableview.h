@@ -1,13 +1,12 @@
 #pragma once
 
 #include "ZvWidgetKit/dealwidget_delivery_model.h"
-
-#include <QTableView>
+#include "ZvWidgetKit/latetableview.h"
 
 class DealWidget_Delivery_Delegate;
 
 // The table of the holdings that can be taken out. The button of a row opens the form for it.
-class DealWidget_Delivery_TableView : public QTableView
+class DealWidget_Delivery_TableView : public LateTableView
 {
     Q_OBJECT
 

@@ -10,7 +10,7 @@ constexpr int RowHeight = 24;
 
 } // namespace
 
-DealWidget_PrePay_TableView::DealWidget_PrePay_TableView(QWidget *parent) : QTableView(parent)
+DealWidget_PrePay_TableView::DealWidget_PrePay_TableView(QWidget *parent) : LateTableView(parent)
 {
     giveItemDelegate(this, new DealWidget_PrePay_TableDelegate);
 }

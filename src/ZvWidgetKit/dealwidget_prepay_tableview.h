@@ -1,9 +1,9 @@
 #pragma once
 
-#include <QTableView>
+#include "ZvWidgetKit/latetableview.h"
 
 // The prepared orders, with a tick in front of each. The model belongs to the ticket.
-class DealWidget_PrePay_TableView : public QTableView
+class DealWidget_PrePay_TableView : public LateTableView
 {
     Q_OBJECT
 

@@ -23,8 +23,8 @@ DealWidget_Revoke::DealWidget_Revoke(QWidget *parent)
     : RecordPage(parent), ui(std::make_unique<Ui::DealWidget_Revoke>()), m_tableView(nullptr)
 {
     ui->setupUi(this);
-    m_tableView = new DealWidget_Revoke_TableView(this);
-    setUpPage(ui->frame, ui->widget_tableViewContainer, m_tableView, QStringLiteral("可撤委托"));
+    m_tableView = new DealWidget_Revoke_TableView(ui->widget_tableViewContainer);
+    setUpPage(ui->frame, m_tableView, QStringLiteral("可撤委托"));
     applyStyle();
     createConnections();
 }

@@ -9,9 +9,8 @@ DealWidget_Select_ApplyRecord::DealWidget_Select_ApplyRecord(QWidget *parent)
       m_tableView(nullptr)
 {
     ui->setupUi(this);
-    m_tableView = new DealWidget_Select_ApplyRecord_TableView(this);
-    setUpPage(ui->frame_recordPanel, ui->frame_container_apply, m_tableView,
-              QStringLiteral("申购记录"));
+    m_tableView = new DealWidget_Select_ApplyRecord_TableView(ui->frame_container_apply);
+    setUpPage(ui->frame_recordPanel, m_tableView, QStringLiteral("申购记录"));
 }
 
 DealWidget_Select_ApplyRecord::~DealWidget_Select_ApplyRecord() = default;

@@ -9,9 +9,8 @@ DealWidget_Select_DealRecord::DealWidget_Select_DealRecord(QWidget *parent)
       m_tableView(nullptr)
 {
     ui->setupUi(this);
-    m_tableView = new DealWidget_Select_DealRecord_TableView(this);
-    setUpPage(ui->frame_recordPanel, ui->frame_container_dealRecord, m_tableView,
-              QStringLiteral("成交记录"));
+    m_tableView = new DealWidget_Select_DealRecord_TableView(ui->frame_container_dealRecord);
+    setUpPage(ui->frame_recordPanel, m_tableView, QStringLiteral("成交记录"));
 }
 
 DealWidget_Select_DealRecord::~DealWidget_Select_DealRecord() = default;

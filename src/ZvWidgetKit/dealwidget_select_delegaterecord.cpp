@@ -15,9 +15,9 @@ DealWidget_Select_DelegateRecord::DealWidget_Select_DelegateRecord(QWidget *pare
       m_tableView(nullptr)
 {
     ui->setupUi(this);
-    m_tableView = new DealWidget_Select_Delegate_history_TableView(this);
-    setUpPage(ui->frame_delegatePanel, ui->frame_container_delegateRecord, m_tableView,
-              QStringLiteral("历史委托"));
+    m_tableView
+        = new DealWidget_Select_Delegate_history_TableView(ui->frame_container_delegateRecord);
+    setUpPage(ui->frame_delegatePanel, m_tableView, QStringLiteral("历史委托"));
 }
 
 DealWidget_Select_DelegateRecord::~DealWidget_Select_DelegateRecord() = default;

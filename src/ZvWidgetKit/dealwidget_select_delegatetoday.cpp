@@ -15,9 +15,8 @@ DealWidget_Select_DelegateToday::DealWidget_Select_DelegateToday(QWidget *parent
       m_tableView(nullptr)
 {
     ui->setupUi(this);
-    m_tableView = new DealWidget_Select_Delegate_today_TableView(this);
-    setUpPage(ui->frame_delegatePanel, ui->frame_container_delegateToday, m_tableView,
-              QStringLiteral("当日委托"));
+    m_tableView = new DealWidget_Select_Delegate_today_TableView(ui->frame_container_delegateToday);
+    setUpPage(ui->frame_delegatePanel, m_tableView, QStringLiteral("当日委托"));
 }
 
 DealWidget_Select_DelegateToday::~DealWidget_Select_DelegateToday() = default;

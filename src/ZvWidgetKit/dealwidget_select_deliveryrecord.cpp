@@ -9,9 +9,8 @@ DealWidget_Select_DeliveryRecord::DealWidget_Select_DeliveryRecord(QWidget *pare
       m_tableView(nullptr)
 {
     ui->setupUi(this);
-    m_tableView = new DealWidget_Select_DeliveryRecord_TableView(this);
-    setUpPage(ui->frame_recordPanel, ui->frame_container_delivery, m_tableView,
-              QStringLiteral("提货记录"));
+    m_tableView = new DealWidget_Select_DeliveryRecord_TableView(ui->frame_container_delivery);
+    setUpPage(ui->frame_recordPanel, m_tableView, QStringLiteral("提货记录"));
 }
 
 DealWidget_Select_DeliveryRecord::~DealWidget_Select_DeliveryRecord() = default;

@@ -9,9 +9,8 @@ DealWidget_Select_MoneyFlow::DealWidget_Select_MoneyFlow(QWidget *parent)
       m_tableView(nullptr)
 {
     ui->setupUi(this);
-    m_tableView = new DealWidget_Select_MoneyFlow_TableView(this);
-    setUpPage(ui->frame_recordPanel, ui->tableView_containter_moneyFlow, m_tableView,
-              QStringLiteral("出入金记录"));
+    m_tableView = new DealWidget_Select_MoneyFlow_TableView(ui->tableView_containter_moneyFlow);
+    setUpPage(ui->frame_recordPanel, m_tableView, QStringLiteral("出入金记录"));
 }
 
 DealWidget_Select_MoneyFlow::~DealWidget_Select_MoneyFlow() = default;

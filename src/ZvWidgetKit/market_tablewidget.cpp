@@ -58,12 +58,12 @@ void requestOptions()
                                                                                     OptionPageSize);
 }
 
-QPushButton *makeFooterButton(const QString &text)
+QPushButton *makeFooterButton(const QString &text, QWidget *parent)
 {
     // A name from the server is no mnemonic.
     QString plain = text;
     plain.replace(QLatin1Char('&'), QLatin1String("&&"));
-    auto *button = new QPushButton(plain);
+    auto *button = new QPushButton(plain, parent);
     button->setCheckable(true);
     button->setStyleSheet(
         ZvServerConfig::getZvServerConfigInstance()->getStyleOf_MarketFooterButton());
@@ -98,9 +98,9 @@ void alertFailure(const QString &message, const QString &ownText)
 Market_TableWidget::Market_TableWidget(QWidget *parent)
     : QWidget(parent), m_collectionTableView(new Collection_TableView),
       m_footerWidget(new QWidget(this)), m_buttonGroup(new QButtonGroup(this)),
-      m_marketButton(makeFooterButton(QStringLiteral("行情"))),
-      m_optionButton(makeFooterButton(QStringLiteral("自选"))), m_typeButtonLayout(new QHBoxLayout),
-      m_qtyCaption(new QLabel(QStringLiteral("交易量"))),
+      m_marketButton(makeFooterButton(QStringLiteral("行情"), m_footerWidget)),
+      m_optionButton(makeFooterButton(QStringLiteral("自选"), m_footerWidget)),
+      m_typeButtonLayout(new QHBoxLayout), m_qtyCaption(new QLabel(QStringLiteral("交易量"))),
       m_qtyValue(new QLabel(QStringLiteral("0"))),
       m_amountCaption(new QLabel(QStringLiteral("交易额"))),
       m_amountValue(new QLabel(QStringLiteral("0"))),
@@ -157,14 +157,15 @@ void Market_TableWidget::layOut()
 
 void Market_TableWidget::applyStyle()
 {
+    // Its sheet works through those of its parts, so theirs come after it.
+    m_footerWidget->setStyleSheet(QStringLiteral("font-style: normal;font-size: 10pt;"));
+    m_footerWidget->setFixedHeight(FooterHeight);
     for (QLabel *caption : {m_qtyCaption, m_amountCaption, m_marketValueCaption})
         caption->setStyleSheet(
             QStringLiteral("QLabel{color:rgb(255,255,255);border-color:rgb(30,33,38)}"));
     for (QLabel *value : {m_qtyValue, m_amountValue, m_marketValueValue})
         value->setStyleSheet(
             QStringLiteral("QLabel{color:rgb(226,239,51);border-color:rgb(30,33,38)}"));
-    m_footerWidget->setFixedHeight(FooterHeight);
-    m_footerWidget->setStyleSheet(QStringLiteral("font-style: normal;font-size: 10pt;"));
     setBackground(m_footerWidget, QColor(30, 33, 38));
     setBackground(this, QColor(21, 21, 21));
 
@@ -383,7 +384,7 @@ void Market_TableWidget::makeTypeButtons(const QList<QPair<QString, int>> &types
         m_optionButton->setChecked(false);
 
     for (const QPair<QString, int> &type : types) {
-        QPushButton *button = makeFooterButton(type.first);
+        QPushButton *button = makeFooterButton(type.first, m_typeButtonLayout->parentWidget());
         m_typeButtonLayout->addWidget(button);
         m_typeButtons.insert(button, type.second);
         m_buttonGroup->addButton(button);

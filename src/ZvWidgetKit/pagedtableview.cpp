@@ -5,7 +5,7 @@
 #include <QWheelEvent>
 
 PagedTableView::PagedTableView(QWidget *parent)
-    : QTableView(parent), m_selectPending(false), m_currentPage(1), m_requestPage(1),
+    : LateTableView(parent), m_selectPending(false), m_currentPage(1), m_requestPage(1),
       m_wheelDelta(0)
 {
 }

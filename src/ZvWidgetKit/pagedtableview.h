@@ -1,14 +1,13 @@
 #pragma once
 
+#include "ZvWidgetKit/latetableview.h"
 #include "ZvWidgetKit/pageturn.h"
-
-#include <QTableView>
 
 // A table that shows one page of a list on the exchange. It keeps the state of paging and sends the
 // requests; answers carry no number, so the next one is taken for that to the latest request.
 //
 // It has no meta-object of its own, so that each member stands directly below QTableView there.
-class PagedTableView : public QTableView
+class PagedTableView : public LateTableView
 {
 public:
     explicit PagedTableView(QWidget *parent);

@@ -48,14 +48,14 @@ RecordPage::RecordPage(QWidget *parent) : QWidget(parent) { }
 
 RecordPage::~RecordPage() = default;
 
-void RecordPage::setUpPage(QFrame *bar, QWidget *container, QTableView *table, const QString &name)
+void RecordPage::setUpPage(QFrame *bar, QTableView *table, const QString &name)
 {
     for (QDateEdit *edit : bar->findChildren<QDateEdit *>()) {
         // The system may write digits of its own, which stand nowhere else in the client.
         edit->setLocale(QLocale::c());
         edit->setDate(QDate::currentDate());
     }
-    auto *row = new QHBoxLayout(container);
+    auto *row = new QHBoxLayout(table->parentWidget());
     setGaps(row, 0);
     row->addWidget(table);
     table->setAccessibleName(name);

@@ -27,10 +27,10 @@ public:
     virtual void slot_pageDownButton_clicked() = 0;
 
 protected:
-    // To be called at the end of a member's constructor: puts the table into its container, under
-    // the name by which a screen reader tells of it, and brings the filter bar to life. The forms
-    // name the controls of their bars alike; not every bar has dates.
-    void setUpPage(QFrame *bar, QWidget *container, QTableView *table, const QString &name);
+    // To be called at the end of a member's constructor: lets the table fill its container, in
+    // which it was made, under the name by which a screen reader tells of it, and brings the filter
+    // bar to life. The forms name the controls of their bars alike; not every bar has dates.
+    void setUpPage(QFrame *bar, QTableView *table, const QString &name);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 

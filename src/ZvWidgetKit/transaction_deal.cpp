@@ -52,6 +52,9 @@ void Transaction_Deal::setupNavigationButtons()
 
 void Transaction_Deal::applyStyle()
 {
+    // The sheet of a frame works through those of its buttons, so theirs come after it.
+    ui->frame_dealStyle->setStyleSheet(QStringLiteral("QFrame{background-color:#121417;}"));
+    ui->frame_select->setStyleSheet(QStringLiteral("QFrame{border:none;}"));
     const ZvServerConfig *config = ZvServerConfig::getZvServerConfigInstance();
     const QString typeStyle = config->getStyleOf_DealTypeButton();
     for (QPushButton *button : qAsConst(m_typeButtons))
@@ -64,8 +67,6 @@ void Transaction_Deal::applyStyle()
         layout->setContentsMargins(0, 0, 0, 0);
         layout->setSpacing(0);
     }
-    ui->frame_dealStyle->setStyleSheet(QStringLiteral("QFrame{background-color:#121417;}"));
-    ui->frame_select->setStyleSheet(QStringLiteral("QFrame{border:none;}"));
     ui->scrollArea->setFixedWidth(ColumnWidth);
     applyScrollBarStyle(ui->scrollArea);
 }
