@@ -79,14 +79,18 @@ bool BreltFramlessMoveableDialog::event(QEvent *event)
     return handled;
 }
 
-// Over the owner's window, or on the screen. QDialog would leave room for a title and borders, and
-// stand too high and too far to the left without them.
+// Over the owner's window as far as the screen has room, or on the screen. QDialog would leave room
+// for a title and borders, and stand too high and too far to the left without them.
 void BreltFramlessMoveableDialog::moveToTheMiddle()
 {
     const QRect around
         = parentWidget() ? parentWidget()->window()->geometry() : areaFor(geometry());
+    const QRect area = areaFor(around);
     QRect place(QPoint(), size());
     place.moveCenter(around.center());
+    // The upper left corner has the title, and comes first.
+    place.moveBottomRight({qMin(place.right(), area.right()), qMin(place.bottom(), area.bottom())});
+    place.moveTopLeft({qMax(place.left(), area.left()), qMax(place.top(), area.top())});
     move(place.topLeft());
 }
 

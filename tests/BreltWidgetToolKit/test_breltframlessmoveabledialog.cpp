@@ -64,6 +64,7 @@ private slots:
     void draggedOutItStaysReachable();
     void shownOutsideItComesBack();
     void standsInTheMiddleOfItsOwner();
+    void standsOnTheScreenBesideAnOwnerAtItsEdge();
     void standsInTheMiddleOfTheScreen();
     void staysWhereItWasPut();
     void escapeRejects();
@@ -243,6 +244,25 @@ void TestBreltFramlessMoveableDialog::standsInTheMiddleOfItsOwner()
     owner.move(240, 150);
     page.show();
     QCOMPARE(page.geometry().center(), owner.geometry().center());
+}
+
+void TestBreltFramlessMoveableDialog::standsOnTheScreenBesideAnOwnerAtItsEdge()
+{
+    const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
+    QWidget owner;
+    owner.resize(60, 60);
+    owner.show();
+    Page page(&owner);
+    const auto standsOver = [&](const QPoint &corner) {
+        page.hide();
+        owner.move(corner);
+        page.show();
+        return page.geometry();
+    };
+    QCOMPARE(standsOver(area.topLeft()).topLeft(), area.topLeft());
+    QCOMPARE(standsOver(area.bottomRight() - QPoint(59, 59)).bottomRight(), area.bottomRight());
+    page.resize(area.size() + QSize(100, 100));
+    QCOMPARE(standsOver(area.center()).topLeft(), area.topLeft());
 }
 
 void TestBreltFramlessMoveableDialog::standsInTheMiddleOfTheScreen()
