@@ -27,29 +27,33 @@ private:
 private slots:
     void initTestCase() { zvtest::wearTheClientsLook(); }
 
+    // The same pictures on both platforms.
     void inAndOut_data()
     {
+        QTest::addColumn<ZvServerConfig::Platform>("platform");
         QTest::addColumn<QString>("state");
-        QTest::newRow("in") << "in";
-        QTest::newRow("in_prompt") << "amount";
-        QTest::newRow("in_waiting") << "code";
-        QTest::newRow("out_unticked") << "out";
+        for (const char *state : {"in", "in_prompt", "in_waiting", "out_unticked"}) {
+            QTest::addRow("%s_ch", state) << ZvServerConfig::ChengHu << state;
+            QTest::addRow("%s_lc", state) << ZvServerConfig::LanChuan << state;
+        }
     }
     void inAndOut()
     {
+        QFETCH(ZvServerConfig::Platform, platform);
         QFETCH(QString, state);
+        ZvServerConfig::getZvServerConfigInstance()->setCurrentPlatform(platform);
         zvtest::MoneyBench bench;
         auto *bank = qobject_cast<BreltLabelURL *>(bench.label("label_bank_pictrue"));
         QTRY_VERIFY(!bank->pixmap(Qt::ReturnByValue).isNull());
-        if (state == QLatin1String("amount")) {
+        if (state == QLatin1String("in_prompt")) {
             bench.click("pushButton_ok");
-        } else if (state == QLatin1String("code")) {
+        } else if (state == QLatin1String("in_waiting")) {
             bench.typeAmount("9999999.99");
             bench.typeCode("12345");
             bench.click("pushButton_ok");
             emit zvtest::actions()->signal_inMoney_sendCode_succeed("a", "b");
             QVERIFY(QMetaObject::invokeMethod(bench.dialog->findChild<QTimer *>(), "timeout"));
-        } else if (state == QLatin1String("out")) {
+        } else if (state == QLatin1String("out_unticked")) {
             bench.click("pushButton_out");
             bench.click("toolButton_agree");
             ZvServerCache::getZvServerCacheInstance()->storeCapInfo(
@@ -58,7 +62,7 @@ private slots:
         // Neither the mouse nor the text cursor is in the picture.
         QTest::mouseMove(bench.dialog, QPoint(10, 300));
         bench.dialog->setFocus();
-        hold(bench.dialog, QStringLiteral("moneyinout_") + QTest::currentDataTag());
+        hold(bench.dialog, QStringLiteral("moneyinout_") + state);
     }
 
     void titleRow_data()

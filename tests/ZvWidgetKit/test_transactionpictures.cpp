@@ -1,5 +1,6 @@
 #include "ZvNetworkKit/zvserveractionresult.h"
 #include "ZvNetworkKit/zvservercache.h"
+#include "ZvNetworkKit/zvserverconfig.h"
 #include "ZvWidgetKit/small_deliveryhandling_dialog.h"
 #include "deliveryrows.h"
 #include "pictures.h"
@@ -90,20 +91,16 @@ private slots:
         QTest::mouseRelease(bench.button("pushButton_sell"), Qt::LeftButton);
     }
 
-    // Its colours are the same on both platforms.
-    void lockPage_data()
-    {
-        QTest::addColumn<QSize>("size");
-        QTest::newRow("low") << QSize(1366, 226);
-        QTest::newRow("high") << QSize(1366, 307);
-    }
+    // The same pictures on both platforms.
+    void lockPage_data() { addPlatformsAndSizes(); }
     void lockPage()
     {
+        QFETCH(int, platform);
         QFETCH(QSize, size);
-        zvtest::TransactionBench bench(1, size);
+        zvtest::TransactionBench bench(platform, size);
         bench.call("slot_showTransctionLock");
         takeMouseAway(bench);
-        const QString name = QStringLiteral("lock_%1_").arg(QTest::currentDataTag());
+        const QString name = QStringLiteral("lock_%1_").arg(size.height() < 300 ? "low" : "high");
         hold(bench.trading.get(), name + QStringLiteral("empty"));
         QTest::keyClicks(bench.password(), "secret1");
         emit ZvServerActionResult::getZvServerActionResultInstance()->signal_login_failed(
@@ -135,15 +132,22 @@ private slots:
         hold(bench.trading.get(), name + QStringLiteral("hovered"));
     }
 
+    // The same pictures on both platforms.
     void form_data()
     {
+        QTest::addColumn<int>("platform");
         QTest::addColumn<QString>("state");
-        for (const char *state : {"new", "long", "amount", "name", "phone", "address"})
-            QTest::newRow(state) << state;
+        for (const char *state : {"new", "long", "amount", "name", "phone", "address"}) {
+            QTest::addRow("%s_ch", state) << 1 << state;
+            QTest::addRow("%s_lc", state) << 2 << state;
+        }
     }
     void form()
     {
+        QFETCH(int, platform);
         QFETCH(QString, state);
+        ZvServerConfig::getZvServerConfigInstance()->setCurrentPlatform(
+            ZvServerConfig::Platform(platform));
         KitBench kit;
         Small_DeliveryHandling_Dialog dialog(nullptr);
         dialog.setCollectionId("1001");
