@@ -4,9 +4,9 @@
 
 namespace randomevents {
 
-// Holds the monotonic clock of this process while it lives: Qt's timers, the kit's deadlines and
-// its pauses then see only the time that pass() lets go by, so that a life is the same each time
-// and a minute costs nothing. One at a time.
+// Holds the clocks of this process while it lives: Qt's timers, the kit's deadlines and its pauses
+// then see only the time that pass() lets go by, and calendars a day of their own, so that a life
+// is the same each time and a minute costs nothing. One at a time.
 class HeldClock
 {
 public:
