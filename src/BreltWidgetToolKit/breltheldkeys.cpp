@@ -64,8 +64,7 @@ bool BreltHeldKeys::takeRelease(QObject *window, const QKeyEvent &release)
     if (release.isAutoRepeat() || release.key() != m_key || m_releaseTime != 0)
         return false;
     m_releaseTime = release.timestamp();
-    const bool isHeld = m_isRepeat || m_releaseTime - m_pressTime >= c_shortestHold;
-    if (!hasTime(release) || !isHeld)
+    if (!hasTime(release) || !wasHeld())
         return false;
     m_heldBack = copyOf(release, false);
     m_heldBackFrom = window;
@@ -73,11 +72,16 @@ bool BreltHeldKeys::takeRelease(QObject *window, const QKeyEvent &release)
     return true;
 }
 
+// Until its release: it may have begun to repeat.
+bool BreltHeldKeys::wasHeld() const
+{
+    return m_isRepeat || m_releaseTime - m_pressTime >= c_shortestHold;
+}
+
 bool BreltHeldKeys::takePress(QObject *window, const QKeyEvent &press)
 {
     const bool isHidden = !press.isAutoRepeat() && hasTime(press) && press.key() == m_key
-        && press.timestamp() == m_releaseTime
-        && (m_isRepeat || m_releaseTime - m_pressTime >= c_shortestHold);
+        && press.timestamp() == m_releaseTime && wasHeld();
     m_key = press.key();
     m_pressTime = press.timestamp();
     m_isRepeat = isHidden || press.isAutoRepeat();

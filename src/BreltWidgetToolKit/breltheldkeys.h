@@ -30,6 +30,7 @@ private:
     BreltHeldKeys();
     bool takeRelease(QObject *window, const QKeyEvent &release);
     bool takePress(QObject *window, const QKeyEvent &press);
+    bool wasHeld() const;
     void sendHeldBack(bool isRepeat);
 
     // The key that went down last, and when by the window system's time.
