@@ -1,6 +1,7 @@
 #include "client/accountbutton.h"
 #include "client/keyboardsprite.h"
 #include "client/mainwindow.h"
+#include "client/programlook.h"
 #include "client/startscreen.h"
 
 #include "endtoend/album.h"
@@ -13,7 +14,6 @@
 #include "endtoend/wiretrader.h"
 #include "support/testregistry.h"
 
-#include "BreltWidgetToolKit/breltdarkstyle.h"
 #include "ZvNetworkKit/zvchartfeed.h"
 #include "ZvNetworkKit/zvexchangelink.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
@@ -135,10 +135,8 @@ bool useDialog(Open open, Use use)
 // As the program dresses itself at its start.
 void dress()
 {
-    QFont font(QStringLiteral("Noto Sans CJK SC"));
-    font.setPixelSize(14);
-    QApplication::setFont(font);
-    BreltDarkStyle::install(*qApp, QColor(config()->getStyleOf_MarketTableSelectRow()));
+    programlook::dress(*qApp);
+    programlook::followPlatform(*qApp);
 }
 
 // How many pixels differ in the column in which most do.

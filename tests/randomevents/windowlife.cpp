@@ -3,10 +3,10 @@
 #include "randomevents/names.h"
 
 #include "client/mainwindow.h"
+#include "client/programlook.h"
 #include "client/startscreen.h"
 #include "client/windowplace.h"
 
-#include "BreltWidgetToolKit/breltdarkstyle.h"
 #include "ZvNetworkKit/zvexchangelink.h"
 #include "ZvNetworkKit/zvmarketpoller.h"
 #include "ZvNetworkKit/zvserveraccessmanager.h"
@@ -128,7 +128,7 @@ void WindowLife::choosePlatform()
 
 void WindowLife::open()
 {
-    BreltDarkStyle::install(*qApp, QColor(config()->getStyleOf_MarketTableSelectRow()));
+    programlook::followPlatform(*qApp);
     auto exchange = std::make_unique<RandomExchange>(m_chance, m_counts);
     m_exchange = exchange.get();
     access()->setTransport(std::move(exchange));
